@@ -24,7 +24,8 @@ void PrintUsage(std::ostream& os) {
   os << "usage: qorvex-sql COMMAND [OPTIONS] [FILE]\n"
         "Reads FILE, or standard input when FILE is absent or \"-\".\n"
         "commands:\n";
-  for (const auto& [name, cmd] : Commands()) os << "  " << name << " " << cmd.usage << "\n";
+  for (const auto& [name, cmd] : Commands())
+    os << "  " << name << " " << cmd.usage << "\n";
 }
 
 }  // namespace
@@ -41,7 +42,8 @@ Input ReadInput(const std::string& path) {
     return in;
   }
   std::ifstream file(path, std::ios::binary);
-  if (!file) throw UsageError{"cannot read " + path};
+  if (!file)
+    throw UsageError{"cannot read " + path};
   std::ostringstream ss;
   ss << file.rdbuf();
   in.name = path;

@@ -48,7 +48,8 @@ struct Holder : TqxComponent {
   ~Holder() override { BeginDestroy(); }
   void Notification(TqxComponent* c, TOperation op) override {
     ++told;
-    if (op == TOperation::opRemove && c == ref) ref = nullptr;
+    if (op == TOperation::opRemove && c == ref)
+      ref = nullptr;
   }
 };
 

@@ -26,7 +26,8 @@ class TqxClass {
   int DistanceTo(const TqxClass& ancestor) const noexcept {
     int steps = 0;
     for (const TqxClass* c = this; c != nullptr; c = c->parent_, ++steps) {
-      if (c == &ancestor) return steps;
+      if (c == &ancestor)
+        return steps;
     }
     return -1;
   }
@@ -59,9 +60,15 @@ class TqxClassOf : public TqxClass {
     return factory_(std::forward<Args>(args)...);
   }
 
+  // Constructs a T and, when T has one, runs its AfterConstruction() hook: the point at
+  // which the object's dynamic class is final (virtual calls reach the most derived
+  // class), as with a virtual constructor.
   template <class T>
   static std::unique_ptr<Base> Make(Args... args) {
-    return std::make_unique<T>(std::forward<Args>(args)...);
+    auto object = std::make_unique<T>(std::forward<Args>(args)...);
+    if constexpr (requires { object->AfterConstruction(); })
+      object->AfterConstruction();
+    return object;
   }
 
  private:
@@ -72,35 +79,39 @@ class TqxClassOf : public TqxClass {
 
 // Declares the class reference of a class inside its body. The root of a family uses
 // QX_ROOT_CLASS(Meta), every descendant QX_CLASS(Meta).
-#define QX_ROOT_CLASS(Meta)                   \
- public:                                      \
-  using ClassRef = Meta;                      \
-  static const Meta& StaticClass() noexcept;  \
-  virtual const Meta& ClassType() const noexcept { return StaticClass(); }
+#define QX_ROOT_CLASS(Meta)                        \
+ public:                                           \
+  using ClassRef = Meta;                           \
+  static const Meta& StaticClass() noexcept;       \
+  virtual const Meta& ClassType() const noexcept { \
+    return StaticClass();                          \
+  }
 
-#define QX_CLASS(Meta)                       \
- public:                                     \
-  static const Meta& StaticClass() noexcept; \
-  const Meta& ClassType() const noexcept override { return StaticClass(); }
+#define QX_CLASS(Meta)                              \
+ public:                                            \
+  static const Meta& StaticClass() noexcept;        \
+  const Meta& ClassType() const noexcept override { \
+    return StaticClass();                           \
+  }
 
 // Defines the class reference in a source file.
-#define QX_DEFINE_ROOT_CLASS(Cls)                                                  \
-  const Cls::ClassRef& Cls::StaticClass() noexcept {                               \
-    static const Cls::ClassRef cls(#Cls, nullptr, &Cls::ClassRef::Make<Cls>);      \
-    return cls;                                                                    \
+#define QX_DEFINE_ROOT_CLASS(Cls)                                             \
+  const Cls::ClassRef& Cls::StaticClass() noexcept {                          \
+    static const Cls::ClassRef cls(#Cls, nullptr, &Cls::ClassRef::Make<Cls>); \
+    return cls;                                                               \
   }
-#define QX_DEFINE_ABSTRACT_ROOT_CLASS(Cls)                   \
-  const Cls::ClassRef& Cls::StaticClass() noexcept {         \
-    static const Cls::ClassRef cls(#Cls, nullptr, nullptr);  \
-    return cls;                                              \
+#define QX_DEFINE_ABSTRACT_ROOT_CLASS(Cls)                  \
+  const Cls::ClassRef& Cls::StaticClass() noexcept {        \
+    static const Cls::ClassRef cls(#Cls, nullptr, nullptr); \
+    return cls;                                             \
   }
-#define QX_DEFINE_CLASS(Cls, Parent)                                                          \
-  const Cls::ClassRef& Cls::StaticClass() noexcept {                                          \
-    static const Cls::ClassRef cls(#Cls, &Parent::StaticClass(), &Cls::ClassRef::Make<Cls>);  \
-    return cls;                                                                               \
+#define QX_DEFINE_CLASS(Cls, Parent)                                                         \
+  const Cls::ClassRef& Cls::StaticClass() noexcept {                                         \
+    static const Cls::ClassRef cls(#Cls, &Parent::StaticClass(), &Cls::ClassRef::Make<Cls>); \
+    return cls;                                                                              \
   }
-#define QX_DEFINE_ABSTRACT_CLASS(Cls, Parent)                                  \
-  const Cls::ClassRef& Cls::StaticClass() noexcept {                           \
-    static const Cls::ClassRef cls(#Cls, &Parent::StaticClass(), nullptr);     \
-    return cls;                                                                \
+#define QX_DEFINE_ABSTRACT_CLASS(Cls, Parent)                              \
+  const Cls::ClassRef& Cls::StaticClass() noexcept {                       \
+    static const Cls::ClassRef cls(#Cls, &Parent::StaticClass(), nullptr); \
+    return cls;                                                            \
   }

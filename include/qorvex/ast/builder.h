@@ -1,0 +1,111 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "qorvex/core/metaclass.h"
+
+namespace qorvex {
+
+class TastSyntaxProvider;
+class TSQLBuilder;
+
+// Builders are created by class over a string stream (not owned).
+using TSQLBuilderClass = TqxClassOf<TSQLBuilder, std::string*>;
+
+// The sink of all SQL text. Nodes hand it typed pieces (keyword, identifier, symbol,
+// number, string literal) and layout requests; it never writes two separating spaces in
+// a row, a space right after a line break, or two line breaks in a row, so nodes may
+// ask for layout freely.
+class TSQLBuilder {
+  QX_ROOT_CLASS(TSQLBuilderClass)
+
+ public:
+  TSQLBuilder() = default;
+  TSQLBuilder(const TSQLBuilder&) = delete;
+  TSQLBuilder& operator=(const TSQLBuilder&) = delete;
+  virtual ~TSQLBuilder() = default;
+
+  void ResetBuilder();
+  void Space();
+  void SpaceForce();
+  void NewLine();
+  void NewLineOrSpace(bool MultiLine);
+  void WriteKeyword(std::string_view Text);
+  void WriteSymbol(std::string_view Text);
+  void WriteNumber(std::string_view Text);
+  void WriteString(std::string_view Text);
+  // Writes a plain identifier bare, anything else between the provider's quotes.
+  void WriteIdentifier(std::string_view Text, const TastSyntaxProvider* SyntaxProvider);
+
+ protected:
+  virtual void ResetBuilderInternal() = 0;
+  virtual void SpaceInternal() = 0;
+  virtual void NewLineInternal() = 0;
+  virtual void WriteKeywordInternal(std::string_view Text) = 0;
+  virtual void WriteIdentifierInternal(std::string_view Text) = 0;
+  virtual void WriteSymbolInternal(std::string_view Text) = 0;
+  virtual void WriteNumberInternal(std::string_view Text) = 0;
+  virtual void WriteStringInternal(std::string_view Text) = 0;
+
+  bool LineStart = true;
+  bool SpaceWritten = true;
+};
+
+// A builder writing to a string stream that its creator owns.
+class TSQLBuilderStream : public TSQLBuilder {
+  QX_CLASS(TSQLBuilderClass)
+
+ public:
+  explicit TSQLBuilderStream(std::string* Stream) : Stream(Stream) {}
+
+ protected:
+  void ResetBuilderInternal() override;
+  // The raw write used by all internal operations.
+  void WriteToStream(std::string_view Text);
+
+  std::string* Stream;
+};
+
+// Plain SQL text with CR LF line breaks.
+class TSQLBuilderPlainText : public TSQLBuilderStream {
+  QX_CLASS(TSQLBuilderClass)
+
+ public:
+  explicit TSQLBuilderPlainText(std::string* Stream);
+
+  std::string NewLineText;
+
+ protected:
+  void SpaceInternal() override;
+  void NewLineInternal() override;
+  void WriteKeywordInternal(std::string_view Text) override;
+  void WriteIdentifierInternal(std::string_view Text) override;
+  void WriteSymbolInternal(std::string_view Text) override;
+  void WriteNumberInternal(std::string_view Text) override;
+  void WriteStringInternal(std::string_view Text) override;
+};
+
+// An HTML fragment: keywords bold and lower-cased, identifiers italic, symbols coloured.
+// It has no number or string-literal output: writing one raises EqxError.
+class TSQLBuilderHTML : public TSQLBuilderStream {
+  QX_CLASS(TSQLBuilderClass)
+
+ public:
+  explicit TSQLBuilderHTML(std::string* Stream);
+
+  std::string KeywordPrefix, KeywordSuffix;
+  std::string IdentifierPrefix, IdentifierSuffix;
+  std::string SymbolPrefix, SymbolSuffix;
+
+ protected:
+  void SpaceInternal() override;
+  void NewLineInternal() override;
+  void WriteKeywordInternal(std::string_view Text) override;
+  void WriteIdentifierInternal(std::string_view Text) override;
+  void WriteSymbolInternal(std::string_view Text) override;
+  void WriteNumberInternal(std::string_view Text) override;
+  void WriteStringInternal(std::string_view Text) override;
+};
+
+}  // namespace qorvex
