@@ -1,11 +1,6 @@
 #include "qorvex/metadata/event_provider.h"
 
-#include "qorvex/ast/names.h"
-
 namespace qorvex {
-
-TSQLMetadataRelation::TSQLMetadataRelation() = default;
-TSQLMetadataRelation::~TSQLMetadataRelation() = default;
 
 TqxEventMetadataProvider::~TqxEventMetadataProvider() {
   BeginDestroy();
