@@ -10,8 +10,11 @@
 #include <string>
 #include <vector>
 
+#include "qorvex/ast/names.h"
+#include "qorvex/ast/node.h"
 #include "qorvex/metadata/odbc_provider.h"
 #include "qorvex/metadata/sqlite_provider.h"
+#include "qorvex/syntax/sql92_syntax_provider.h"
 
 namespace {
 
@@ -114,17 +117,40 @@ void BM_GetFieldsPerTable(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kTables);
 }
 
+// The relations of one table in the middle of the chain of keys: one key refers to it,
+// it has one of its own. Finding the referring keys reads every table's keys.
+template <class P>
+void BM_GetTableRelations(benchmark::State& state) {
+  P p;
+  qorvex::TastSQL92SyntaxProvider syntax;
+  auto table = qorvex::NewNode<qorvex::TSQLDatabaseObject>(&syntax);
+  table->AddName(TableName(kTables / 2));
+  qorvex::TSQLMetadataRelations relations;
+  for (auto _ : state) {
+    relations.clear();
+    p.provider.GetTableRelations(*table, relations);
+  }
+  if (relations.size() != 2)
+    state.SkipWithError("wrong relation count");
+}
+
 BENCHMARK_TEMPLATE(BM_GetTableNames, Native)
     ->Name("SQLiteNative/GetTableNames")
     ->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_GetFieldsPerTable, Native)
     ->Name("SQLiteNative/GetFieldsPerTable")
     ->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_GetTableRelations, Native)
+    ->Name("SQLiteNative/GetTableRelations")
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_GetTableNames, ODBC)
     ->Name("SQLiteODBC/GetTableNames")
     ->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(BM_GetFieldsPerTable, ODBC)
     ->Name("SQLiteODBC/GetFieldsPerTable")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_GetTableRelations, ODBC)
+    ->Name("SQLiteODBC/GetTableRelations")
     ->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -24,11 +24,13 @@ std::vector<std::string> ReadNames(sqlite3* Database, const char* SQL) {
 
 // Foreign-key rows: table, key id, 0-based position, referenced table (as stored when it
 // exists), referencing column, referenced column (NULL: the parent's primary key).
+// Finding the keys that refer to a table reads every table's keys; a table whose
+// definition lacks the word REFERENCES has none and is passed over.
 constexpr const char* kReferringKeys =
     "select m.name, f.id, f.seq, coalesce(p.name, f.\"table\"), f.\"from\", f.\"to\" "
     "from sqlite_master as m join pragma_foreign_key_list(m.name) as f "
     "left join sqlite_master as p on p.type = 'table' and p.name = f.\"table\" collate nocase "
-    "where m.type = 'table' and f.\"table\" = ?1 collate nocase "
+    "where m.type = 'table' and m.sql like '%references%' and f.\"table\" = ?1 collate nocase "
     "order by m.name, f.id, f.seq";
 constexpr const char* kOwnKeys =
     "select m.name, f.id, f.seq, coalesce(p.name, f.\"table\"), f.\"from\", f.\"to\" "

@@ -7,6 +7,7 @@
 #include "qorvex/ast/names.h"
 #include "qorvex/ast/node.h"
 #include "qorvex/metadata/event_provider.h"
+#include "qorvex/syntax/sql92_syntax_provider.h"
 
 namespace qorvex {
 namespace {
@@ -25,7 +26,8 @@ TEST(EventMetadataProvider, WithoutHandlersEveryListComesBackEmpty) {
 
   TSQLMetadataRelations relations;
   relations.push_back(std::make_unique<TSQLMetadataRelation>());
-  auto table = NewNode<TSQLDatabaseObject>(nullptr);
+  TastSQL92SyntaxProvider syntax;
+  auto table = NewNode<TSQLDatabaseObject>(&syntax);
   table->AddName("t");
   provider.GetTableRelations(*table, relations);
   EXPECT_TRUE(relations.empty());
@@ -64,7 +66,8 @@ TEST(EventMetadataProvider, HandlersGetSenderArgumentsAndAClearedList) {
 
 TEST(EventMetadataProvider, RelationsAreClearedThenFilledByTheHandler) {
   TqxEventMetadataProvider provider;
-  auto table = NewNode<TSQLDatabaseObject>(nullptr);
+  TastSQL92SyntaxProvider syntax;
+  auto table = NewNode<TSQLDatabaseObject>(&syntax);
   table->AddName("dbo");
   table->AddName("orders");
   const TSQLDatabaseObject* seen = nullptr;
@@ -75,10 +78,10 @@ TEST(EventMetadataProvider, RelationsAreClearedThenFilledByTheHandler) {
     EXPECT_TRUE(relations.empty());
     seen = &name;
     auto r = std::make_unique<TSQLMetadataRelation>();
-    r->PKTable = NewNode<TSQLDatabaseObject>(nullptr);
+    r->PKTable = NewNode<TSQLDatabaseObject>(name.GetSyntaxProvider());
     r->PKTable->AddName("customers");
     r->PKColumns = {"id"};
-    r->FKTable = NewNode<TSQLDatabaseObject>(nullptr);
+    r->FKTable = NewNode<TSQLDatabaseObject>(name.GetSyntaxProvider());
     r->FKTable->AddName(name.GetObjName());
     r->FKColumns = {"customer_id"};
     relations.push_back(std::move(r));
