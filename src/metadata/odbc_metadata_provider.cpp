@@ -190,7 +190,13 @@ void TqxODBCMetadataProvider::GetTableRelations(const TSQLDatabaseObject& TableN
   if (Connection_ == nullptr)
     return;
   const std::string name = TableName.GetObjName();
-  odbc::Statement statement(static_cast<SQLHDBC>(OpenHandle("GetTableRelations")));
+  auto connection = static_cast<SQLHDBC>(OpenHandle("GetTableRelations"));
+  // A driver without foreign-key support knows no relations; that is not an error.
+  SQLUSMALLINT supported = SQL_FALSE;
+  if (!SQL_SUCCEEDED(SQLGetFunctions(connection, SQL_API_SQLFOREIGNKEYS, &supported)) ||
+      supported == SQL_FALSE)
+    return;
+  odbc::Statement statement(connection);
 
   std::vector<metadata::KeyRow> referring = ReadForeignKeys(statement, &name, nullptr);
   ResolveImplicitKeyColumns(statement, referring);

@@ -96,12 +96,14 @@ TEST_P(ProviderTest, ViewsAreNeverAmongTablesNorTablesAmongViews) {
     EXPECT_TRUE(name != "v_alpha" && name != "v_both") << name;
 }
 
-TEST_P(ProviderTest, NamesWithBlanksAndQuotesAreListedAndDescribed) {
+TEST_P(ProviderTest, NamesWithBlanksQuotesAndLettersBeyondASCIIAreKept) {
   db_->Exec(
       "create table \"order items\" (id int primary key, \"say \"\"hi\"\"\" int, \"x y\" int);"
       "create table \"line items\" (id int, item int references \"order items\" (id));"
-      "create view \"big items\" as select * from \"order items\"");
-  EXPECT_EQ(Sorted(Tables()), (Names{"line items", "order items"}));
+      "create view \"big items\" as select * from \"order items\";"
+      "create table \"größe\" (\"maß\" int)");
+  EXPECT_EQ(Sorted(Tables()), (Names{"größe", "line items", "order items"}));
+  EXPECT_EQ(Fields("select * from \"größe\""), Names{"maß"});
   EXPECT_EQ(Views(), Names{"big items"});
   EXPECT_EQ(Fields("select * from \"order items\""), (Names{"id", "say \"hi\"", "x y"}));
   EXPECT_EQ(Fields("select * from \"big items\" b"), (Names{"id", "say \"hi\"", "x y"}));
