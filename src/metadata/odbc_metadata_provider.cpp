@@ -10,7 +10,7 @@ namespace qorvex {
 
 namespace {
 
-// Result columns of SQLTables and SQLForeignKeys.
+// Result columns of SQLTables and SQLForeignKeys, read in increasing order.
 constexpr SQLUSMALLINT kTableName = 3;
 constexpr SQLUSMALLINT kTableType = 4;
 constexpr SQLUSMALLINT kPKTableName = 3;
@@ -73,9 +73,10 @@ void ResolveImplicitKeyColumns(odbc::Statement& Statement, std::vector<metadata:
       SQLRETURN rc = SQLPrimaryKeys(Statement.Handle(), nullptr, 0, nullptr, 0, Text(row.PKTable),
                                     TextLength(row.PKTable));
       Statement.Check(rc, "Cannot read the primary key of " + row.PKTable);
-      while (Statement.Fetch())
-        columns[Statement.GetInteger(kPrimaryKeySeq, 0)] =
-            Statement.GetText(kPrimaryKeyColumn).value_or("");
+      while (Statement.Fetch()) {
+        std::string column = Statement.GetText(kPrimaryKeyColumn).value_or("");
+        columns[Statement.GetInteger(kPrimaryKeySeq, 0)] = std::move(column);
+      }
       Statement.CloseCursor();
       found = primaryKeys.emplace(row.PKTable, std::move(columns)).first;
     }
@@ -133,12 +134,11 @@ void TqxODBCMetadataProvider::GetNamesOfTypes(std::vector<std::string>& Names, c
                             TextLength(types)),
                   "Cannot read the table list");
   std::vector<std::string> names;
+  // Columns are read left to right: not every driver can go back.
   while (statement.Fetch()) {
-    std::optional<std::string> type = statement.GetText(kTableType);
-    if (!type || (*type != Type1 && (Type2 == nullptr || *type != Type2)))
-      continue;
     std::optional<std::string> name = statement.GetText(kTableName);
-    if (name)
+    std::optional<std::string> type = statement.GetText(kTableType);
+    if (name && type && (*type == Type1 || (Type2 != nullptr && *type == Type2)))
       names.push_back(std::move(*name));
   }
   Names = std::move(names);
