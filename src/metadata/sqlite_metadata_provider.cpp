@@ -24,8 +24,11 @@ std::vector<std::string> ReadNames(sqlite3* Database, const char* SQL) {
 
 // Foreign-key rows: table, key id, 0-based position, referenced table (as stored when it
 // exists), referencing column, referenced column (NULL: the parent's primary key).
-// Finding the keys that refer to a table reads every table's keys; a table whose
-// definition lacks the word REFERENCES has none and is passed over.
+// The rows come sorted as each pass wants them: referring keys by their table, the
+// table's own keys by the referenced table, then by key and position (key ids stand in
+// for the names SQLite does not keep). Finding the keys that refer to a table reads
+// every table's keys; a table whose definition lacks the word REFERENCES has none and is
+// passed over.
 constexpr const char* kReferringKeys =
     "select m.name, f.id, f.seq, coalesce(p.name, f.\"table\"), f.\"from\", f.\"to\" "
     "from sqlite_master as m join pragma_foreign_key_list(m.name) as f "
