@@ -66,7 +66,10 @@ void TSQLQualifiedName::BuildFullName(TSQLBuilder& Builder) const {
   for (auto it = Names_.rbegin(); it != Names_.rend(); ++it) {
     if (it != Names_.rbegin())
       Builder.WriteSymbol(".");
-    Builder.WriteIdentifier(*it, GetSyntaxProvider());
+    // A part left empty (db..t) stays empty rather than becoming a quoted empty name,
+    // so that the text reads back as the same name.
+    if (!it->empty())
+      Builder.WriteIdentifier(*it, GetSyntaxProvider());
   }
 }
 
