@@ -213,6 +213,28 @@ TEST(Binding, RemovedSourcesAreForgotten) {
   EXPECT_EQ(Plain(*statement, false), "SELECT X.a, u.b FROM t x,  u");
 }
 
+TEST(Binding, TreeDumpShowsBindings) {
+  auto statement = Stmt(Block(List(SelectExpr(Col({"x", "a"})), SelectExpr(Col({"u", "b"}))),
+                              From(Sources(Table({"t"}, "x"), Table({"s", "u"})))));
+  Bind(*statement);
+  EXPECT_EQ(statement->Dump(),
+            "TSQLSubSelectStatement union\n"
+            "  TSQLSubQuerySelectExpression union\n"
+            "    TSQLSelectItems\n"
+            "      TSQLSelectItemExpression\n"
+            "        TSQLExpressionColumn\n"
+            "          TSQLObjectColumn x.a -> x\n"
+            "      TSQLSelectItemExpression\n"
+            "        TSQLExpressionColumn\n"
+            "          TSQLObjectColumn u.b -> s.u\n"
+            "    TSQLFromClause\n"
+            "      TSQLFromObject\n"
+            "        TSQLAliasObjectAlias x\n"
+            "        TSQLDatabaseObject t\n"
+            "      TSQLFromObject\n"
+            "        TSQLDatabaseObject s.u\n");
+}
+
 TEST(Binding, TheStackIsLeftAsFound) {
   auto outside = Table({"o"});
   TSQLObjectColumn* oc = nullptr;
