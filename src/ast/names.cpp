@@ -126,8 +126,10 @@ void TSQLDatabaseObject::RemoveReferencesToFromSource(const TSQLFromSource* Sour
 
 std::string TSQLDatabaseObject::DumpDetails() const {
   std::string details = GetQualifiedName();
-  if (FromSource_ != nullptr)
-    details += " -> " + FromSource_->GetSimpleSQL();
+  if (FromSource_ != nullptr) {
+    const std::string alias = FromSource_->GetAliasName();
+    details += " -> " + (alias.empty() ? FromSource_->GetSimpleExpression() : alias);
+  }
   return details;
 }
 

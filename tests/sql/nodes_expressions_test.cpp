@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <set>
 #include <string>
 #include <vector>
@@ -24,6 +25,10 @@ struct TextCase {
   const char* multi;
   const char* html;
 };
+
+void PrintTo(const TextCase& Case, std::ostream* Out) {
+  *Out << Case.what;
+}
 
 std::unique_ptr<TSQLSubSelectStatement> SelectFrom(const char* Column, const char* TableName) {
   return Stmt(Block(List(SelectExpr(Col({Column}))), From(Sources(Table({TableName})))));
@@ -119,11 +124,21 @@ const TextCase kExpressions[] = {
      "<i>db</i><font color=#7f7fff>.</font><i>dbo</i><font color=#7f7fff>.</font><i>t</i>"},
     {"name with a blank is quoted", [] { return DbObj({"my table"}); }, "\"my table\"", nullptr,
      "<i>\"my table\"</i>"},
-    {"empty middle part stays empty", [] { return DbObj({"db", "", "t"}); }, "db..t", nullptr,
-     nullptr},
-    {"unbound column writes its own name", [] { return ObjCol({"s", "t", "id"}); }, "s.t.id",
-     nullptr, nullptr},
-    {"column expression", [] { return Col({"a", "id"}); }, "a.id", nullptr, nullptr},
+    {"empty middle part stays empty",
+     [] {
+       return DbObj({"db", "", "t"});
+     },
+     "db..t", nullptr, nullptr},
+    {"unbound column writes its own name",
+     [] {
+       return ObjCol({"s", "t", "id"});
+     },
+     "s.t.id", nullptr, nullptr},
+    {"column expression",
+     [] {
+       return Col({"a", "id"});
+     },
+     "a.id", nullptr, nullptr},
     // Functions and operators
     {"function call", [] { return Function("f", Items(Col({"a"}), Const("1"))); }, "f(a, 1)",
      nullptr, nullptr},
@@ -143,7 +158,8 @@ const TextCase kExpressions[] = {
      },
      "p=a", nullptr, nullptr},
     {"operator", [] { return Op("<>"); }, "<>", nullptr, "<font color=#7f7fff><></font>"},
-    {"function expression", [] {
+    {"function expression",
+     [] {
        auto node = NewNode<TSQLExpressionFunction>(P());
        node->SetFunction(Function("coalesce", Items(Col({"a"}), Col({"b"}))));
        return node;
@@ -154,7 +170,10 @@ const TextCase kExpressions[] = {
      nullptr, "<b>integer</b> "},
     {"type with size and scale", [] { return Type({"NUMERIC"}, 0, 10, 2); }, "NUMERIC(10,2)",
      nullptr, nullptr},
-    {"size on the second word", [] { return Type({"CHARACTER", "VARYING"}, 1, 20); },
+    {"size on the second word",
+     [] {
+       return Type({"CHARACTER", "VARYING"}, 1, 20);
+     },
      "CHARACTER VARYING(20)", nullptr, nullptr},
     {"user type",
      [] {
@@ -172,9 +191,8 @@ const TextCase kExpressions[] = {
     {"integer constant",
      [] { return NewNode<TSQLExpressionConstant>(P(), TSQLConstantValue(std::int64_t{-42})); },
      "-42", nullptr, nullptr},
-    {"float constant",
-     [] { return NewNode<TSQLExpressionConstant>(P(), TSQLConstantValue(2.5)); }, "2.5", nullptr,
-     nullptr},
+    {"float constant", [] { return NewNode<TSQLExpressionConstant>(P(), TSQLConstantValue(2.5)); },
+     "2.5", nullptr, nullptr},
     {"boolean constant",
      [] { return NewNode<TSQLExpressionConstant>(P(), TSQLConstantValue(false)); }, "False",
      nullptr, nullptr},
@@ -235,7 +253,9 @@ const TextCase kExpressions[] = {
     {"one-argument aggregate", [] { return Aggregate1("Max", Col({"a"})); }, "Max(a)", nullptr,
      nullptr},
     {"aggregate with DISTINCT",
-     [] { return Aggregate1("Count", Col({"a"}), TSQLExpressionAggregate1ParamWPrefix::sqDistinct); },
+     [] {
+       return Aggregate1("Count", Col({"a"}), TSQLExpressionAggregate1ParamWPrefix::sqDistinct);
+     },
      "Count(DISTINCT a)", nullptr,
      "<i>Count</i><font color=#7f7fff>(</font><b>distinct</b> <i>a</i><font "
      "color=#7f7fff>)</font>"},
@@ -273,8 +293,8 @@ const TextCase kExpressions[] = {
      },
      "a* -b", nullptr, nullptr},
     {"postfix operator", [] { return Postfix(Col({"a"}), "!"); }, "a!", nullptr, nullptr},
-    {"binary operator without its left operand",
-     [] { return Bin(nullptr, ">=", Const("5")); }, ">=5", nullptr, nullptr},
+    {"binary operator without its left operand", [] { return Bin(nullptr, ">=", Const("5")); },
+     ">=5", nullptr, nullptr},
     {"CAST",
      [] {
        auto node = WithInner<TSQLExpressionCast>(Col({"a"}));
@@ -284,8 +304,8 @@ const TextCase kExpressions[] = {
      "Cast(a As INTEGER )", nullptr,
      "<b>cast</b><font color=#7f7fff>(</font><i>a</i> <b>as</b> <b>integer</b> <font "
      "color=#7f7fff>)</font>"},
-    {"CAST without a type", [] { return WithInner<TSQLExpressionCast>(Col({"a"})); },
-     "Cast(a As )", nullptr, nullptr},
+    {"CAST without a type", [] { return WithInner<TSQLExpressionCast>(Col({"a"})); }, "Cast(a As )",
+     nullptr, nullptr},
     {"IS",
      [] {
        auto node = WithInner<TSQLExpressionIs>(Col({"a"}));
@@ -401,10 +421,13 @@ const TextCase kExpressions[] = {
     {"AND", [] { return And(Items(Cmp("a", "=", "1"), Cmp("b", "<>", "2"))); }, "a=1 And b<>2",
      nullptr, nullptr},
     {"OR inside AND gets no brackets of its own",
-     [] { return And(Items(Cmp("a", "=", "1"), Or(Items(Cmp("b", "=", "2"), Cmp("c", "=", "3"))))); },
+     [] {
+       return And(Items(Cmp("a", "=", "1"), Or(Items(Cmp("b", "=", "2"), Cmp("c", "=", "3")))));
+     },
      "a=1 And b=2 Or c=3", nullptr, nullptr},
     {"empty AND writes nothing", [] { return And({}); }, "", nullptr, ""},
-    {"expressions list", [] {
+    {"expressions list",
+     [] {
        auto list = NewNode<TSQLExpressionsList>(P());
        list->Add(Col({"a"}));
        list->Add(Col({"b"}));
@@ -443,22 +466,52 @@ TEST(ExpressionText, EveryExpressionClassIsWrittenByTheTable) {
     for (TastExtender* n : nodes)
       seen.insert(std::string(n->ClassType().ClassName()));
   }
-  const char* expected[] = {
-      "TSQLQualifiedName", "TSQLDatabaseObject", "TSQLObjectColumn",
-      "TSQLFunctionParamExpression", "TSQLFunctionParamNamedExpression", "TSQLFunctionParams",
-      "TSQLFunction", "TSQLOperator", "TSQLTypeBuiltIn", "TSQLTypeUser", "TSQLExpressionConstant",
-      "TSQLExpressionVariable", "TSQLExpressionColumn", "TSQLExpressionParameterlessFunction",
-      "TSQLExpressionFunction", "TSQLExpressionSelect", "TSQLExpressionCaseFunction",
-      "TSQLCaseFunctionItem", "TSQLExpressionAggregate", "TSQLExpressionAggregate1Param",
-      "TSQLExpressionAggregate1ParamWPrefix", "TSQLExpressionAggregateWParams",
-      "TSQLExpressionExpressionItem", "TSQLExpressionIs", "TSQLExpressionIsNull",
-      "TSQLExpressionIn", "TSQLExpressionInSet", "TSQLExpressionInSubQuery",
-      "TSQLExpressionLikeTemplate", "TSQLExpressionCast", "TSQLExpressionOperatorPrefix",
-      "TSQLExpressionOperatorPostfix", "TSQLExpressionOperatorBinary", "TSQLExpressionCompWithSet",
-      "TSQLExpressionCompWithSubQuery", "TSQLExpressionCompWithSetExpression",
-      "TSQLExpressionBetween", "TSQLExpressionBrackets", "TSQLExpressionFieldSelection",
-      "TSQLExpressionNot", "TSQLExpressionExists", "TSQLExpressionOverlaps",
-      "TSQLExpressionItemsList", "TSQLExpressionAnd", "TSQLExpressionOr", "TSQLExpressionsList"};
+  const char* expected[] = {"TSQLQualifiedName",
+                            "TSQLDatabaseObject",
+                            "TSQLObjectColumn",
+                            "TSQLFunctionParamExpression",
+                            "TSQLFunctionParamNamedExpression",
+                            "TSQLFunctionParams",
+                            "TSQLFunction",
+                            "TSQLOperator",
+                            "TSQLTypeBuiltIn",
+                            "TSQLTypeUser",
+                            "TSQLExpressionConstant",
+                            "TSQLExpressionVariable",
+                            "TSQLExpressionColumn",
+                            "TSQLExpressionParameterlessFunction",
+                            "TSQLExpressionFunction",
+                            "TSQLExpressionSelect",
+                            "TSQLExpressionCaseFunction",
+                            "TSQLCaseFunctionItem",
+                            "TSQLExpressionAggregate",
+                            "TSQLExpressionAggregate1Param",
+                            "TSQLExpressionAggregate1ParamWPrefix",
+                            "TSQLExpressionAggregateWParams",
+                            "TSQLExpressionExpressionItem",
+                            "TSQLExpressionIs",
+                            "TSQLExpressionIsNull",
+                            "TSQLExpressionIn",
+                            "TSQLExpressionInSet",
+                            "TSQLExpressionInSubQuery",
+                            "TSQLExpressionLikeTemplate",
+                            "TSQLExpressionCast",
+                            "TSQLExpressionOperatorPrefix",
+                            "TSQLExpressionOperatorPostfix",
+                            "TSQLExpressionOperatorBinary",
+                            "TSQLExpressionCompWithSet",
+                            "TSQLExpressionCompWithSubQuery",
+                            "TSQLExpressionCompWithSetExpression",
+                            "TSQLExpressionBetween",
+                            "TSQLExpressionBrackets",
+                            "TSQLExpressionFieldSelection",
+                            "TSQLExpressionNot",
+                            "TSQLExpressionExists",
+                            "TSQLExpressionOverlaps",
+                            "TSQLExpressionItemsList",
+                            "TSQLExpressionAnd",
+                            "TSQLExpressionOr",
+                            "TSQLExpressionsList"};
   for (const char* name : expected)
     EXPECT_TRUE(seen.count(name)) << name;
 }

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,10 @@ struct TextCase {
   const char* multi;  // null: same as one
   const char* html;   // null: not checked
 };
+
+void PrintTo(const TextCase& Case, std::ostream* Out) {
+  *Out << Case.what;
+}
 
 Expr Eq(std::initializer_list<const char*> Left, std::initializer_list<const char*> Right) {
   return Bin(Col(Left), "=", Col(Right));
@@ -62,23 +67,28 @@ const TextCase kFrom[] = {
      "<b>cross</b> <b>join</b>"},
     {"inner join", [] { return JoinKind<TSQLJoinKindInner>(); }, "INNER JOIN", nullptr, nullptr},
     {"left join", [] { return JoinKind<TSQLJoinKindLeft>(); }, "LEFT JOIN", nullptr, nullptr},
-    {"left outer join", [] { return JoinKind<TSQLJoinKindLeft>(true); }, "LEFT OUTER JOIN",
-     nullptr, "<b>left</b> <b>outer</b> <b>join</b>"},
+    {"left outer join", [] { return JoinKind<TSQLJoinKindLeft>(true); }, "LEFT OUTER JOIN", nullptr,
+     "<b>left</b> <b>outer</b> <b>join</b>"},
     {"right join", [] { return JoinKind<TSQLJoinKindRight>(); }, "RIGHT JOIN", nullptr, nullptr},
     {"right outer join", [] { return JoinKind<TSQLJoinKindRight>(true); }, "RIGHT OUTER JOIN",
      nullptr, nullptr},
     {"full join", [] { return JoinKind<TSQLJoinKindFull>(); }, "FULL JOIN", nullptr, nullptr},
-    {"full outer join", [] { return JoinKind<TSQLJoinKindFull>(true); }, "FULL OUTER JOIN",
-     nullptr, nullptr},
+    {"full outer join", [] { return JoinKind<TSQLJoinKindFull>(true); }, "FULL OUTER JOIN", nullptr,
+     nullptr},
     // Sources
-    {"table", [] { return Table({"s", "t"}); }, "s.t", nullptr,
-     "<i>s</i><font color=#7f7fff>.</font><i>t</i>"},
+    {"table",
+     [] {
+       return Table({"s", "t"});
+     },
+     "s.t", nullptr, "<i>s</i><font color=#7f7fff>.</font><i>t</i>"},
     {"table with AS alias", [] { return Table({"t"}, "x", true); }, "t AS x", nullptr, nullptr},
     {"derived table with column aliases", [] { return Derived("x", {"c"}); }, "(SELECT 1) x (c)",
      nullptr, nullptr},
     {"derived table with AS and two column aliases",
-     [] { return Derived("x", {"c", "d e"}, true); }, "(SELECT 1) AS x (c, \"d e\")", nullptr,
-     nullptr},
+     [] {
+       return Derived("x", {"c", "d e"}, true);
+     },
+     "(SELECT 1) AS x (c, \"d e\")", nullptr, nullptr},
     {"table function",
      [] {
        auto source = NewNode<TSQLFromFunction>(P());
@@ -122,13 +132,13 @@ const TextCase kFrom[] = {
      "<i>a</i> <b>inner</b> <b>join</b>  <i>b</i> <i>x</i> <b>on</b> <i>a</i><font "
      "color=#7f7fff>.</font><i>id</i><font color=#7f7fff>=</font><i>x</i><font "
      "color=#7f7fff>.</font><i>id</i>"},
-    {"comma-separated sources", [] { return From(Sources(Table({"a"}), Table({"b"}))); },
-     "a,  b", "a, \r\n b", nullptr},
+    {"comma-separated sources", [] { return From(Sources(Table({"a"}), Table({"b"}))); }, "a,  b",
+     "a, \r\n b", nullptr},
     {"three sources, left outer and cross",
      [] {
-       return From(Sources(Table({"a"}),
-                           Joined<TSQLJoinKindLeft>(Table({"b"}), Eq({"a", "id"}, {"b", "id"}), true),
-                           Joined<TSQLJoinKindCross>(Table({"c"}), nullptr)));
+       return From(Sources(
+           Table({"a"}), Joined<TSQLJoinKindLeft>(Table({"b"}), Eq({"a", "id"}, {"b", "id"}), true),
+           Joined<TSQLJoinKindCross>(Table({"c"}), nullptr)));
      },
      "a LEFT OUTER JOIN  b ON a.id=b.id CROSS JOIN  c",
      "a LEFT OUTER JOIN\r\n b ON a.id=b.id CROSS JOIN\r\n c", nullptr},
@@ -137,8 +147,8 @@ const TextCase kFrom[] = {
        auto group = From<TSQLFromItem>(Sources(
            Table({"b"}), Joined<TSQLJoinKindRight>(Table({"c"}), Eq({"b", "k"}, {"c", "k"}))));
        std::unique_ptr<TSQLFromSource> inner = std::move(group);
-       return From(Sources(Table({"a"}), Joined<TSQLJoinKindFull>(std::move(inner),
-                                                                  Eq({"a", "k"}, {"b", "k"}))));
+       return From(Sources(Table({"a"}),
+                           Joined<TSQLJoinKindFull>(std::move(inner), Eq({"a", "k"}, {"b", "k"}))));
      },
      "a FULL JOIN  (b RIGHT JOIN  c ON b.k=c.k) ON a.k=b.k",
      "a FULL JOIN\r\n (b RIGHT JOIN\r\n c ON b.k=c.k) ON a.k=b.k", nullptr},
@@ -240,9 +250,15 @@ TEST(FieldLists, QuestionsAskedOfTheMetadataProvider) {
     std::function<std::unique_ptr<TSQLFromSource>()> make;
     const char* question;
   } cases[] = {
-      {[] { return Table({"s", "my t"}, "x", true); }, "select * from s.\"my t\" AS x"},
+      {[] {
+         return Table({"s", "my t"}, "x", true);
+       },
+       "select * from s.\"my t\" AS x"},
       {[] { return Table({"t"}); }, "select * from t"},
-      {[] { return Derived("x", {"c", "d"}); }, "select * from (SELECT 1) x (c, d)"},
+      {[] {
+         return Derived("x", {"c", "d"});
+       },
+       "select * from (SELECT 1) x (c, d)"},
       {[] { return Derived("x", {}); }, "select * from (SELECT 1) x"},
       {[] {
          auto query = Derived("x", {"c"});
