@@ -1,0 +1,468 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "qorvex/ast/builder.h"
+#include "qorvex/ast/node.h"
+#include "qorvex/ast/syntax_provider.h"
+#include "qorvex/core/errors.h"
+
+namespace qorvex {
+namespace {
+
+// A dialect with nothing but the registry and the base answers.
+class TestProvider : public TastSyntaxProvider {
+ public:
+  const TqxParserClass& GetParserClass() const override { throw EqxError("no parser"); }
+  const TqxScannerClass& GetScannerClass() const override { throw EqxError("no scanner"); }
+  void GetStarAggregateNames(std::vector<std::string>& List) const override { List.clear(); }
+  void Get1ParamAggregateNames(std::vector<std::string>& List) const override { List.clear(); }
+  void GetPrefixed1ParamAggregateNames(std::vector<std::string>& List) const override {
+    List.clear();
+  }
+  bool IsSupportViews() const override { return false; }
+  bool IsSupportUnions() const override { return false; }
+  bool IsSupportBracketsInUnions() const override { return false; }
+  bool IsSupportDerivedTables() const override { return false; }
+  bool IsSupportSubQueryUnions() const override { return false; }
+  bool IsSupportSubQueryBracketsInUnions() const override { return false; }
+  bool IsSupportSubQueryDerivedTables() const override { return false; }
+};
+
+// Records the order in which walks reach objects.
+std::vector<std::string>* gTrace = nullptr;
+void Trace(const std::string& What) {
+  if (gTrace != nullptr)
+    gTrace->push_back(What);
+}
+
+// A leaf writing one identifier. EditPropsInternal renames the copy to "edited" and
+// accepts when `accept` is set.
+class TLeaf : public TastNode {
+  QX_CLASS(TastClass)
+ public:
+  using TastNode::TastNode;
+  std::string Name;
+  static inline bool accept = false;
+
+  void Assign(const TastExtender& Source) override {
+    TastNode::Assign(Source);
+    if (const auto* leaf = dynamic_cast<const TLeaf*>(&Source))
+      Name = leaf->Name;
+  }
+  void BuildSQLDirect(TSQLBuilder& Builder, bool) const override {
+    Builder.WriteIdentifier(Name, GetSyntaxProvider());
+  }
+  bool EditPropsInternal(TastNode& Node, TqxQueryBuilderControlOwner*) override {
+    static_cast<TLeaf&>(Node).Name = "edited";
+    return accept;
+  }
+  std::string DumpDetails() const override { return Name; }
+  void SimplifyTree() override {
+    Trace("leaf " + Name);
+    TastNode::SimplifyTree();
+  }
+  void MoveSubQueryInProxyInternal(TqxQueryBuilderControlOwner*, const TSQLProxyClass&) override {
+    Trace("move " + Name);
+  }
+};
+class TLeafSub : public TLeaf {
+  QX_CLASS(TastClass)
+ public:
+  using TLeaf::TLeaf;
+};
+class TLeafSubSub : public TLeafSub {
+  QX_CLASS(TastClass)
+ public:
+  using TLeafSub::TLeafSub;
+};
+
+class TList : public TastNodeWithList {
+  QX_CLASS(TastClass)
+ public:
+  using TastNodeWithList::TastNodeWithList;
+  void SimplifyTree() override {
+    Trace("list");
+    TastNodeWithList::SimplifyTree();
+  }
+  void MoveSubQueryInProxyInternal(TqxQueryBuilderControlOwner*, const TSQLProxyClass&) override {
+    Trace("move list");
+  }
+};
+
+// Writes its node between square brackets.
+class TBracketExt : public TastExtender {
+  QX_CLASS(TastClass)
+ public:
+  using TastExtender::TastExtender;
+  void BuildSQLForNode(const TastNode& Node, TSQLBuilder& Builder, bool MultiLine) const override {
+    Builder.WriteSymbol("[");
+    Node.BuildSQLDirect(Builder, MultiLine);
+    Builder.WriteSymbol("]");
+  }
+  void SimplifyTree() override { Trace("ext bracket"); }
+  void MoveSubQueryInProxyInternal(TqxQueryBuilderControlOwner*, const TSQLProxyClass&) override {
+    Trace("move ext");
+  }
+};
+// Writes its node in angle brackets.
+class TAngleExt : public TastExtender {
+  QX_CLASS(TastClass)
+ public:
+  using TastExtender::TastExtender;
+  void BuildSQLForNode(const TastNode& Node, TSQLBuilder& Builder, bool MultiLine) const override {
+    Builder.WriteSymbol("<");
+    Node.BuildSQLDirect(Builder, MultiLine);
+    Builder.WriteSymbol(">");
+  }
+};
+// Refuses every edit.
+class TRefuseExt : public TastExtender {
+  QX_CLASS(TastClass)
+ public:
+  using TastExtender::TastExtender;
+  bool EditPropsForNode(TastNode&, TqxQueryBuilderControlOwner*) override { return false; }
+};
+// Writes its node followed by the one-line text of a sibling leaf, asking for that text
+// while the shared one-line builder is busy with the node itself.
+class TNestedTextExt : public TastExtender {
+  QX_CLASS(TastClass)
+ public:
+  using TastExtender::TastExtender;
+  static inline const TastNode* other = nullptr;
+  void BuildSQLForNode(const TastNode& Node, TSQLBuilder& Builder, bool MultiLine) const override {
+    Node.BuildSQLDirect(Builder, MultiLine);
+    Builder.Space();
+    Builder.WriteSymbol("/* " + other->GetSimpleSQL() + " */");
+  }
+};
+
+QX_DEFINE_CLASS(TLeaf, TastNode)
+QX_DEFINE_CLASS(TLeafSub, TLeaf)
+QX_DEFINE_CLASS(TLeafSubSub, TLeafSub)
+QX_DEFINE_CLASS(TList, TastNodeWithList)
+QX_DEFINE_CLASS(TBracketExt, TastExtender)
+QX_DEFINE_CLASS(TAngleExt, TastExtender)
+QX_DEFINE_CLASS(TRefuseExt, TastExtender)
+QX_DEFINE_CLASS(TNestedTextExt, TastExtender)
+
+template <class T = TLeaf>
+std::unique_ptr<T> Leaf(TastSyntaxProvider* P, const std::string& Name) {
+  auto leaf = NewNode<T>(P);
+  leaf->Name = Name;
+  return leaf;
+}
+
+std::unique_ptr<TList> ListOf(TastSyntaxProvider* P, const std::vector<std::string>& Names) {
+  auto list = NewNode<TList>(P);
+  for (const auto& name : Names)
+    list->Add(Leaf(P, name));
+  return list;
+}
+
+std::vector<std::string> Names(const TList& List) {
+  std::vector<std::string> names;
+  for (int i = 0; i < List.GetCount(); ++i)
+    names.push_back(static_cast<TLeaf*>(List.GetItems(i))->Name);
+  return names;
+}
+
+const std::string& ExtName(const TastNode& Node) {
+  static const std::string none = "none";
+  static std::string name;
+  if (Node.GetExtender() == nullptr)
+    return none;
+  name = std::string(Node.GetExtender()->ClassType().ClassName());
+  return name;
+}
+
+TEST(TreeNode, WithoutExtenderBuildSQLIsBuildSQLDirect) {
+  TestProvider p;
+  auto leaf = Leaf(&p, "col");
+  EXPECT_EQ(leaf->GetExtender(), nullptr);
+  std::string a, b;
+  TSQLBuilderPlainText ba(&a), bb(&b);
+  leaf->BuildSQL(ba, false);
+  leaf->BuildSQLDirect(bb, false);
+  EXPECT_EQ(a, "col");
+  EXPECT_EQ(a, b);
+  EXPECT_EQ(leaf->GetSimpleSQL(), "col");
+}
+
+TEST(TreeNode, ClassReferencesCreateTheDynamicClassWithItsExtender) {
+  TestProvider p;
+  p.RegisterExtender(TLeaf::StaticClass(), TBracketExt::StaticClass());
+  std::unique_ptr<TastExtender> made = TLeafSub::StaticClass().Create(&p);
+  auto* leaf = dynamic_cast<TLeafSub*>(made.get());
+  ASSERT_NE(leaf, nullptr);
+  EXPECT_EQ(leaf->GetSyntaxProvider(), &p);
+  EXPECT_EQ(ExtName(*leaf), "TBracketExt");
+  EXPECT_EQ(TastNodeWithList::StaticClass().ClassParent(), &TastNode::StaticClass());
+  EXPECT_EQ(TastNode::StaticClass().ClassParent(), &TastExtender::StaticClass());
+}
+
+TEST(ExtenderRegistry, NearestRegisteredAncestorWinsAndExactMatchWinsAtOnce) {
+  TestProvider p;
+  p.RegisterExtender(TLeaf::StaticClass(), TBracketExt::StaticClass());
+  p.RegisterExtender(TLeafSub::StaticClass(), TAngleExt::StaticClass());
+  EXPECT_EQ(ExtName(*Leaf<TLeafSubSub>(&p, "x")), "TAngleExt");
+  EXPECT_EQ(ExtName(*Leaf<TLeafSub>(&p, "x")), "TAngleExt");
+  EXPECT_EQ(ExtName(*Leaf<TLeaf>(&p, "x")), "TBracketExt");
+  EXPECT_EQ(ExtName(*NewNode<TList>(&p)), "none");
+
+  EXPECT_EQ(p.FindExtenderClass(TLeafSubSub::StaticClass(), false), nullptr);
+  EXPECT_EQ(p.FindExtenderClass(TLeafSubSub::StaticClass(), true), &TAngleExt::StaticClass());
+
+  // An exact entry registered after an ancestor's still wins.
+  TestProvider q;
+  q.RegisterExtender(TLeafSub::StaticClass(), TBracketExt::StaticClass());
+  q.RegisterExtender(TLeafSubSub::StaticClass(), TRefuseExt::StaticClass());
+  EXPECT_EQ(q.FindExtenderClass(TLeafSubSub::StaticClass(), true), &TRefuseExt::StaticClass());
+  // A registered base does not reach upwards.
+  EXPECT_EQ(q.FindExtenderClass(TLeaf::StaticClass(), true), nullptr);
+}
+
+TEST(ExtenderRegistry, DuplicateIsRefusedAndRegistryIsUnchanged) {
+  TestProvider p;
+  p.RegisterExtender(TLeafSub::StaticClass(), TBracketExt::StaticClass());
+  try {
+    p.RegisterExtender(TLeafSub::StaticClass(), TAngleExt::StaticClass());
+    FAIL() << "duplicate accepted";
+  } catch (const EqxError& e) {
+    EXPECT_STREQ(e.what(), "Extender for \"TLeafSub\" already registered!");
+  }
+  ASSERT_EQ(p.GetExtenders().size(), 1u);
+  EXPECT_EQ(p.FindExtenderClass(TLeafSub::StaticClass(), false), &TBracketExt::StaticClass());
+
+  // The list form checks every class first: nothing of a refused list is registered.
+  EXPECT_THROW(p.RegisterExtender({&TLeaf::StaticClass(), &TLeafSub::StaticClass()},
+                                  TAngleExt::StaticClass()),
+               EqxError);
+  EXPECT_THROW(
+      p.RegisterExtender({&TLeaf::StaticClass(), &TLeaf::StaticClass()}, TAngleExt::StaticClass()),
+      EqxError);
+  EXPECT_EQ(p.GetExtenders().size(), 1u);
+
+  p.RegisterExtender({&TLeaf::StaticClass(), &TList::StaticClass()}, TAngleExt::StaticClass());
+  ASSERT_EQ(p.GetExtenders().size(), 3u);
+  EXPECT_EQ(p.GetExtenders()[1].NodeClass, &TLeaf::StaticClass());
+  EXPECT_EQ(p.GetExtenders()[2].NodeClass, &TList::StaticClass());
+}
+
+TEST(ExtenderRegistry, UpdateExtenderFollowsRegistryChanges) {
+  TestProvider p;
+  auto leaf = Leaf<TLeafSubSub>(&p, "a");
+  EXPECT_EQ(ExtName(*leaf), "none");
+
+  p.RegisterExtender(TLeaf::StaticClass(), TBracketExt::StaticClass());
+  EXPECT_EQ(ExtName(*leaf), "none") << "existing nodes keep their extender until updated";
+  leaf->UpdateExtender();
+  EXPECT_EQ(ExtName(*leaf), "TBracketExt");
+  EXPECT_EQ(leaf->GetSimpleSQL(), "[a]");
+  leaf->GetExtender()->SetExtenderData(42);
+  const TastExtender* first = leaf->GetExtender();
+  leaf->UpdateExtender();
+  EXPECT_EQ(leaf->GetExtender(), first) << "same class: extender kept";
+
+  // A nearer registration replaces the extender, which takes over the old one's data.
+  p.RegisterExtender(TLeafSub::StaticClass(), TAngleExt::StaticClass());
+  leaf->UpdateExtender();
+  EXPECT_EQ(ExtName(*leaf), "TAngleExt");
+  EXPECT_EQ(leaf->GetExtender()->GetExtenderData(), 42u);
+  EXPECT_EQ(leaf->GetSimpleSQL(), "<a>");
+
+  EXPECT_TRUE(p.UnregisterExtender(TLeafSub::StaticClass()));
+  EXPECT_TRUE(p.UnregisterExtender(TLeaf::StaticClass()));
+  EXPECT_FALSE(p.UnregisterExtender(TLeaf::StaticClass()));
+  leaf->UpdateExtender();
+  EXPECT_EQ(ExtName(*leaf), "none");
+  EXPECT_EQ(leaf->GetSimpleSQL(), "a");
+
+  // A node without provider never gets an extender.
+  auto orphan = Leaf(nullptr, "b");
+  orphan->UpdateExtender();
+  EXPECT_EQ(orphan->GetExtender(), nullptr);
+}
+
+TEST(TreeNodeWithList, WritesItemsCommaSeparated) {
+  TestProvider p;
+  EXPECT_EQ(ListOf(&p, {})->GetSimpleSQL(), "");
+  EXPECT_EQ(ListOf(&p, {"a"})->GetSimpleSQL(), "a");
+  EXPECT_EQ(ListOf(&p, {"a", "b c", "d"})->GetSimpleSQL(), "a, b c, d");
+  // Extenders take effect for every item, since items are written through BuildSQL.
+  p.RegisterExtender(TLeaf::StaticClass(), TBracketExt::StaticClass());
+  EXPECT_EQ(ListOf(&p, {"a", "b"})->GetSimpleSQL(), "[a], [b]");
+}
+
+TEST(TreeNodeWithList, CloneIsDeepAndInOrder) {
+  TestProvider p;
+  p.RegisterExtender(TLeafSub::StaticClass(), TBracketExt::StaticClass());
+  auto list = ListOf(&p, {"a", "b"});
+  list->Add(Leaf<TLeafSub>(&p, "c"));
+  list->SetExtenderData(7);
+  std::unique_ptr<TList> copy = CloneNode(*list);
+  ASSERT_EQ(copy->GetCount(), 3);
+  EXPECT_EQ(&copy->ClassType(), &TList::StaticClass());
+  EXPECT_EQ(copy->GetExtenderData(), 7u);
+  EXPECT_EQ(Names(*copy), (std::vector<std::string>{"a", "b", "c"}));
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_NE(copy->GetItems(i), list->GetItems(i));
+    EXPECT_EQ(&copy->GetItems(i)->ClassType(), &list->GetItems(i)->ClassType());
+  }
+  EXPECT_EQ(ExtName(*copy->GetItems(2)), "TBracketExt");
+  EXPECT_EQ(copy->GetSimpleSQL(), "a, b, [c]");
+  // Deep: changing the original leaves the copy alone.
+  static_cast<TLeaf*>(list->GetItems(0))->Name = "z";
+  list->Delete(1);
+  EXPECT_EQ(copy->GetSimpleSQL(), "a, b, [c]");
+}
+
+TEST(TreeNodeWithList, AssignOntoNonEmptyListAppends) {
+  TestProvider p;
+  auto target = ListOf(&p, {"x"});
+  auto source = ListOf(&p, {"a", "b"});
+  target->Assign(*source);
+  EXPECT_EQ(Names(*target), (std::vector<std::string>{"x", "a", "b"}));
+  target->Assign(*target);
+  EXPECT_EQ(Names(*target), (std::vector<std::string>{"x", "a", "b", "x", "a", "b"}));
+}
+
+TEST(TreeNodeWithList, ListOperationsAndIndexErrors) {
+  TestProvider p;
+  auto list = ListOf(&p, {"a", "b", "c"});
+  auto expectIndexError = [](auto&& call, const std::string& message) {
+    try {
+      call();
+      ADD_FAILURE() << "no error for " << message;
+    } catch (const EqxError& e) {
+      EXPECT_EQ(e.what(), message);
+    }
+  };
+  expectIndexError([&] { list->GetItems(3); }, "List index out of bounds (3)");
+  expectIndexError([&] { list->GetItems(-1); }, "List index out of bounds (-1)");
+  expectIndexError([&] { list->Delete(5); }, "List index out of bounds (5)");
+  expectIndexError([&] { list->Extract(3); }, "List index out of bounds (3)");
+  expectIndexError([&] { list->SetItems(3, Leaf(&p, "q")); }, "List index out of bounds (3)");
+  expectIndexError([&] { list->Insert(4, Leaf(&p, "q")); }, "List index out of bounds (4)");
+  expectIndexError([&] { list->SetCount(-2); }, "List count out of bounds (-2)");
+  EXPECT_EQ(Names(*list), (std::vector<std::string>{"a", "b", "c"}));
+
+  list->Insert(3, Leaf(&p, "d"));
+  list->Insert(0, Leaf(&p, "s"));
+  EXPECT_EQ(Names(*list), (std::vector<std::string>{"s", "a", "b", "c", "d"}));
+  TastNode* b = list->GetItems(2);
+  EXPECT_EQ(list->IndexOf(b), 2);
+  std::unique_ptr<TastNode> taken = list->Extract(b);
+  EXPECT_EQ(taken.get(), b);
+  EXPECT_EQ(list->IndexOf(b), -1);
+  EXPECT_EQ(list->Extract(b), nullptr);
+  list->Remove(list->GetItems(0));
+  list->Remove(b);  // not in the list: nothing happens
+  EXPECT_EQ(Names(*list), (std::vector<std::string>{"a", "c", "d"}));
+  list->SetItems(1, std::move(taken));
+  EXPECT_EQ(list->GetSimpleSQL(), "a, b, d");
+
+  list->SetCount(1);
+  EXPECT_EQ(Names(*list), (std::vector<std::string>{"a"}));
+  list->SetCount(3);  // empty slots write nothing and are skipped by walks
+  EXPECT_EQ(list->GetItems(2), nullptr);
+  EXPECT_EQ(list->GetSimpleSQL(), "a");
+  EXPECT_EQ(CloneNode(*list)->GetCount(), 3);
+  list->Clear();
+  EXPECT_EQ(list->GetCount(), 0);
+}
+
+TEST(TreeWalks, ReachExtendersAndMoveSubQueryInProxyIsPreOrder) {
+  TestProvider p;
+  p.RegisterExtender(TLeafSub::StaticClass(), TBracketExt::StaticClass());
+  auto list = ListOf(&p, {"a"});
+  list->Add(Leaf<TLeafSub>(&p, "b"));
+  std::vector<std::string> trace;
+  gTrace = &trace;
+  list->SimplifyTree();
+  EXPECT_EQ(trace, (std::vector<std::string>{"list", "leaf a", "leaf b", "ext bracket"}));
+
+  trace.clear();
+  const TSQLProxyClass proxy("TestProxy", nullptr, nullptr);
+  list->MoveSubQueryInProxy(nullptr, proxy);
+  EXPECT_EQ(trace, (std::vector<std::string>{"move list", "move a", "move b", "move ext"}));
+  gTrace = nullptr;
+
+  std::vector<TastExtender*> children;
+  list->GetMyChildren(children);
+  ASSERT_EQ(children.size(), 2u);
+  children.clear();
+  list->GetItems(1)->GetMyChildren(children);
+  ASSERT_EQ(children.size(), 1u);
+  EXPECT_EQ(children[0], static_cast<TastNode*>(list->GetItems(1))->GetExtender());
+}
+
+TEST(TreeNode, EditPropsAppliesTheCopyOnlyOnAcceptance) {
+  TestProvider p;
+  auto leaf = Leaf(&p, "a");
+  TLeaf::accept = false;
+  leaf->EditProps(nullptr);
+  EXPECT_EQ(leaf->Name, "a");
+  TLeaf::accept = true;
+  leaf->EditProps(nullptr);
+  EXPECT_EQ(leaf->Name, "edited");
+
+  // The base extender defers to EditPropsInternal.
+  p.RegisterExtender(TLeafSub::StaticClass(), TBracketExt::StaticClass());
+  auto sub = Leaf<TLeafSub>(&p, "b");
+  sub->EditProps(nullptr);
+  EXPECT_EQ(sub->Name, "edited");
+
+  // A refusing extender wins even though EditPropsInternal would accept.
+  p.RegisterExtender(TLeafSubSub::StaticClass(), TRefuseExt::StaticClass());
+  auto refused = Leaf<TLeafSubSub>(&p, "c");
+  refused->EditProps(nullptr);
+  EXPECT_EQ(refused->Name, "c");
+  TLeaf::accept = false;
+}
+
+// A list that accepts every edit and adds an item to the edited copy.
+class TEditList : public TastNodeWithList {
+  QX_CLASS(TastClass)
+ public:
+  using TastNodeWithList::TastNodeWithList;
+  bool EditPropsInternal(TastNode& Node, TqxQueryBuilderControlOwner*) override {
+    static_cast<TEditList&>(Node).Add(Leaf(GetSyntaxProvider(), "new"));
+    return true;
+  }
+};
+QX_DEFINE_CLASS(TEditList, TastNodeWithList)
+
+TEST(TreeNode, EditPropsOnListReplacesItemsWithTheEditedCopy) {
+  TestProvider p;
+  auto list = NewNode<TEditList>(&p);
+  list->Add(Leaf(&p, "a"));
+  list->EditProps(nullptr);
+  EXPECT_EQ(list->GetSimpleSQL(), "a, new");
+}
+
+TEST(TreeNode, GetSimpleSQLIsSafeWhenCalledWhileWriting) {
+  TestProvider p;
+  p.RegisterExtender(TLeafSub::StaticClass(), TNestedTextExt::StaticClass());
+  auto other = Leaf(&p, "other name");
+  TNestedTextExt::other = other.get();
+  auto list = ListOf(&p, {"a"});
+  list->Add(Leaf<TLeafSub>(&p, "b"));
+  list->Add(Leaf(&p, "c"));
+  EXPECT_EQ(list->GetSimpleSQL(), "a, b /* other name */, c");
+  EXPECT_EQ(list->GetSimpleSQL(), "a, b /* other name */, c");
+  TNestedTextExt::other = nullptr;
+}
+
+TEST(TreeNode, DumpListsOneObjectPerLineIndented) {
+  TestProvider p;
+  p.RegisterExtender(TLeafSub::StaticClass(), TBracketExt::StaticClass());
+  auto list = ListOf(&p, {"a"});
+  list->Add(Leaf<TLeafSub>(&p, "b"));
+  EXPECT_EQ(list->Dump(), "TList\n  TLeaf a\n  TLeafSub b\n    TBracketExt\n");
+}
+
+}  // namespace
+}  // namespace qorvex

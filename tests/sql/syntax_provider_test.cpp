@@ -1,0 +1,235 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "qorvex/ast/builder.h"
+#include "qorvex/ast/syntax_provider.h"
+#include "qorvex/core/component.h"
+#include "qorvex/core/errors.h"
+#include "qorvex/syntax/components.h"
+#include "qorvex/syntax/sql92_syntax_provider.h"
+
+namespace qorvex {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+// The base answers, with the abstract questions answered by a minimal dialect.
+class BaseDialect : public TastSyntaxProvider {
+ public:
+  const TqxParserClass& GetParserClass() const override { throw EqxError("no parser"); }
+  const TqxScannerClass& GetScannerClass() const override { throw EqxError("no scanner"); }
+  void GetStarAggregateNames(Strings& List) const override { List = {"COUNT", "Total"}; }
+  void Get1ParamAggregateNames(Strings& List) const override { List = {"Median", "total"}; }
+  void GetPrefixed1ParamAggregateNames(Strings& List) const override { List = {"Sum", "count"}; }
+  bool IsSupportViews() const override { return false; }
+  bool IsSupportUnions() const override { return true; }
+  bool IsSupportBracketsInUnions() const override { return false; }
+  bool IsSupportDerivedTables() const override { return true; }
+  bool IsSupportSubQueryUnions() const override { return false; }
+  bool IsSupportSubQueryBracketsInUnions() const override { return false; }
+  bool IsSupportSubQueryDerivedTables() const override { return false; }
+};
+
+class BaseComponent : public TqxBaseSyntaxProvider {
+ public:
+  ~BaseComponent() override { BeginDestroy(); }
+
+ protected:
+  std::unique_ptr<TastSyntaxProvider> CreateASTSyntaxProvider() const override {
+    return std::make_unique<BaseDialect>();
+  }
+};
+
+std::string WriteName(const std::string& Name, const TastSyntaxProvider& P) {
+  std::string out;
+  TSQLBuilderPlainText b(&out);
+  b.ResetBuilder();
+  b.WriteIdentifier(Name, &P);
+  return out;
+}
+
+TEST(SyntaxProvider, BaseAnswers) {
+  BaseDialect p;
+  Strings list = {"left over"};
+  p.GetComparisonOperators(list);
+  EXPECT_EQ(list, (Strings{"=", ">", ">=", "<", "<=", "<>"}));
+  list = {"left over"};
+  p.GetUnionOperatorsList(list);
+  EXPECT_EQ(list, (Strings{"Union", "Union All"}));
+  EXPECT_EQ(p.GetQuoteBegin(), "");
+  EXPECT_EQ(p.GetQuoteEnd(), "");
+  EXPECT_FALSE(p.IsUniversalExpressions());
+  EXPECT_EQ(WriteName("order details", p), "order details");
+  EXPECT_EQ(WriteName("", p), "");
+}
+
+TEST(SyntaxProvider, NormalizeUnionOperatorAndIcons) {
+  BaseDialect p;
+  const struct {
+    const char* op;
+    const char* normal;
+    const char* icon;
+  } cases[] = {
+      {"union all", "Union All", "QXQB_UNIONALL"},
+      {"UNION ALL", "Union All", "QXQB_UNIONALL"},
+      {"Union", "Union", "QXQB_UNION"},
+      {"INTERSECT", "intersect", "QXQB_INTERSECT"},
+      {"EXCEPT", "except", "QXQB_EXCEPT"},
+      {"Except  All", "except  all", "QXQB_EXCEPTALL"},
+      {" intersect all ", " intersect all ", "QXQB_INTERSECTALL"},
+      {"minus", "minus", ""},
+      {"", "", ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.op);
+    EXPECT_EQ(p.NormalizeUnionOperator(c.op), c.normal);
+    EXPECT_EQ(p.GetUnionOperatorIcon(c.op), c.icon);
+  }
+}
+
+TEST(SyntaxProvider, SQL92Answers) {
+  TastSQL92SyntaxProvider p;
+  EXPECT_EQ(p.GetQuoteBegin(), "\"");
+  EXPECT_EQ(p.GetQuoteEnd(), "\"");
+  Strings list = {"left over"};
+  p.GetStarAggregateNames(list);
+  EXPECT_EQ(list, (Strings{"Count"}));
+  p.Get1ParamAggregateNames(list);
+  EXPECT_TRUE(list.empty());
+  p.GetPrefixed1ParamAggregateNames(list);
+  EXPECT_EQ(list, (Strings{"Avg", "Count", "Max", "Min", "Sum"}));
+  p.GetComparisonOperators(list);
+  EXPECT_EQ(list.size(), 6u);
+  EXPECT_TRUE(p.IsSupportViews());
+  EXPECT_TRUE(p.IsSupportUnions());
+  EXPECT_TRUE(p.IsSupportBracketsInUnions());
+  EXPECT_TRUE(p.IsSupportDerivedTables());
+  EXPECT_TRUE(p.IsSupportSubQueryUnions());
+  EXPECT_TRUE(p.IsSupportSubQueryBracketsInUnions());
+  EXPECT_TRUE(p.IsSupportSubQueryDerivedTables());
+  EXPECT_FALSE(p.IsUniversalExpressions());
+  EXPECT_EQ(WriteName("order details", p), "\"order details\"");
+  EXPECT_EQ(WriteName("orders", p), "orders");
+  EXPECT_EQ(WriteName("", p), "\"\"");
+}
+
+TEST(SyntaxProviderComponent, DelegatesToItsDialect) {
+  TqxSQL92SyntaxProvider c;
+  TastSyntaxProvider* ast = c.GetASTSyntaxProvider();
+  ASSERT_NE(ast, nullptr);
+  EXPECT_NE(dynamic_cast<TastSQL92SyntaxProvider*>(ast), nullptr);
+  EXPECT_EQ(c.GetASTSyntaxProvider(), ast) << "created once";
+  EXPECT_EQ(c.GetQuoteBegin(), "\"");
+  EXPECT_TRUE(c.IsSupportSubQueryDerivedTables());
+  EXPECT_EQ(c.NormalizeUnionOperator("UNION"), "Union");
+  EXPECT_EQ(c.GetUnionOperatorIcon("union all"), "QXQB_UNIONALL");
+
+  BaseComponent b;
+  EXPECT_EQ(b.GetQuoteBegin(), "");
+  EXPECT_FALSE(b.IsSupportViews());
+  EXPECT_TRUE(b.IsSupportDerivedTables());
+}
+
+TEST(SyntaxProviderComponent, AggregateNames) {
+  TqxSQL92SyntaxProvider sql92;
+  EXPECT_TRUE(sql92.IsNameOfStarAggregate("count"));
+  EXPECT_FALSE(sql92.IsNameOfStarAggregate("sum"));
+  EXPECT_TRUE(sql92.IsNameOfPrefixedAggregate("SUM"));
+  EXPECT_TRUE(sql92.IsNameOfPrefixedAggregate("avg"));
+  EXPECT_FALSE(sql92.IsNameOfPrefixedAggregate("median"));
+  EXPECT_FALSE(sql92.IsNameOfAggregate("sum")) << "SQL-92 has no plain one-parameter list";
+  EXPECT_EQ(sql92.AggregateNormalize("COUNT"), "Count");
+  EXPECT_EQ(sql92.AggregateNormalize("max"), "Max");
+  EXPECT_EQ(sql92.AggregateNormalize("median"), "median");
+
+  // Star list first, then prefixed, then one-parameter.
+  BaseComponent base;
+  EXPECT_TRUE(base.IsNameOfAggregate("MEDIAN"));
+  EXPECT_EQ(base.AggregateNormalize("count"), "COUNT");
+  EXPECT_EQ(base.AggregateNormalize("TOTAL"), "Total");
+  EXPECT_EQ(base.AggregateNormalize("sum"), "Sum");
+  EXPECT_EQ(base.AggregateNormalize("median"), "Median");
+}
+
+// A query builder stand-in: a component that counts capability re-reads and clears its
+// provider reference when the provider goes away.
+class FakeQueryBuilder : public TqxComponent, public TqxSyntaxProviderClient {
+ public:
+  ~FakeQueryBuilder() override { BeginDestroy(); }
+  void ReadSyntaxProviderCaps() override {
+    ++reads;
+    if (onRead)
+      onRead();
+  }
+  void Link(TqxBaseSyntaxProvider* p) {
+    provider = p;
+    p->FreeNotification(this);
+    p->RegisterQueryBuilder(this);
+  }
+  int reads = 0;
+  std::function<void()> onRead;
+  TqxBaseSyntaxProvider* provider = nullptr;
+
+ protected:
+  void Notification(TqxComponent* c, TOperation op) override {
+    if (op == TOperation::opRemove && c == provider)
+      provider = nullptr;
+  }
+};
+
+// A client that is not a component.
+struct PlainClient : TqxSyntaxProviderClient {
+  void ReadSyntaxProviderCaps() override { ++reads; }
+  int reads = 0;
+};
+
+TEST(SyntaxProviderComponent, QueryBuilderRegistrationAndFreeNotification) {
+  auto provider = std::make_unique<TqxSQL92SyntaxProvider>();
+  auto a = std::make_unique<FakeQueryBuilder>();
+  auto b = std::make_unique<FakeQueryBuilder>();
+  PlainClient plain;
+  a->Link(provider.get());
+  b->Link(provider.get());
+  provider->RegisterQueryBuilder(a.get());  // twice: one entry
+  provider->RegisterQueryBuilder(&plain);
+  provider->RegisterQueryBuilder(nullptr);
+  EXPECT_EQ(provider->GetQueryBuilderCount(), 3);
+  provider->SendCapsChangedNotifications();
+  EXPECT_EQ(a->reads, 1);
+  EXPECT_EQ(b->reads, 1);
+  EXPECT_EQ(plain.reads, 1);
+
+  // A destroyed query builder is dropped without unregistering.
+  b.reset();
+  EXPECT_EQ(provider->GetQueryBuilderCount(), 2);
+  provider->SendCapsChangedNotifications();
+  EXPECT_EQ(a->reads, 2);
+  EXPECT_EQ(plain.reads, 2);
+
+  provider->UnregisterQueryBuilder(&plain);
+  EXPECT_FALSE(provider->IsQueryBuilderRegistered(&plain));
+  provider->SendCapsChangedNotifications();
+  EXPECT_EQ(plain.reads, 2);
+  EXPECT_EQ(a->reads, 3);
+
+  // A query builder that unregisters another while re-reading: the other is not told.
+  auto c = std::make_unique<FakeQueryBuilder>();
+  c->Link(provider.get());
+  a->onRead = [&] { provider->UnregisterQueryBuilder(c.get()); };
+  provider->SendCapsChangedNotifications();
+  EXPECT_EQ(a->reads, 4);
+  EXPECT_EQ(c->reads, 0);
+  a->onRead = nullptr;
+
+  // The provider going first clears the query builders' references.
+  provider.reset();
+  EXPECT_EQ(a->provider, nullptr);
+  EXPECT_EQ(c->provider, nullptr);
+}
+
+}  // namespace
+}  // namespace qorvex
