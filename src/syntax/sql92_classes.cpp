@@ -1,15 +1,16 @@
 #include "syntax/sql92_classes.h"
 
-#include "qorvex/core/errors.h"
+#include "qorvex/parser/sql92_parser.h"
+#include "qorvex/scanner/sql92_scanner.h"
 
 namespace qorvex::sql92 {
 
 const TqxScannerClass& ScannerClass() {
-  throw EqxError("The SQL-92 scanner is not linked in");
+  return SQL92Scanner::StaticClass();
 }
 
 const TqxParserClass& ParserClass() {
-  throw EqxError("The SQL-92 parser is not linked in");
+  return SQL92Parser::StaticClass();
 }
 
 }  // namespace qorvex::sql92
