@@ -60,9 +60,17 @@ void TqxWayPoint::RemoveFromParent() {
   // `parent` stays: a reused stretch of way may still be read through this point.
 }
 
+// Blocks double in size from 256 way points, so a short statement costs one small block
+// and a long one few allocations. Way points have trivial destructors: a block is freed
+// as raw memory.
+void TqxWayArena::FreeBlock::operator()(TqxWayPoint* p) const {
+  ::operator delete(static_cast<void*>(p));
+}
+
 void TqxWayArena::Grow() {
-  blocks_.push_back(std::make_unique<TqxWayPoint[]>(kBlockSize));
-  current_ = blocks_.back().get();
+  capacity_ = capacity_ == 0 ? 256 : std::min<std::size_t>(capacity_ * 2, 65536);
+  current_ = static_cast<TqxWayPoint*>(::operator new(capacity_ * sizeof(TqxWayPoint)));
+  blocks_.emplace_back(current_);
   used_ = 0;
 }
 

@@ -92,7 +92,10 @@ struct SQL92Parser::Worked {
 
 SQL92Parser::SQL92Parser(TqxBaseScanner* scanner, TastSyntaxProvider* provider)
     : TqxBaseParser(scanner, provider) {
-  workedIndex_.resize(kWorkedProductions);
+  const auto tokens = static_cast<std::size_t>(TokenCount());
+  worked_.reserve(tokens / 2 + 8);
+  workedLeaves_.reserve(tokens + 8);
+  workedEnds_.reserve(tokens + 8);
 }
 
 SQL92Parser::~SQL92Parser() = default;
@@ -106,15 +109,16 @@ void SQL92Parser::Reuse(int production, TqxWayList& ways, F&& calc) {
     return;
   }
   TqxWayPoint* start = ways.front();
-  std::vector<std::int32_t>& index = workedIndex_[static_cast<std::size_t>(production)];
-  if (index.empty())
-    index.assign(static_cast<std::size_t>(TokenCount()) + 1, 0);
-  const auto at = static_cast<std::size_t>(start->tokenIndex + 1);
-  if (at >= index.size()) {
+  const auto row = static_cast<std::size_t>(TokenCount()) + 1;
+  if (workedIndex_.empty())
+    workedIndex_.assign(row * kWorkedProductions, 0);
+  const auto column = static_cast<std::size_t>(start->tokenIndex + 1);
+  if (column >= row) {
     calc(ways);
     return;
   }
-  if (std::int32_t entry = index[at]; entry != 0) {
+  std::int32_t* slot = &workedIndex_[static_cast<std::size_t>(production) * row + column];
+  if (std::int32_t entry = *slot; entry != 0) {
     const Worked& w = worked_[static_cast<std::size_t>(entry - 1)];
     // Reused only when the nesting bound is not reached on the way: otherwise the
     // calculation runs again and stops where the bound is.
@@ -144,7 +148,8 @@ void SQL92Parser::Reuse(int production, TqxWayList& ways, F&& calc) {
     workedEnds_.push_back(p->tokenIndex);
   }
   worked_.push_back(w);
-  index[at] = static_cast<std::int32_t>(worked_.size());
+  slot = &workedIndex_[static_cast<std::size_t>(production) * row + column];
+  *slot = static_cast<std::int32_t>(worked_.size());
   peakDepth_ = std::max(savedPeak, peakDepth_);
 }
 
@@ -154,10 +159,8 @@ void SQL92Parser::Unite(TqxWayList& dest, const TqxWayList& src) {
   if (src.empty())
     return;
   if (plain_ || dest.empty()) {
-    if (plain_ || src.size() == 1) {
-      dest.insert(dest.end(), src.begin(), src.end());
-      return;
-    }
+    dest.insert(dest.end(), src.begin(), src.end());
+    return;
   }
   if (dest.size() + src.size() <= 8) {
     for (TqxWayPoint* w : src) {
@@ -173,22 +176,13 @@ void SQL92Parser::Unite(TqxWayList& dest, const TqxWayList& src) {
     }
     return;
   }
-  if (stamp_.empty())
-    stamp_.assign(static_cast<std::size_t>(TokenCount()) + 2, 0);
-  if (++epoch_ == 0) {
-    std::fill(stamp_.begin(), stamp_.end(), 0);
-    epoch_ = 1;
-  }
-  auto slot = [&](const TqxWayPoint* w) -> std::uint32_t& {
-    auto i = static_cast<std::size_t>(w->tokenIndex + 1);
-    return stamp_[std::min(i, stamp_.size() - 1)];
-  };
+  const std::uint32_t epoch = NewEpoch();
   for (const TqxWayPoint* d : dest)
-    slot(d) = epoch_;
+    Stamp(d->tokenIndex) = epoch;
   for (TqxWayPoint* w : src) {
-    std::uint32_t& s = slot(w);
-    if (s != epoch_) {
-      s = epoch_;
+    std::uint32_t& s = Stamp(w->tokenIndex);
+    if (s != epoch) {
+      s = epoch;
       dest.push_back(w);
     }
   }
@@ -199,15 +193,95 @@ void SQL92Parser::DropTwins(TqxWayList& ways) {
     return;
   ListRef copy = TakeList();
   copy->swap(ways);
+  ways.push_back(copy->front());
+  copy->erase(copy->begin());
   Unite(ways, *copy);
 }
 
 // ---- the four shapes -----------------------------------------------------------------
 
+// Appends a child with `decision` of every parent to `dest`, except for a parent standing
+// where a way of `dest` already stands (it would have the same future as that way, and
+// come after it).
+void SQL92Parser::AppendChildren(TqxWayList& dest, const TqxWayList& parents,
+                                 std::int32_t decision) {
+  if (plain_ || dest.empty()) {
+    for (TqxWayPoint* p : parents)
+      dest.push_back(NewWayPoint(p, decision));
+    return;
+  }
+  if (parents.size() == 1 && dest.size() <= 8) {
+    TqxWayPoint* p = parents.front();
+    for (const TqxWayPoint* d : dest) {
+      if (d->tokenIndex == p->tokenIndex)
+        return;
+    }
+    dest.push_back(NewWayPoint(p, decision));
+    return;
+  }
+  std::int32_t lowParent = parents.front()->tokenIndex, highParent = lowParent;
+  for (const TqxWayPoint* p : parents) {
+    lowParent = std::min(lowParent, p->tokenIndex);
+    highParent = std::max(highParent, p->tokenIndex);
+  }
+  std::int32_t lowDest = dest.front()->tokenIndex, highDest = lowDest;
+  for (const TqxWayPoint* d : dest) {
+    lowDest = std::min(lowDest, d->tokenIndex);
+    highDest = std::max(highDest, d->tokenIndex);
+  }
+  if (highParent < lowDest || lowParent > highDest) {
+    for (TqxWayPoint* p : parents)
+      dest.push_back(NewWayPoint(p, decision));
+    return;
+  }
+  const std::uint32_t epoch = NewEpoch();
+  for (const TqxWayPoint* d : dest)
+    Stamp(d->tokenIndex) = epoch;
+  for (TqxWayPoint* p : parents) {
+    std::uint32_t& s = Stamp(p->tokenIndex);
+    if (s != epoch) {
+      s = epoch;
+      dest.push_back(NewWayPoint(p, decision));
+    }
+  }
+}
+
+std::uint32_t SQL92Parser::NewEpoch() {
+  if (stamp_.empty())
+    stamp_.assign(static_cast<std::size_t>(TokenCount()) + 2, 0);
+  if (++epoch_ == 0) {
+    std::fill(stamp_.begin(), stamp_.end(), 0);
+    epoch_ = 1;
+  }
+  return epoch_;
+}
+
+std::uint32_t& SQL92Parser::Stamp(std::int32_t tokenIndex) {
+  const auto i = static_cast<std::size_t>(tokenIndex + 1);
+  return stamp_[std::min(i, stamp_.size() - 1)];
+}
+
 template <class F>
 void SQL92Parser::Opt(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
   if (ways.empty())
     return;
+  if (ways.size() == 1) {
+    TqxWayPoint* w = ways.front();
+    if (!first.Has(NextKind(w->tokenIndex))) {
+      ways.front() = NewWayPoint(w, 0);
+      return;
+    }
+    ways.front() = NewWayPoint(w, 1);
+    part(ways);
+    if (!plain_) {
+      for (const TqxWayPoint* d : ways) {
+        if (d->tokenIndex == w->tokenIndex)
+          return;
+      }
+    }
+    ways.push_back(NewWayPoint(w, 0));
+    return;
+  }
   ListRef skip = TakeList();
   std::size_t k = 0;
   for (TqxWayPoint* w : ways) {
@@ -218,27 +292,30 @@ void SQL92Parser::Opt(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
   ways.resize(k);
   if (k != 0)
     part(ways);
-  // The ways that skip the part come after those that took it; a skipping way standing
-  // where a taking way already stands gets no way point.
-  for (TqxWayPoint* w : *skip) {
-    bool twin = false;
-    if (!plain_) {
-      for (std::size_t i = 0; i < ways.size(); ++i) {
-        if (ways[i]->tokenIndex == w->tokenIndex) {
-          twin = true;
-          break;
-        }
-      }
-    }
-    if (!twin)
-      ways.push_back(NewWayPoint(w, 0));
-  }
+  // The ways that skip the part come after those that took it.
+  AppendChildren(ways, *skip, 0);
 }
 
 template <class... A>
 void SQL92Parser::Choice(TqxWayList& ways, A&&... alternatives) {
   if (ways.empty())
     return;
+  if (ways.size() == 1) {
+    // One way and one alternative that can start at its token: no work lists needed.
+    const std::int32_t kind = NextKind(ways.front()->tokenIndex);
+    std::int32_t matches = 0, which = -1, i = 0;
+    ((alternatives.first.Has(kind) ? (++matches, which = i) : 0, ++i), ...);
+    if (matches == 0) {
+      ways.clear();
+      return;
+    }
+    if (matches == 1) {
+      ways.front() = NewWayPoint(ways.front(), which);
+      i = 0;
+      ((i++ == which ? (alternatives.calc(ways), 0) : 0), ...);
+      return;
+    }
+  }
   ListRef start = TakeList();
   start->swap(ways);
   ListRef work = TakeList();
@@ -262,6 +339,10 @@ template <class F>
 void SQL92Parser::Iter(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
   if (ways.empty())
     return;
+  if (ways.size() == 1 && !first.Has(NextKind(ways.front()->tokenIndex))) {
+    ways.front() = NewWayPoint(ways.front(), 0);
+    return;
+  }
   ListRef result = TakeList();
   for (TqxWayPoint* w : ways)
     result->push_back(NewWayPoint(w, 0));
@@ -278,21 +359,7 @@ void SQL92Parser::Iter(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
     if (ways.empty())
       break;
     // Each way that did one more iteration may stop after it.
-    if (plain_) {
-      ListAddWithWayNode(*result, ways, 0);
-    } else {
-      for (TqxWayPoint* w : ways) {
-        bool twin = false;
-        for (const TqxWayPoint* r : *result) {
-          if (r->tokenIndex == w->tokenIndex) {
-            twin = true;
-            break;
-          }
-        }
-        if (!twin)
-          result->push_back(NewWayPoint(w, 0));
-      }
-    }
+    AppendChildren(*result, ways, 0);
   }
   ways.swap(*result);
 }
@@ -673,8 +740,161 @@ void SQL92Parser::namePartWayCalc(TqxWayList& ways) {
 
 // dbObject: [ [ [ part "." ] part "." ] part "." ] name
 void SQL92Parser::dbObjectWayCalc(TqxWayList& ways) {
-  QualifiersWayCalc(ways, kObjectQualifiers);
-  namePartWayCalc(ways);
+  NameWayCalc(ways, kObjectQualifiers);
+}
+
+namespace {
+
+// Order keys of name readings. A part or name is keyed by its namePart alternative and
+// the alternative within it; an empty part comes after every written one, and a level
+// that skips its option after every level that takes it.
+constexpr std::int32_t kEmptyPartKey = 200;
+constexpr std::int32_t kSkipKey = 300;
+
+std::int32_t PartKey(std::int32_t kind) {
+  if (kind == tkIdentifier)
+    return 0;
+  if (kind == tkQuotedIdentifier)
+    return 1;
+  return 64 + (kind - kFirstNonReservedKeyword);
+}
+
+struct NameReading {
+  TqxWayPoint* start;
+  std::int32_t groups;
+  std::int32_t groupStart[kColumnQualifiers + 1];  // token index before each group
+  std::int32_t end;
+  std::int32_t key[kColumnQualifiers + 2];
+  std::int32_t keyLength;
+};
+
+}  // namespace
+
+// Q(l) = [ Q(l-1) [ part ] "." ] (an option), the name follows Q(levels). From a way at
+// token p, Q(l) leads to the tokens after j = 0..l groups as far as the text has such
+// groups ("part ." or "."). A reading with j groups takes the options of the outer j
+// levels and skips the next one; it survives when a name follows. Expected points that
+// are missing raise the error index exactly where the options would: at a part not
+// followed by a point, and at any other token where a group could start.
+void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels) {
+  if (ways.empty())
+    return;
+  if (plain_) {
+    QualifiersWayCalc(ways, levels);
+    namePartWayCalc(ways);
+    return;
+  }
+  // One way gives at most levels + 1 readings; more ways go to the heap.
+  NameReading readings[kColumnQualifiers + 1];
+  std::size_t readingCount = 0;
+  std::vector<NameReading> many;
+  const bool oneWay = ways.size() == 1;
+  auto slot = [&]() -> NameReading& {
+    if (oneWay)
+      return readings[readingCount++];
+    return many.emplace_back();
+  };
+  for (TqxWayPoint* w : ways) {
+    const std::int32_t p = w->tokenIndex;
+    std::int32_t positions[kColumnQualifiers + 1];
+    std::int32_t groupKeys[kColumnQualifiers];
+    std::int32_t matched = 0;
+    positions[0] = p;
+    const bool qualifies = kQualifier.Has(NextKind(p));
+    if (qualifies) {
+      for (std::int32_t j = 0; j < levels; ++j) {
+        const std::int32_t s = positions[j];
+        const std::int32_t k1 = NextKind(s);
+        // The missing points of Q(levels - 1): the group after s, tried as written part
+        // and as empty part.
+        if (kNamePart.Has(k1))
+          RaiseMaxErr(NextKind(s + 1) != tkDot ? s + 2 : s + 1);
+        else if (k1 != tkDot)
+          RaiseMaxErr(s + 1);
+        if (kNamePart.Has(k1) && NextKind(s + 1) == tkDot) {
+          groupKeys[j] = PartKey(k1);
+          positions[j + 1] = s + 2;
+        } else if (k1 == tkDot) {
+          groupKeys[j] = kEmptyPartKey;
+          positions[j + 1] = s + 1;
+        } else {
+          break;
+        }
+        ++matched;
+      }
+    }
+    for (std::int32_t j = 0; j <= matched; ++j) {
+      const std::int32_t s = positions[j];
+      const std::int32_t nameKind = NextKind(s);
+      if (!kNamePart.Has(nameKind))
+        continue;
+      NameReading& r = slot();
+      r.start = w;
+      r.groups = j;
+      for (std::int32_t g = 0; g <= j; ++g)
+        r.groupStart[g] = positions[g];
+      r.end = s + 1;
+      std::int32_t n = 0;
+      r.key[n++] = PartKey(nameKind);
+      for (std::int32_t g = j - 1; g >= 0; --g)
+        r.key[n++] = groupKeys[g];
+      if (j < levels)
+        r.key[n++] = kSkipKey;
+      r.keyLength = n;
+    }
+  }
+  auto before = [](const NameReading& a, const NameReading& b) {
+    return std::lexicographical_compare(a.key, a.key + a.keyLength, b.key, b.key + b.keyLength);
+  };
+  NameReading* begin = readings;
+  NameReading* end = readings + readingCount;
+  if (!many.empty()) {
+    std::stable_sort(many.begin(), many.end(), before);
+    begin = many.data();
+    end = many.data() + many.size();
+  } else if (readingCount > 1) {
+    std::stable_sort(begin, end, before);
+  }
+  ways.clear();
+  for (NameReading* r = begin; r != end; ++r) {
+    // Without twins: a reading ending where an earlier one ends has its future.
+    bool twin = false;
+    for (const TqxWayPoint* w : ways) {
+      if (w->tokenIndex == r->end) {
+        twin = true;
+        break;
+      }
+    }
+    if (twin)
+      continue;
+    TqxWayPoint* w = r->start;
+    for (std::int32_t l = 0; l < r->groups; ++l)
+      w = NewWayPoint(w, 1);
+    if (r->groups < levels)
+      w = NewWayPoint(w, 0);
+    for (std::int32_t g = 0; g < r->groups; ++g) {
+      const std::int32_t s = r->groupStart[g];
+      const std::int32_t kind = NextKind(s);
+      if (kind == tkDot) {
+        w = NewWayPoint(w, 0);
+      } else {
+        w = NewWayPoint(w, 1);
+        const bool keyword = !kIdentifier.Has(kind);
+        w = NewWayPoint(w, keyword ? 1 : 0);
+        w = NewWayPoint(
+            w, keyword ? kind - kFirstNonReservedKeyword : (kind == tkQuotedIdentifier ? 1 : 0));
+        ++w->tokenIndex;
+      }
+      ++w->tokenIndex;  // "."
+    }
+    const std::int32_t kind = NextKind(w->tokenIndex);
+    const bool keyword = !kIdentifier.Has(kind);
+    w = NewWayPoint(w, keyword ? 1 : 0);
+    w = NewWayPoint(
+        w, keyword ? kind - kFirstNonReservedKeyword : (kind == tkQuotedIdentifier ? 1 : 0));
+    ++w->tokenIndex;
+    ways.push_back(w);
+  }
 }
 
 // identifier: identifier token | quoted identifier token
@@ -893,8 +1113,7 @@ void SQL92Parser::constantWayCalc(TqxWayList& ways) {
 
 // dbColumn: [ [ [ [ part "." ] part "." ] part "." ] part "." ] name
 void SQL92Parser::dbColumnWayCalc(TqxWayList& ways) {
-  QualifiersWayCalc(ways, kColumnQualifiers);
-  namePartWayCalc(ways);
+  NameWayCalc(ways, kColumnQualifiers);
 }
 
 // SQLAggregateFunction:

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -66,9 +67,10 @@ class TqxWayArena {
   // A new way point; with a parent it becomes the parent's last child and starts at the
   // parent's token index, without one it starts at -1.
   TqxWayPoint* New(TqxWayPoint* parent, std::int32_t decision = 0) {
-    if (used_ == kBlockSize) [[unlikely]]
+    if (used_ == capacity_) [[unlikely]]
       Grow();
-    TqxWayPoint* w = &current_[used_++];
+    TqxWayPoint* w = new (current_ + used_++) TqxWayPoint();
+    ++size_;
     w->decision = decision;
     if (parent != nullptr) {
       w->parent = parent;
@@ -83,16 +85,18 @@ class TqxWayArena {
     return w;
   }
   // Number of way points made so far.
-  std::size_t Size() const {
-    return blocks_.empty() ? 0 : (blocks_.size() - 1) * kBlockSize + used_;
-  }
+  std::size_t Size() const { return size_; }
 
  private:
-  static constexpr std::size_t kBlockSize = 1024;
+  struct FreeBlock {
+    void operator()(TqxWayPoint* p) const;
+  };
   void Grow();
-  std::vector<std::unique_ptr<TqxWayPoint[]>> blocks_;
+  std::vector<std::unique_ptr<TqxWayPoint, FreeBlock>> blocks_;
   TqxWayPoint* current_ = nullptr;
-  std::size_t used_ = kBlockSize;
+  std::size_t used_ = 0;
+  std::size_t capacity_ = 0;
+  std::size_t size_ = 0;
 };
 
 // A list of ways, each given by its leaf. The list does not own its way points.

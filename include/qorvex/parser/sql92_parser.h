@@ -209,6 +209,14 @@ class SQL92Parser : public TqxBaseParser {
   // way already there.
   void Unite(TqxWayList& dest, const TqxWayList& src);
   void DropTwins(TqxWayList& ways);
+  // Appends a child of every parent to `dest` unless a way of `dest` stands there.
+  void AppendChildren(TqxWayList& dest, const TqxWayList& parents, std::int32_t decision);
+  std::uint32_t NewEpoch();
+  std::uint32_t& Stamp(std::int32_t tokenIndex);
+  // dbObject and dbColumn: `levels` qualifying parts, then the name. Works out the
+  // readings of the nested options directly from the tokens, with the same ways, order
+  // and error position as the options themselves.
+  void NameWayCalc(TqxWayList& ways, int levels);
 
   // Runs `calc` for production `production`, or reuses its earlier result at that token.
   template <class F>
@@ -223,7 +231,7 @@ class SQL92Parser : public TqxBaseParser {
   std::vector<std::unique_ptr<TqxWayList>> pool_;
   std::vector<std::uint32_t> stamp_;
   std::uint32_t epoch_ = 0;
-  std::vector<std::vector<std::int32_t>> workedIndex_;
+  std::vector<std::int32_t> workedIndex_;
   std::vector<Worked> worked_;
   std::vector<const TqxWayPoint*> workedLeaves_;
   std::vector<std::int32_t> workedEnds_;
