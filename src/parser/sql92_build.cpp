@@ -82,8 +82,17 @@ std::string SQL92Parser::keywordAsIdentifier() {
   return Get().val;
 }
 
+// The text inside the quotes, a doubled quote standing for one: the name that a string
+// literal gives as an alias.
 std::string SQL92Parser::stringLiteral() {
-  return Get().val;
+  const std::string& v = Get().val;
+  std::string text;
+  for (std::size_t i = 1; i + 1 < v.size(); ++i) {
+    text += v[i];
+    if (v[i] == '\'' && v[i + 1] == '\'' && i + 2 < v.size())
+      ++i;
+  }
+  return text;
 }
 
 void SQL92Parser::namePart(std::vector<std::string>& parts) {
@@ -124,7 +133,7 @@ std::unique_ptr<TSQLObjectColumn> SQL92Parser::dbColumn() {
   return column;
 }
 
-// alias1, alias2: the alias text (a string literal keeps its quotes)
+// alias1, alias2: the alias text
 std::string SQL92Parser::alias1() {
   switch (Decision()) {
     case 0: {
