@@ -56,7 +56,7 @@ class SQL92Parser : public TqxBaseParser {
  public:
   // How deep constructs may nest (brackets, sub-queries, NOT and sign chains, operator
   // chains). A text nesting deeper is rejected at the token where the bound is reached.
-  static constexpr std::int32_t kMaxNesting = 1000;
+  static constexpr std::int32_t kMaxNesting = 600;
 
   SQL92Parser(TqxBaseScanner* scanner, TastSyntaxProvider* provider);
   ~SQL92Parser() override;
