@@ -780,8 +780,11 @@ void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels) {
   if (ways.empty())
     return;
   if (plain_) {
+    ListRef starts = TakeList();
+    *starts = ways;
     QualifiersWayCalc(ways, levels);
     namePartWayCalc(ways);
+    DropLongNames(ways, *starts, levels + 1);
     return;
   }
   // One way gives at most levels + 1 readings; more ways go to the heap.
@@ -828,6 +831,10 @@ void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels) {
       const std::int32_t nameKind = NextKind(s);
       if (!kNamePart.Has(nameKind))
         continue;
+      if (NameParts(p, s + 1) > levels + 1) {
+        RaiseMaxErr(s + 1);
+        continue;
+      }
       NameReading& r = slot();
       r.start = w;
       r.groups = j;
@@ -1205,11 +1212,54 @@ void SQL92Parser::SQLTypeWayCalc(TqxWayList& ways) {
 
 // SQLTypeUser: [ identifier "." ] identifier
 void SQL92Parser::SQLTypeUserWayCalc(TqxWayList& ways) {
+  ListRef starts = TakeList();
+  *starts = ways;
   Opt(ways, kIdentifier, [&](TqxWayList& w) {
     identifierWayCalc(w);
     Expect(w, tkDot);
   });
   identifierWayCalc(ways);
+  DropLongNames(ways, *starts, 2);
+}
+
+// A bracketed name token such as [a][b] stands for several name parts. A reading of a
+// name that stands for more parts than the name may have dies at its last token, as if
+// that token had not been expected there.
+std::int32_t SQL92Parser::NameParts(std::int32_t start, std::int32_t end) const {
+  std::int32_t parts = 1;
+  for (std::int32_t i = start + 1; i <= end; ++i) {
+    const std::int32_t kind = KindAt(i);
+    if (kind == tkDot) {
+      ++parts;
+    } else if (kind == tkQuotedIdentifier) {
+      const std::string& v = scanner->GetToken(i).val;
+      for (std::size_t at = 0; at < v.size() && v[at] == '[';) {
+        const std::size_t close = v.find(']', at + 1);
+        if (at != 0)
+          ++parts;
+        if (close == std::string::npos)
+          break;
+        at = close + 1;
+      }
+    }
+  }
+  return parts;
+}
+
+void SQL92Parser::DropLongNames(TqxWayList& ways, const TqxWayList& starts, std::int32_t maxParts) {
+  std::size_t keep = 0;
+  for (TqxWayPoint* w : ways) {
+    const TqxWayPoint* start = w;
+    while (start != nullptr && std::find(starts.begin(), starts.end(), start) == starts.end())
+      start = start->parent;
+    if (start != nullptr && NameParts(start->tokenIndex, w->tokenIndex) > maxParts) {
+      RaiseMaxErr(w->tokenIndex);
+      w->RemoveFromParent();
+      continue;
+    }
+    ways[keep++] = w;
+  }
+  ways.resize(keep);
 }
 
 // The built-in types: a one-word type (decision 0) or one of the forms with arguments

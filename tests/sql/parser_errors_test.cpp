@@ -207,11 +207,12 @@ TEST(Nesting, BoundIsReachedAtTheSameTokenInBothCalculations) {
 // the first way, and on the error index when there is none.
 TEST(WayCalculation, OptimisationsKeepTheFirstWayOnRandomTexts) {
   const std::vector<std::string> vocabulary = {
-      "select", "a",    "b.c",  ",",       "(",    ")",      "from",  "t",     "join",  "left",
-      "outer",  "on",   "=",    "1",       "not",  "and",    "or",    "in",    ".",     "*",
-      "union",  "all",  "case", "when",    "then", "end",    "as",    "x",     "[q r]", "'s'",
-      "count",  "is",   "null", "between", "like", "exists", "where", "group", "by",    "order",
-      "cross",  "cast", "int",  "numeric", "+",    "-",      ".*",    "<>",    "any",   "ada"};
+      "select", "a",     "b.c",   ",",     "(",     ")",     "from",    "t",       "join",
+      "left",   "outer", "on",    "=",     "1",     "not",   "and",     "or",      "in",
+      ".",      "*",     "union", "all",   "case",  "when",  "then",    "end",     "as",
+      "x",      "[q r]", "'s'",   "count", "is",    "null",  "between", "like",    "exists",
+      "where",  "group", "by",    "order", "cross", "cast",  "int",     "numeric", "+",
+      "-",      ".*",    "<>",    "any",   "ada",   "[a][b]"};
   std::mt19937 rng(12345);
   const Entry entries[] = {Entry::kSelect, Entry::kExpression, Entry::kLogical, Entry::kObject,
                            Entry::kItem};

@@ -217,6 +217,10 @@ class SQL92Parser : public TqxBaseParser {
   // readings of the nested options directly from the tokens, with the same ways, order
   // and error position as the options themselves.
   void NameWayCalc(TqxWayList& ways, int levels);
+  // Number of name parts that the tokens after `start` up to `end` stand for.
+  std::int32_t NameParts(std::int32_t start, std::int32_t end) const;
+  // Drops the ways (each below one of `starts`) whose name stands for too many parts.
+  void DropLongNames(TqxWayList& ways, const TqxWayList& starts, std::int32_t maxParts);
 
   // Runs `calc` for production `production`, or reuses its earlier result at that token.
   template <class F>
