@@ -104,7 +104,11 @@ template <class F>
 void SQL92Parser::Reuse(int production, TqxWayList& ways, F&& calc) {
   if (ways.empty())
     return;
-  if (plain_ || ways.size() != 1) {
+  // Readings multiply where a bracket can open several constructs (a condition, an
+  // expression, a sub-query, a join group): only there is the same part worked out at
+  // the same token more than once, so only there are readings kept for reuse.
+  if (plain_ || ways.size() != 1 ||
+      (production != kWorkedTableSourceInner && NextKind(ways.front()->tokenIndex) != tkLParen)) {
     calc(ways);
     return;
   }
@@ -344,8 +348,13 @@ void SQL92Parser::Iter(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
     return;
   }
   ListRef result = TakeList();
-  for (TqxWayPoint* w : ways)
+  // The farthest token of the stopping ways: a way that went past it after one more
+  // iteration cannot have a twin among them, which keeps long repetitions linear.
+  std::int32_t farthest = -2;
+  for (TqxWayPoint* w : ways) {
     result->push_back(NewWayPoint(w, 0));
+    farthest = std::max(farthest, w->tokenIndex);
+  }
   for (;;) {
     std::size_t k = 0;
     for (TqxWayPoint* w : ways) {
@@ -359,7 +368,19 @@ void SQL92Parser::Iter(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
     if (ways.empty())
       break;
     // Each way that did one more iteration may stop after it.
-    AppendChildren(*result, ways, 0);
+    bool beyond = true;
+    for (const TqxWayPoint* w : ways)
+      beyond = beyond && w->tokenIndex > farthest;
+    if (plain_ || beyond) {
+      for (TqxWayPoint* w : ways) {
+        result->push_back(NewWayPoint(w, 0));
+        farthest = std::max(farthest, w->tokenIndex);
+      }
+    } else {
+      AppendChildren(*result, ways, 0);
+      for (const TqxWayPoint* w : ways)
+        farthest = std::max(farthest, w->tokenIndex);
+    }
   }
   ways.swap(*result);
 }

@@ -366,6 +366,24 @@ TEST_F(WayOperations, GetPastTheEndGivesTheEndToken) {
   EXPECT_EQ(parser_.Get().kind, tkEof);
 }
 
+// The SQL92 production: a statement with an optional ";" after it.
+TEST(ParserProductions, SQL92TakesAnOptionalSemicolon) {
+  TastSQL92SyntaxProvider provider;
+  for (const char* text : {"select a from t;", "select a from t"}) {
+    SQL92Scanner scanner;
+    scanner.Init(text);
+    SQL92Parser parser(&scanner, &provider);
+    TqxWayList ways{parser.NewWayPoint(nullptr)};
+    parser.SQL92WayCalc(ways);
+    parser.Expect(ways, tkEof);
+    ASSERT_EQ(ways.size(), 1u) << text;
+    parser.UnrollWay(ways.front());
+    parser.GetWayNode();
+    auto statement = parser.SQL92();
+    EXPECT_EQ(Write(*statement, false), "SELECT a FROM t");
+  }
+}
+
 TEST(ParserErrorsCollector, FormatsMessages) {
   TqxParserErrors errors;
   errors.Error(3, 7, "something");
