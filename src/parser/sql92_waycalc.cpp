@@ -157,6 +157,19 @@ void SQL92Parser::Reuse(int production, TqxWayList& ways, F&& calc) {
   peakDepth_ = std::max(savedPeak, peakDepth_);
 }
 
+template <class Dead>
+void SQL92Parser::DropDead(TqxWayList& ways, Dead dead) {
+  if (plain_)
+    return;
+  std::size_t keep = 0;
+  for (TqxWayPoint* w : ways) {
+    if (maxErrIndex > w->tokenIndex && dead(NextKind(w->tokenIndex)))
+      continue;
+    ways[keep++] = w;
+  }
+  ways.resize(keep);
+}
+
 // ---- list union -----------------------------------------------------------------------
 
 void SQL92Parser::Unite(TqxWayList& dest, const TqxWayList& src) {
@@ -586,6 +599,7 @@ void SQL92Parser::selectItemWayCalc(TqxWayList& ways) {
              alias1WayCalc(x);
            });
          }));
+  DropDead(ways, [](std::int32_t kind) { return !kFollowSelectItem.Has(kind); });
 }
 
 // alias1, alias2: identifier | string literal | keywordAsIdentifier
@@ -1065,6 +1079,7 @@ void SQL92Parser::expressionWayCalc(TqxWayList& ways) {
   Reuse(kWorkedExpression, ways, [&](TqxWayList& ways) {
     Nest nest(*this, ways);
     expressionAddWayCalc(ways);
+    DropDead(ways, [](std::int32_t kind) { return kCannotFollowExpression.Has(kind); });
   });
 }
 

@@ -207,6 +207,11 @@ class SQL92Parser : public TqxBaseParser {
 
   // Appends the ways of `src` to `dest`, dropping any that stand at the same token as a
   // way already there.
+  // Drops the ways standing before a token for which `dead` says they have no future,
+  // when the error index already stands at that token or beyond (so dropping them
+  // changes neither the first way nor the error position).
+  template <class Dead>
+  void DropDead(TqxWayList& ways, Dead dead);
   void Unite(TqxWayList& dest, const TqxWayList& src);
   void DropTwins(TqxWayList& ways);
   // Appends a child of every parent to `dest` unless a way of `dest` stands there.
