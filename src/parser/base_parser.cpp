@@ -110,15 +110,21 @@ TqxBaseParser::TqxBaseParser(TqxBaseScanner* scanner, TastSyntaxProvider* provid
     : scanner(scanner), provider(provider) {
   tokenCount_ = scanner != nullptr ? scanner->GetTokenCount() : 0;
   kinds_.resize(static_cast<std::size_t>(tokenCount_));
-  for (std::int32_t i = 0; i < tokenCount_; ++i)
-    kinds_[static_cast<std::size_t>(i)] = scanner->GetToken(i).kind;
+  tokens_.resize(static_cast<std::size_t>(tokenCount_));
+  for (std::int32_t i = 0; i < tokenCount_; ++i) {
+    const TqxToken& token = scanner->GetToken(i);
+    kinds_[static_cast<std::size_t>(i)] = token.kind;
+    tokens_[static_cast<std::size_t>(i)] = &token;
+  }
 }
 
 TqxBaseParser::~TqxBaseParser() = default;
 
 const TqxToken& TqxBaseParser::Get() {
   ++tokenIndex;
-  t = &scanner->GetToken(tokenIndex);
+  t = static_cast<std::uint32_t>(tokenIndex) < tokens_.size()
+          ? tokens_[static_cast<std::size_t>(tokenIndex)]
+          : &scanner->GetToken(tokenIndex);
   return *t;
 }
 

@@ -114,20 +114,22 @@ void SQL92Parser::Qualifiers(int levels, std::vector<std::string>& parts) {
 }
 
 std::unique_ptr<TSQLDatabaseObject> SQL92Parser::dbObject() {
-  std::vector<std::string> parts;
+  auto object = NewNode<TSQLDatabaseObject>(provider);
+  std::vector<std::string>& parts = nameScratch_;
+  parts.clear();
   Qualifiers(kObjectQualifiers, parts);
   namePart(parts);
-  auto object = NewNode<TSQLDatabaseObject>(provider);
   for (std::string& part : parts)
     object->AddName(std::move(part));
   return object;
 }
 
 std::unique_ptr<TSQLObjectColumn> SQL92Parser::dbColumn() {
-  std::vector<std::string> parts;
+  auto column = NewNode<TSQLObjectColumn>(provider);
+  std::vector<std::string>& parts = nameScratch_;
+  parts.clear();
   Qualifiers(kColumnQualifiers, parts);
   namePart(parts);
-  auto column = NewNode<TSQLObjectColumn>(provider);
   for (std::string& part : parts)
     column->AddName(std::move(part));
   return column;

@@ -583,13 +583,24 @@ void SQL92Parser::selectItemWayCalc(TqxWayList& ways) {
   Choice(ways, Alt(kSelectItemStar, [&](TqxWayList& w) { Expect(w, tkStar); }),
          Alt(kSelectItemAliasEquals,
              [&](TqxWayList& w) {
+               // The alias is one token: a way without "=" after it dies at that point.
+               if (!plain_) {
+                 std::size_t keep = 0;
+                 for (TqxWayPoint* x : w) {
+                   if (NextKind(x->tokenIndex + 1) == tkEqual)
+                     w[keep++] = x;
+                   else
+                     RaiseMaxErr(x->tokenIndex + 2);
+                 }
+                 w.resize(keep);
+               }
                alias2WayCalc(w);
                Expect(w, tkEqual);
                expressionWayCalc(w);
              }),
          Alt(kSelectItemAllColumns,
              [&](TqxWayList& w) {
-               dbObjectWayCalc(w);
+               dbObjectBeforeWayCalc(w, tkDotStar);
                Expect(w, tkDotStar);
              }),
          Alt(kSelectItemExpression, [&](TqxWayList& w) {
@@ -750,7 +761,7 @@ void SQL92Parser::tableSourceInnerWayCalc(TqxWayList& ways) {
 
 // SQLfunction: dbObject "(" [ expression { "," expression } ] ")"
 void SQL92Parser::SQLfunctionWayCalc(TqxWayList& ways) {
-  dbObjectWayCalc(ways);
+  dbObjectBeforeWayCalc(ways, tkLParen);
   Expect(ways, tkLParen);
   Opt(ways, kExpression, [&](TqxWayList& w) { expressionsListWayCalc(w); });
   Expect(ways, tkRParen);
@@ -774,6 +785,16 @@ void SQL92Parser::namePartWayCalc(TqxWayList& ways) {
 }
 
 // dbObject: [ [ [ part "." ] part "." ] part "." ] name
+// A dbObject that must be followed by `next`: the readings not followed by it would die
+// at the caller's Expect of it, so they raise the error index there and get no way
+// points.
+void SQL92Parser::dbObjectBeforeWayCalc(TqxWayList& ways, std::int32_t next) {
+  if (plain_)
+    dbObjectWayCalc(ways);
+  else
+    NameWayCalc(ways, kObjectQualifiers, next);
+}
+
 void SQL92Parser::dbObjectWayCalc(TqxWayList& ways) {
   NameWayCalc(ways, kObjectQualifiers);
 }
@@ -811,7 +832,7 @@ struct NameReading {
 // levels and skips the next one; it survives when a name follows. Expected points that
 // are missing raise the error index exactly where the options would: at a part not
 // followed by a point, and at any other token where a group could start.
-void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels) {
+void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels, std::int32_t next) {
   if (ways.empty())
     return;
   if (plain_) {
@@ -868,6 +889,10 @@ void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels) {
         continue;
       if (NameParts(p, s + 1) > levels + 1) {
         RaiseMaxErr(s + 1);
+        continue;
+      }
+      if (next >= 0 && NextKind(s + 1) != next) {
+        RaiseMaxErr(s + 2);
         continue;
       }
       NameReading& r = slot();
@@ -1113,6 +1138,8 @@ void SQL92Parser::expressionFactorWayCalc(TqxWayList& ways) {
 
 // expressionUnary: ( "-" | "+" | "~" ) expressionUnary | expressionTerm
 void SQL92Parser::expressionUnaryWayCalc(TqxWayList& ways) {
+  if (!plain_ && ways.size() == 1 && SimpleOperandWayCalc(ways))
+    return;
   Choice(ways,
          Alt(kUnaryOperator,
              [&](TqxWayList& w) {
@@ -1121,6 +1148,39 @@ void SQL92Parser::expressionUnaryWayCalc(TqxWayList& ways) {
                expressionUnaryWayCalc(w);
              }),
          Alt(kExpressionTerm, [&](TqxWayList& w) { expressionTermWayCalc(w); }));
+}
+
+// The most common operands, a constant or a one-part column name, read directly: the
+// same way points as the choices of expressionUnary, expressionTerm and dbColumn would
+// record, and the same error index as the readings that die on the way (the name read
+// with qualifiers or as a function, which expect a point or a bracket after it).
+bool SQL92Parser::SimpleOperandWayCalc(TqxWayList& ways) {
+  TqxWayPoint* w = ways.front();
+  const std::int32_t p = w->tokenIndex;
+  const std::int32_t kind = NextKind(p);
+  if (kConstant.Has(kind)) {
+    std::int32_t decision = 0;
+    while (kConstantKinds[decision] != kind)
+      ++decision;
+    w = NewWayPoint(NewWayPoint(w, 1), 1);  // expressionUnary: term; expressionTerm: constant
+    w = NewWayPoint(w, decision);
+    ++w->tokenIndex;
+    ways.front() = w;
+    return true;
+  }
+  const std::int32_t after = NextKind(p + 1);
+  if (!kNamePart.Has(kind) || after == tkDot || after == tkLParen || NameParts(p, p + 1) != 1)
+    return false;
+  RaiseMaxErr(p + 2);  // a qualifier without its point, a function without its bracket
+  w = NewWayPoint(NewWayPoint(w, 1), 2);  // expressionUnary: term; expressionTerm: dbColumn
+  w = NewWayPoint(w, 0);                  // no qualifying parts
+  const bool keyword = !kIdentifier.Has(kind);
+  w = NewWayPoint(w, keyword ? 1 : 0);
+  w = NewWayPoint(w,
+                  keyword ? kind - kFirstNonReservedKeyword : (kind == tkQuotedIdentifier ? 1 : 0));
+  ++w->tokenIndex;
+  ways.front() = w;
+  return true;
 }
 
 // expressionTerm: "(" expression ")" | constant | dbColumn | SQLAggregateFunction

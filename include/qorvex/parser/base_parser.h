@@ -214,6 +214,7 @@ class TqxBaseParser {
  private:
   TqxWayArena arena_;
   std::vector<std::int32_t> kinds_;
+  std::vector<const TqxToken*> tokens_;
   std::int32_t tokenCount_ = 0;
 };
 

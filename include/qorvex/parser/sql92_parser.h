@@ -221,7 +221,12 @@ class SQL92Parser : public TqxBaseParser {
   // dbObject and dbColumn: `levels` qualifying parts, then the name. Works out the
   // readings of the nested options directly from the tokens, with the same ways, order
   // and error position as the options themselves.
-  void NameWayCalc(TqxWayList& ways, int levels);
+  // With `next` >= 0 only the readings followed by a token of that kind are kept.
+  void NameWayCalc(TqxWayList& ways, int levels, std::int32_t next = -1);
+  void dbObjectBeforeWayCalc(TqxWayList& ways, std::int32_t next);
+  // expressionUnary of one way standing before a constant or a one-part name; false
+  // when the way stands before anything else.
+  bool SimpleOperandWayCalc(TqxWayList& ways);
   // Number of name parts that the tokens after `start` up to `end` stand for.
   std::int32_t NameParts(std::int32_t start, std::int32_t end) const;
   // Drops the ways (each below one of `starts`) whose name stands for too many parts.
@@ -244,6 +249,7 @@ class SQL92Parser : public TqxBaseParser {
   std::vector<Worked> worked_;
   std::vector<const TqxWayPoint*> workedLeaves_;
   std::vector<std::int32_t> workedEnds_;
+  std::vector<std::string> nameScratch_;
 
   // Building helpers.
   std::int32_t Decision() { return GetWayNode()->decision; }
