@@ -444,7 +444,7 @@ TEST(Tool, OtherEntriesAndTree) {
   EXPECT_EQ(RunTool("expr", "a + 1; (b)").out, "a+1\n;\n(b)\n");
   EXPECT_EQ(RunTool("logical", "a > 1 and not b").out,
             "<stdin>:1:16: error: Bad logical expression near \"EOF\"\n");
-  EXPECT_EQ(RunTool("object", "db..t").out, "db.\"\".t\n");
+  EXPECT_EQ(RunTool("object", "db..t").out, "db..t\n");
   EXPECT_EQ(RunTool("item", "x = 1").out, "x=1\n");
   EXPECT_EQ(RunTool("tree", "select a").out,
             "TSQLSelectStatement union\n"

@@ -94,7 +94,7 @@ const Written kWritten[] = {
     {Entry::kSelect, "select * from a join b join c on c.x = b.x on b.y = a.y",
      "SELECT * FROM a INNER JOIN  (b INNER JOIN  c ON c.x=b.x) ON b.y=a.y"},
     {Entry::kSelect, "select * from (a join b on 1 = 1)", "SELECT * FROM (a INNER JOIN  b ON 1=1)"},
-    {Entry::kSelect, "select * from db..t", "SELECT * FROM db.\"\".t"},
+    {Entry::kSelect, "select * from db..t", "SELECT * FROM db..t"},
     {Entry::kSelect, "select \"my col\" from [my table]", "SELECT \"my col\" FROM \"my table\""},
     {Entry::kSelect, "select \"a\"\"b\", \"plain\" from t", "SELECT \"a\"\"b\", plain FROM t"},
     {Entry::kSelect, "select * from [db][t]", "SELECT * FROM db.t"},
