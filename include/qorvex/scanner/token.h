@@ -196,13 +196,15 @@ inline constexpr std::int32_t kLastNonReservedKeyword = tkKwUnnamed;
 // One scanned token: kind (0 is the end of input), 0-based position counted in
 // characters (a CR LF pair and a multi-byte UTF-8 character each count as one), 1-based
 // line and column, and the text as typed (quotes and brackets included; "EOF" for the
-// end token).
+// end token). `offset` is the byte offset of the text in the input, so that callers can
+// slice the input (the end token's offset is the input's length).
 struct TqxToken {
   std::int32_t kind = 0;
   std::int32_t pos = 0;
   std::int32_t col = 0;
   std::int32_t line = 0;
   std::string val;
+  std::int32_t offset = 0;
 };
 
 }  // namespace qorvex

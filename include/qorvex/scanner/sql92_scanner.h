@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "qorvex/scanner/base_scanner.h"
+
+namespace qorvex {
+
+// One entry of the keyword table: the word in lower case and its token kind.
+struct TqxKeyword {
+  std::string_view word;
+  std::int32_t kind;
+};
+
+// The token recogniser of the SQL-92 dialect: a state machine over the folded current
+// character, started from a table indexed by character. Token texts keep the letter
+// case of the input; all decisions are case-blind. It never fails: what it cannot
+// accept becomes an error token (tkError) holding what was consumed.
+class SQL92Scanner : public TqxBaseScanner {
+  QX_CLASS(TqxScannerClass)
+
+ public:
+  // The 148 keywords in the order they are tried.
+  static std::span<const TqxKeyword> Keywords() noexcept;
+  // The keyword kind of `word` (ASCII letter case ignored), or 0 when it is no keyword.
+  static std::int32_t FindKeyword(std::string_view word) noexcept;
+
+ protected:
+  void CheckLiteral(TqxToken& token) override;
+  TqxToken NextToken() override;
+  void InitInternal() override;
+
+ private:
+  // Skips a "--" line comment starting at the current "-"; false (with the "-" current
+  // again) when it is not one.
+  bool Comment0();
+};
+
+}  // namespace qorvex

@@ -1,0 +1,76 @@
+#include "qorvex/scanner/base_scanner.h"
+
+namespace qorvex {
+
+QX_DEFINE_ABSTRACT_ROOT_CLASS(TqxBaseScanner)
+
+void TqxBaseScanner::Init(std::string_view text) {
+  buffer_.Fill(text);
+  pos_ = -1;
+  line_ = 1;
+  lineStart_ = 0;
+  pendingEols_ = 0;
+  NextCh();
+  ignore_.Clear();
+  ignore_.Include(' ');
+  InitInternal();
+  for (;;) {
+    TqxToken& t = tokens_.emplace_back(NextToken());
+    if (t.kind == tkEof) {
+      t.val = "EOF";
+      break;
+    }
+  }
+  buffer_ = TqxBuffer();
+}
+
+const TqxToken& TqxBaseScanner::GetToken(std::int32_t index) const noexcept {
+  if (tokens_.empty()) {
+    static const TqxToken kNoText{tkEof, 0, 1, 1, "EOF", 0};
+    return kNoText;
+  }
+  if (index < 0 || static_cast<std::size_t>(index) >= tokens_.size())
+    return tokens_.back();
+  return tokens_[static_cast<std::size_t>(index)];
+}
+
+void TqxBaseScanner::SkipUtf8Tail() noexcept {
+  const std::string_view text = buffer_.View();
+  const auto at = [&](std::int32_t i) -> unsigned {
+    return static_cast<std::size_t>(i) < text.size() ? static_cast<unsigned char>(text[i]) : 0u;
+  };
+  const unsigned lead = static_cast<unsigned>(ch_);
+  // Length of the sequence and the range of its second byte (RFC 3629: no overlong
+  // forms, no surrogates, nothing above U+10FFFF).
+  int tail;
+  unsigned lo = 0x80, hi = 0xBF;
+  if (lead >= 0xC2 && lead <= 0xDF) {
+    tail = 1;
+  } else if (lead >= 0xE0 && lead <= 0xEF) {
+    tail = 2;
+    if (lead == 0xE0)
+      lo = 0xA0;
+    else if (lead == 0xED)
+      hi = 0x9F;
+  } else if (lead >= 0xF0 && lead <= 0xF4) {
+    tail = 3;
+    if (lead == 0xF0)
+      lo = 0x90;
+    else if (lead == 0xF4)
+      hi = 0x8F;
+  } else {
+    return;
+  }
+  const std::int32_t next = buffer_.GetPos();
+  const unsigned second = at(next);
+  if (second < lo || second > hi)
+    return;
+  for (int i = 1; i < tail; ++i) {
+    const unsigned b = at(next + i);
+    if (b < 0x80 || b > 0xBF)
+      return;
+  }
+  buffer_.SetPos(next + tail);
+}
+
+}  // namespace qorvex

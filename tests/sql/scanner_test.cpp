@@ -1,0 +1,660 @@
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "qorvex/scanner/buffer.h"
+#include "qorvex/scanner/sql92_scanner.h"
+
+namespace qorvex {
+namespace {
+
+using namespace std::string_literals;
+
+// A token as the tests compare it.
+struct Tok {
+  int kind;
+  std::string val;
+  int line = 0;  // 0: not compared
+  int col = 0;
+  int pos = 0;
+};
+
+std::vector<TqxToken> Scan(std::string_view text) {
+  SQL92Scanner scanner;
+  scanner.Init(text);
+  std::vector<TqxToken> tokens;
+  for (std::int32_t i = 0; i < scanner.GetTokenCount(); ++i)
+    tokens.push_back(scanner.GetToken(i));
+  return tokens;
+}
+
+std::string Show(const std::vector<TqxToken>& tokens) {
+  std::string s;
+  for (const TqxToken& t : tokens) {
+    s += std::to_string(t.kind) + ":" + t.val + "@" + std::to_string(t.line) + ":" +
+         std::to_string(t.col) + "/" + std::to_string(t.pos) + " ";
+  }
+  return s;
+}
+
+// Compares the tokens before the end token; the end token must come last, once.
+void ExpectTokens(std::string_view text, const std::vector<Tok>& expected) {
+  SCOPED_TRACE("text: \"" + std::string(text) + "\"");
+  const std::vector<TqxToken> tokens = Scan(text);
+  ASSERT_FALSE(tokens.empty());
+  EXPECT_EQ(tokens.back().kind, tkEof);
+  EXPECT_EQ(tokens.back().val, "EOF");
+  ASSERT_EQ(tokens.size(), expected.size() + 1) << Show(tokens);
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    const Tok& e = expected[i];
+    const TqxToken& t = tokens[i];
+    EXPECT_EQ(t.kind, e.kind) << "token " << i << " " << Show(tokens);
+    EXPECT_EQ(t.val, e.val) << "token " << i;
+    if (e.line != 0) {
+      EXPECT_EQ(t.line, e.line) << "token " << i;
+      EXPECT_EQ(t.col, e.col) << "token " << i;
+      EXPECT_EQ(t.pos, e.pos) << "token " << i;
+    }
+  }
+}
+
+struct Case {
+  std::string text;
+  std::vector<Tok> tokens;
+};
+
+// ---------------------------------------------------------------------------------------
+// Buffer
+
+TEST(ScannerBuffer, ReadPeekAndEndOfInput) {
+  TqxBuffer b;
+  b.Fill("a\xff");
+  EXPECT_EQ(b.GetLen(), 2);
+  EXPECT_EQ(b.Peek(), 'a');
+  EXPECT_EQ(b.Read(), 'a');
+  EXPECT_EQ(b.Read(), 0xff);
+  EXPECT_EQ(b.Read(), 256);
+  EXPECT_EQ(b.Read(), 256);
+  EXPECT_EQ(b.Peek(), 256);
+  EXPECT_EQ(b.GetPos(), 2);
+}
+
+TEST(ScannerBuffer, SetPosClampsAndGetStringKeepsPosition) {
+  TqxBuffer b;
+  b.Fill("select");
+  b.SetPos(-5);
+  EXPECT_EQ(b.GetPos(), 0);
+  b.SetPos(6 + 10);
+  EXPECT_EQ(b.GetPos(), 6);
+  EXPECT_EQ(b.Read(), 256);
+  b.SetPos(2);
+  EXPECT_EQ(b.GetString(1, 4), "ele");
+  EXPECT_EQ(b.GetString(-3, 2), "se");
+  EXPECT_EQ(b.GetString(4, 100), "ct");
+  EXPECT_EQ(b.GetString(4, 1), "");
+  EXPECT_EQ(b.GetPos(), 2);
+  b.Fill("");
+  EXPECT_EQ(b.Read(), 256);
+}
+
+// ---------------------------------------------------------------------------------------
+// Lines, columns and positions
+
+TEST(ScannerPositions, LineBreakForms) {
+  const std::vector<Case> cases = {
+      {"", {}},
+      {"a\r\nb", {{4, "a", 1, 1, 0}, {4, "b", 2, 1, 2}}},
+      {"a\rb", {{4, "a", 1, 1, 0}, {4, "b", 2, 1, 2}}},
+      {"a\nb", {{4, "a", 1, 1, 0}, {4, "b", 2, 1, 2}}},
+      // LF CR: the LF is an ordinary character, the CR counts the line.
+      {"a\n\rb", {{4, "a", 1, 1, 0}, {4, "b", 2, 1, 3}}},
+      // A lone LF becomes a line break and swallows a LF right after it.
+      {"a\n\nb", {{4, "a", 1, 1, 0}, {4, "b", 2, 1, 2}}},
+      {"a\n\n\nb", {{4, "a", 1, 1, 0}, {4, "b", 3, 1, 3}}},
+      {"a\r\rb", {{4, "a", 1, 1, 0}, {4, "b", 3, 1, 3}}},
+      {"a\r\n\r\n  b", {{4, "a", 1, 1, 0}, {4, "b", 3, 3, 5}}},
+      {"\t x\ty", {{4, "x", 1, 3, 2}, {4, "y", 1, 5, 4}}},
+      {"'a\r\nb' x", {{7, "'a\r\nb'", 1, 1, 0}, {4, "x", 2, 4, 6}}},
+  };
+  for (const Case& c : cases)
+    ExpectTokens(c.text, c.tokens);
+}
+
+TEST(ScannerPositions, EndToken) {
+  const struct {
+    std::string text;
+    int line, col, pos;
+  } cases[] = {
+      {"", 1, 1, 0},
+      {"ab", 1, 3, 2},
+      {"ab\r\n", 2, 1, 3},
+      {"a\r\n\r\n", 3, 1, 3},
+      {"x -- to the end\r\nnext", 2, 5, 20},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    const TqxToken end = Scan(c.text).back();
+    EXPECT_EQ(end.kind, tkEof);
+    EXPECT_EQ(end.val, "EOF");
+    EXPECT_EQ(end.line, c.line);
+    EXPECT_EQ(end.col, c.col);
+    EXPECT_EQ(end.pos, c.pos);
+    EXPECT_EQ(end.offset, static_cast<int>(c.text.size()));
+  }
+}
+
+TEST(ScannerPositions, OutOfRangeIndexGivesEndToken) {
+  SQL92Scanner scanner;
+  EXPECT_EQ(scanner.GetTokenCount(), 0);
+  EXPECT_EQ(scanner.GetToken(0).kind, tkEof);
+  scanner.Init("select a");
+  ASSERT_EQ(scanner.GetTokenCount(), 3);
+  const TqxToken* end = &scanner.GetToken(2);
+  EXPECT_EQ(end->kind, tkEof);
+  EXPECT_EQ(&scanner.GetToken(-1), end);
+  EXPECT_EQ(&scanner.GetToken(3), end);
+  EXPECT_EQ(&scanner.GetToken(1000), end);
+  EXPECT_EQ(scanner.GetToken(0).kind, tkKwSelect);
+}
+
+TEST(ScannerPositions, MultiByteCharactersCountOnce) {
+  const std::vector<Case> cases = {
+      {"\xc3\xa9 x", {{178, "\xc3\xa9", 1, 1, 0}, {4, "x", 1, 3, 2}}},
+      {"caf\xc3\xa9", {{4, "caf", 1, 1, 0}, {178, "\xc3\xa9", 1, 4, 3}}},
+      {"\xe2\x82\xac\xf0\x9f\x98\x80 y",
+       {{178, "\xe2\x82\xac", 1, 1, 0}, {178, "\xf0\x9f\x98\x80", 1, 2, 1}, {4, "y", 1, 4, 3}}},
+      {"'\xc3\xa9t\xc3\xa9' x", {{7, "'\xc3\xa9t\xc3\xa9'", 1, 1, 0}, {4, "x", 1, 7, 6}}},
+      {"\"\xc3\xa9\" [\xc3\xa9] z",
+       {{5, "\"\xc3\xa9\"", 1, 1, 0}, {5, "[\xc3\xa9]", 1, 5, 4}, {4, "z", 1, 9, 8}}},
+      // Bytes that are no valid UTF-8 are characters of their own.
+      {"\xff\xfe", {{178, "\xff", 1, 1, 0}, {178, "\xfe", 1, 2, 1}}},
+      {"\xe2\x82"
+       "a",
+       {{178, "\xe2", 1, 1, 0}, {178, "\x82", 1, 2, 1}, {4, "a", 1, 3, 2}}},
+      {"\xc0\x80", {{178, "\xc0", 1, 1, 0}, {178, "\x80", 1, 2, 1}}},   // overlong
+      {"\xed\xa0\x80", {{178, "\xed"}, {178, "\xa0"}, {178, "\x80"}}},  // surrogate
+      {"\xf4\x90\x80\x80", {{178, "\xf4"}, {178, "\x90"}, {178, "\x80"}, {178, "\x80"}}},
+      {"\xc3", {{178, "\xc3", 1, 1, 0}}},
+      {"x\xc3\xa9\r\ny", {{4, "x"}, {178, "\xc3\xa9"}, {4, "y", 2, 1, 3}}},
+  };
+  for (const Case& c : cases)
+    ExpectTokens(c.text, c.tokens);
+}
+
+// ---------------------------------------------------------------------------------------
+// Literals
+
+TEST(ScannerLiterals, Numbers) {
+  const std::vector<Case> cases = {
+      {"12", {{1, "12"}}},
+      {"0", {{1, "0"}}},
+      {"007", {{1, "007"}}},
+      {"0.5", {{2, "0.5"}}},
+      {"1. ", {{178, "1."}}},
+      {"1.x", {{178, "1."}, {4, "x"}}},
+      {".5", {{2, ".5"}}},
+      {".5e3", {{2, ".5e3"}}},
+      {"1.5e-3", {{2, "1.5e-3"}}},
+      {"1.5E+3", {{2, "1.5E+3"}}},
+      {"2.25e10", {{2, "2.25e10"}}},
+      {"1.5e", {{178, "1.5e"}}},
+      {"1.5e+", {{178, "1.5e+"}}},
+      {"1.5e-x", {{178, "1.5e-"}, {4, "x"}}},
+      {"1e5", {{1, "1"}, {4, "e5"}}},
+      {"1.5.5", {{2, "1.5"}, {2, ".5"}}},
+      {"12abc", {{1, "12"}, {4, "abc"}}},
+      {"0x1F", {{6, "0x1F"}}},
+      {"0X1fab", {{6, "0X1fab"}}},
+      {"0x", {{178, "0x"}}},
+      {"0xg", {{178, "0x"}, {4, "g"}}},
+      {"0x1fg", {{6, "0x1f"}, {4, "g"}}},
+      {"00x1", {{1, "00"}, {4, "x1"}}},
+      {"0.", {{178, "0."}}},
+  };
+  for (const Case& c : cases)
+    ExpectTokens(c.text, c.tokens);
+}
+
+TEST(ScannerLiterals, StringsAndQuotedNames) {
+  const std::vector<Case> cases = {
+      {"'it''s'", {{7, "'it''s'"}}},
+      {"''", {{7, "''"}}},
+      {"'a' 'b'", {{7, "'a'"}, {7, "'b'"}}},
+      {"'a''", {{178, "'a''"}}},
+      {"'abc\r\ndef", {{178, "'abc\r\ndef"}}},
+      {"'-- not a comment' x", {{7, "'-- not a comment'"}, {4, "x"}}},
+      {"\"select\"", {{5, "\"select\""}}},
+      {"\"a\"\"b\"", {{5, "\"a\"\"b\""}}},
+      {"\"abc", {{178, "\"abc"}}},
+      {"[My Table]", {{5, "[My Table]"}}},
+      {"[a][b]", {{5, "[a][b]"}}},
+      {"[a].[b]", {{5, "[a]"}, {65, "."}, {5, "[b]"}}},
+      {"[a[b]", {{5, "[a[b]"}}},
+      {"[a][b", {{178, "[a][b"}}},
+      {"[abc", {{178, "[abc"}}},
+      {"@", {{8, "@"}}},
+      {"@P_1x+", {{8, "@P_1x"}, {51, "+"}}},
+      {"@@x", {{8, "@"}, {8, "@x"}}},
+  };
+  for (const Case& c : cases)
+    ExpectTokens(c.text, c.tokens);
+}
+
+TEST(ScannerLiterals, EscapeLiterals) {
+  const std::vector<Case> cases = {
+      {"{d '2020-01-01'}", {{3, "{d '2020-01-01'}"}}},
+      {"{ts '2020-01-01 10:00:00'}", {{3, "{ts '2020-01-01 10:00:00'}"}}},
+      {"{t '10:00'}", {{3, "{t '10:00'}"}}},
+      {"{ D '2020' }", {{3, "{ D '2020' }"}}},
+      {"{\tTS\r\n'x'\r\n}", {{3, "{\tTS\r\n'x'\r\n}"}}},
+      {"{dn'x'}", {{3, "{dn'x'}"}}},
+      {"{d N'x'}", {{3, "{d N'x'}"}}},
+      {"{d 'it''s'}", {{3, "{d 'it''s'}"}}},
+      {"{x '1'}", {{178, "{"}, {4, "x"}, {7, "'1'"}, {178, "}"}}},
+      {"{d  '1'}", {{178, "{d "}, {7, "'1'"}, {178, "}"}}},
+      {"{d '1'  }", {{178, "{d '1' "}, {178, "}"}}},
+      {"{d '1' x}", {{178, "{d '1' "}, {4, "x"}, {178, "}"}}},
+      {"{d '2020", {{178, "{d '2020"}}},
+      {"{d 1}", {{178, "{d "}, {1, "1"}, {178, "}"}}},
+  };
+  for (const Case& c : cases)
+    ExpectTokens(c.text, c.tokens);
+}
+
+// ---------------------------------------------------------------------------------------
+// Operators and start characters
+
+TEST(ScannerOperators, AllForms) {
+  const std::vector<Case> cases = {
+      {"<>", {{170, "<>"}}},
+      {"!=", {{171, "!="}}},
+      {"<=", {{172, "<="}}},
+      {"!>", {{173, "!>"}}},
+      {"<", {{174, "<"}}},
+      {">=", {{175, ">="}}},
+      {"!<", {{176, "!<"}}},
+      {">", {{177, ">"}}},
+      {";", {{9, ";"}}},
+      {",", {{12, ","}}},
+      {"(", {{19, "("}}},
+      {")", {{20, ")"}}},
+      {"*", {{26, "*"}}},
+      {"=", {{27, "="}}},
+      {".*", {{28, ".*"}}},
+      {"+", {{51, "+"}}},
+      {"-", {{52, "-"}}},
+      {"/", {{53, "/"}}},
+      {"%", {{54, "%"}}},
+      {"~", {{55, "~"}}},
+      {".", {{65, "."}}},
+      {"! ", {{178, "!"}}},
+      {"!x", {{178, "!"}, {4, "x"}}},
+      {"< >", {{174, "<"}, {177, ">"}}},
+      {"<<=", {{174, "<"}, {172, "<="}}},
+      {"a.*", {{4, "a"}, {28, ".*"}}},
+      {"a . b", {{4, "a"}, {65, "."}, {4, "b"}}},
+      {"a.b", {{4, "a"}, {65, "."}, {4, "b"}}},
+      {"x=-1", {{4, "x"}, {27, "="}, {52, "-"}, {1, "1"}}},
+  };
+  for (const Case& c : cases)
+    ExpectTokens(c.text, c.tokens);
+}
+
+// Every byte alone: what kind of token it starts, classified independently of the
+// scanner's start table.
+TEST(ScannerOperators, EveryStartCharacter) {
+  const std::string single = ",;()*=+-/%~.<>";
+  const int singleKinds[] = {12, 9, 19, 20, 26, 27, 51, 52, 53, 54, 55, 65, 174, 177};
+  for (int c = 0; c < 256; ++c) {
+    const std::string text(1, static_cast<char>(c));
+    SCOPED_TRACE("byte " + std::to_string(c));
+    const std::vector<TqxToken> tokens = Scan(text);
+    if (c >= 1 && c <= 32) {
+      EXPECT_EQ(tokens.size(), 1u);  // ignored: only the end token
+      continue;
+    }
+    ASSERT_EQ(tokens.size(), 2u);
+    int expected = tkError;  // also for the unterminated ' " [ { and a lone !
+    if (std::isalpha(c) || c == '_')
+      expected = c == 'c' || c == 'C' ? tkKwC : tkIdentifier;
+    else if (c >= '0' && c <= '9')
+      expected = tkInteger;
+    else if (c == '@')
+      expected = tkParameter;
+    else if (auto at = single.find(static_cast<char>(c)); at != std::string::npos && c != 0)
+      expected = singleKinds[at];
+    EXPECT_EQ(tokens[0].kind, expected);
+    EXPECT_EQ(tokens[0].val, text);
+  }
+}
+
+// ---------------------------------------------------------------------------------------
+// Keywords
+
+struct KeywordEntry {
+  const char* word;
+  int kind;
+};
+const KeywordEntry kExpectedKeywords[] = {
+    {"order", 10},
+    {"by", 11},
+    {"asc", 13},
+    {"desc", 14},
+    {"union", 15},
+    {"except", 16},
+    {"intersect", 17},
+    {"all", 18},
+    {"where", 21},
+    {"having", 22},
+    {"select", 23},
+    {"distinct", 24},
+    {"group", 25},
+    {"as", 29},
+    {"from", 30},
+    {"cross", 31},
+    {"join", 32},
+    {"inner", 33},
+    {"left", 34},
+    {"right", 35},
+    {"full", 36},
+    {"outer", 37},
+    {"on", 38},
+    {"or", 39},
+    {"and", 40},
+    {"not", 41},
+    {"is", 42},
+    {"null", 43},
+    {"like", 44},
+    {"escape", 45},
+    {"between", 46},
+    {"in", 47},
+    {"exists", 48},
+    {"some", 49},
+    {"any", 50},
+    {"current_timestamp", 56},
+    {"current_user", 57},
+    {"session_user", 58},
+    {"system_user", 59},
+    {"case", 60},
+    {"when", 61},
+    {"then", 62},
+    {"else", 63},
+    {"end", 64},
+    {"bigint", 66},
+    {"int8", 67},
+    {"bigserial", 68},
+    {"serial8", 69},
+    {"bit", 70},
+    {"varbit", 71},
+    {"varchar", 72},
+    {"character", 73},
+    {"char", 74},
+    {"interval", 75},
+    {"numeric", 76},
+    {"decimal", 77},
+    {"boolean", 78},
+    {"bool", 79},
+    {"box", 80},
+    {"bytea", 81},
+    {"cidr", 82},
+    {"circle", 83},
+    {"date", 84},
+    {"double", 85},
+    {"precision", 86},
+    {"float8", 87},
+    {"inet", 88},
+    {"integer", 89},
+    {"int", 90},
+    {"int4", 91},
+    {"line", 92},
+    {"lseg", 93},
+    {"macaddr", 94},
+    {"money", 95},
+    {"path", 96},
+    {"point", 97},
+    {"polygon", 98},
+    {"real", 99},
+    {"float4", 100},
+    {"smallint", 101},
+    {"int2", 102},
+    {"serial", 103},
+    {"serial4", 104},
+    {"text", 105},
+    {"time", 106},
+    {"timetz", 107},
+    {"timestamp", 108},
+    {"timestamptz", 109},
+    {"varying", 110},
+    {"without", 111},
+    {"zone", 112},
+    {"with", 113},
+    {"avg", 114},
+    {"max", 115},
+    {"min", 116},
+    {"sum", 117},
+    {"count", 118},
+    {"cast", 119},
+    {"ada", 120},
+    {"c", 121},
+    {"catalog_name", 122},
+    {"character_set_catalog", 123},
+    {"character_set_name", 124},
+    {"character_set_schema", 125},
+    {"class_origin", 126},
+    {"cobol", 127},
+    {"collation_catalog", 128},
+    {"collation_name", 129},
+    {"collation_schema", 130},
+    {"column_name", 131},
+    {"command_function", 132},
+    {"committed", 133},
+    {"condition_number", 134},
+    {"connection_name", 135},
+    {"constraint_catalog", 136},
+    {"constraint_name", 137},
+    {"constraint_schema", 138},
+    {"cursor_name", 139},
+    {"data", 140},
+    {"datetime_interval_code", 141},
+    {"datetime_interval_precision", 142},
+    {"dynamic_function", 143},
+    {"fortran", 144},
+    {"length", 145},
+    {"message_length", 146},
+    {"message_octet_length", 147},
+    {"message_text", 148},
+    {"more", 149},
+    {"mumps", 150},
+    {"name", 151},
+    {"nullable", 152},
+    {"number", 153},
+    {"pascal", 154},
+    {"pli", 155},
+    {"repeatable", 156},
+    {"returned_length", 157},
+    {"returned_octet_length", 158},
+    {"returned_sqlstate", 159},
+    {"row_count", 160},
+    {"scale", 161},
+    {"schema_name", 162},
+    {"serializable", 163},
+    {"server_name", 164},
+    {"subclass_origin", 165},
+    {"table_name", 166},
+    {"type", 167},
+    {"uncommitted", 168},
+    {"unnamed", 169},
+};
+
+std::string Upper(std::string s) {
+  for (char& c : s)
+    c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return s;
+}
+
+TEST(ScannerKeywords, TableHasEveryWordWithItsKindInOrder) {
+  const auto table = SQL92Scanner::Keywords();
+  ASSERT_EQ(table.size(), std::size(kExpectedKeywords));
+  ASSERT_EQ(table.size(), 148u);
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    EXPECT_EQ(table[i].word, kExpectedKeywords[i].word);
+    EXPECT_EQ(table[i].kind, kExpectedKeywords[i].kind) << table[i].word;
+  }
+  // The keyword kinds are exactly the numbers 10..169 that are not punctuation.
+  std::set<int> kinds;
+  for (const KeywordEntry& k : kExpectedKeywords)
+    EXPECT_TRUE(kinds.insert(k.kind).second) << "duplicate kind " << k.kind;
+  const std::set<int> punctuation = {12, 19, 20, 26, 27, 28, 51, 52, 53, 54, 55, 65};
+  for (int kind = 10; kind <= 169; ++kind)
+    EXPECT_EQ(kinds.count(kind), punctuation.count(kind) ? 0u : 1u) << kind;
+}
+
+TEST(ScannerKeywords, EveryKeywordInAnyLetterCase) {
+  for (const KeywordEntry& k : kExpectedKeywords) {
+    std::string mixed = k.word;
+    for (std::size_t i = 0; i < mixed.size(); i += 2)
+      mixed[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(mixed[i])));
+    for (const std::string& text : {std::string(k.word), Upper(k.word), mixed}) {
+      ExpectTokens(text, {{k.kind, text}});
+      EXPECT_EQ(SQL92Scanner::FindKeyword(text), k.kind);
+    }
+    // Quoted, as a parameter or longer, it is no keyword.
+    ExpectTokens("\"" + std::string(k.word) + "\"", {{5, "\"" + std::string(k.word) + "\""}});
+    ExpectTokens("[" + std::string(k.word) + "]", {{5, "[" + std::string(k.word) + "]"}});
+    ExpectTokens("@" + std::string(k.word), {{8, "@" + std::string(k.word)}});
+    ExpectTokens(std::string(k.word) + "_", {{4, std::string(k.word) + "_"}});
+  }
+}
+
+TEST(ScannerKeywords, WordsAroundTheTable) {
+  const std::vector<Case> cases = {
+      {"SeLeCt Title FROM [My Table]",
+       {{23, "SeLeCt"}, {4, "Title"}, {30, "FROM"}, {5, "[My Table]"}}},
+      {"Name", {{151, "Name"}}},  // non-reserved
+      {"ada date", {{120, "ada"}, {84, "date"}}},
+      {"selects _select select1", {{4, "selects"}, {4, "_select"}, {4, "select1"}}},
+      {"DATETIME_INTERVAL_PRECISION", {{142, "DATETIME_INTERVAL_PRECISION"}}},
+      {"datetime_interval_precisions", {{4, "datetime_interval_precisions"}}},
+      {"_", {{4, "_"}}},
+  };
+  for (const Case& c : cases)
+    ExpectTokens(c.text, c.tokens);
+  EXPECT_EQ(SQL92Scanner::FindKeyword(""), 0);
+  EXPECT_EQ(SQL92Scanner::FindKeyword("s\xc3\xa9lect"), 0);
+  // Folding is ASCII only: a dotted capital I is not an i.
+  EXPECT_EQ(SQL92Scanner::FindKeyword("\xc4\xb0n"), 0);
+  ExpectTokens("\xc4\xb0N", {{178, "\xc4\xb0"}, {4, "N"}});
+}
+
+TEST(ScannerKeywords, NonReservedRange) {
+  int count = 0;
+  for (const TqxKeyword& k : SQL92Scanner::Keywords())
+    count += k.kind >= kFirstNonReservedKeyword && k.kind <= kLastNonReservedKeyword;
+  EXPECT_EQ(count, 50);
+  EXPECT_EQ(SQL92Scanner::FindKeyword("ADA"), kFirstNonReservedKeyword);
+  EXPECT_EQ(SQL92Scanner::FindKeyword("Unnamed"), kLastNonReservedKeyword);
+}
+
+// ---------------------------------------------------------------------------------------
+// Line comments
+
+TEST(ScannerComments, LineComments) {
+  const std::vector<Case> cases = {
+      {"--", {}},
+      {"x -- c", {{4, "x"}}},
+      {"x --", {{4, "x"}}},
+      {"x--y", {{4, "x"}}},
+      // Ordinary line breaks don't end a comment: it runs to the end of the text.
+      {"x -- c\r\nmore", {{4, "x"}}},
+      {"x -- c\nmore\rand\r\nmore", {{4, "x"}}},
+      // A LF directly followed by CR ends it.
+      {"x --c\n\ry", {{4, "x", 1, 1, 0}, {4, "y", 2, 1, 7}}},
+      {"x --c\r\nd\n\ry", {{4, "x", 1, 1, 0}, {4, "y", 3, 1, 9}}},
+      {"a --\n\r-- b\n\rc", {{4, "a"}, {121, "c", 3, 1, 12}}},
+      {"--x\n\r", {}},
+      // One "-" is an operator.
+      {"x -1", {{4, "x", 1, 1, 0}, {52, "-", 1, 3, 2}, {1, "1", 1, 4, 3}}},
+      {"a - - b", {{4, "a"}, {52, "-"}, {52, "-"}, {4, "b"}}},
+      {"x -", {{4, "x"}, {52, "-", 1, 3, 2}}},
+      {"1--2", {{1, "1"}}},
+      // A line break after the "-" is counted once.
+      {"x -\r\ny", {{4, "x", 1, 1, 0}, {52, "-", 1, 3, 2}, {4, "y", 2, 1, 4}}},
+  };
+  for (const Case& c : cases)
+    ExpectTokens(c.text, c.tokens);
+  EXPECT_EQ(Scan("x -- c\r\nmore").back().line, 2);
+  EXPECT_EQ(Scan("--x\n\r").back().line, 2);
+}
+
+// The step back over a lone "-" counts characters while the buffer counts bytes: after
+// earlier CR LF pairs or multi-byte characters it lands early and re-delivers what lies
+// between. This is relied on and kept.
+TEST(ScannerComments, StepBackAfterEarlierLineBreaks) {
+  const std::vector<Case> cases = {
+      {"a\r\nb\r\nc - 1",
+       {{4, "a", 1, 1, 0},
+        {4, "b", 2, 1, 2},
+        {121, "c", 3, 1, 4},
+        {121, "c", 3, 3, 6},
+        {52, "-", 3, 5, 8},
+        {1, "1", 3, 7, 10}}},
+      {"a\r\n-1", {{4, "a", 1, 1, 0}, {178, "\n", 3, 0, 2}, {52, "-", 3, 1, 3}, {1, "1", 3, 2, 4}}},
+      {"a\r\n-", {{4, "a", 1, 1, 0}, {178, "\n", 3, 0, 2}, {52, "-", 3, 1, 3}}},
+      {"a\r\n--x", {{4, "a", 1, 1, 0}}},
+      // A blank re-read is an error token as well.
+      {"\xc3\xa9 -1",
+       {{178, "\xc3\xa9", 1, 1, 0}, {178, " ", 1, 3, 2}, {52, "-", 1, 4, 3}, {1, "1", 1, 5, 4}}},
+      // Landing inside a multi-byte character: its bytes are read one by one.
+      {"\xc3\xa9\xe2\x82\xac -1",
+       {{178, "\xc3\xa9", 1, 1, 0},
+        {178, "\xe2\x82\xac", 1, 2, 1},
+        {178, "\x82", 1, 4, 3},
+        {178, "\xac", 1, 5, 4},
+        {52, "-", 1, 7, 6},
+        {1, "1", 1, 8, 7}}},
+  };
+  for (const Case& c : cases)
+    ExpectTokens(c.text, c.tokens);
+  EXPECT_EQ(Scan("a\r\n-1").back().line, 3);
+}
+
+// ---------------------------------------------------------------------------------------
+// Whole texts
+
+TEST(ScannerText, TokenTextsAreSlicesOfTheInput) {
+  const std::string text =
+      "SELECT o.\"Id\", [c].[Name], SUM(l.qty * 1.5e2) AS total -- to the end\n\r"
+      "FROM orders o INNER JOIN customers c ON o.cid = c.id\r\n"
+      "WHERE o.date >= {d '2020-01-01'} AND o.note <> 'it''s' OR @p != 0x1F;\n"
+      "select \"\xc3\xa9\", '\xe2\x82\xac' from t";
+  const std::vector<TqxToken> tokens = Scan(text);
+  ASSERT_GT(tokens.size(), 40u);
+  for (const TqxToken& t : tokens) {
+    if (t.kind == tkEof)
+      break;
+    EXPECT_NE(t.kind, tkError) << t.val;
+    ASSERT_LE(static_cast<std::size_t>(t.offset) + t.val.size(), text.size());
+    EXPECT_EQ(text.substr(static_cast<std::size_t>(t.offset), t.val.size()), t.val);
+  }
+  EXPECT_EQ(tokens[0].kind, tkKwSelect);
+  EXPECT_EQ(tokens.back().offset, static_cast<int>(text.size()));
+}
+
+TEST(ScannerText, CreatedByClass) {
+  const TqxScannerClass& cls = SQL92Scanner::StaticClass();
+  EXPECT_EQ(cls.ClassName(), "SQL92Scanner");
+  EXPECT_TRUE(cls.InheritsFrom(TqxBaseScanner::StaticClass()));
+  EXPECT_TRUE(TqxBaseScanner::StaticClass().IsAbstract());
+  EXPECT_THROW(TqxBaseScanner::StaticClass().Create(), EqxError);
+  std::unique_ptr<TqxBaseScanner> scanner = cls.Create();
+  EXPECT_EQ(&scanner->ClassType(), &cls);
+  scanner->Init("select 1");
+  EXPECT_EQ(scanner->GetTokenCount(), 3);
+  EXPECT_EQ(scanner->GetToken(1).kind, tkInteger);
+}
+
+}  // namespace
+}  // namespace qorvex
