@@ -272,6 +272,10 @@ class TSQLFromItem : public TSQLFromSource {
   std::vector<std::unique_ptr<TSQLFromSource>> Sources_;
 };
 
+// Pairs every source of From, nested groups included, with the source at the same place
+// in To (a copy of From), for RemapFromSourceReferences.
+void PairFromSources(const TSQLFromItem& From, TSQLFromItem& To, TSQLFromSourceMap& Map);
+
 // The FROM clause of one SELECT block.
 class TSQLFromClause : public TSQLFromItem {
   QX_CLASS(TastClass)

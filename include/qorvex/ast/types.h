@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "qorvex/ast/child.h"
 #include "qorvex/ast/names.h"
 #include "qorvex/ast/node.h"
 
@@ -43,20 +44,15 @@ class TSQLTypeBuiltIn : public TSQLType {
 // A user-defined type, by its qualified name.
 class TSQLTypeUser : public TSQLType {
   QX_CLASS(TastClass)
+  QX_CHILD_NODE(TSQLQualifiedName, Name)
 
  public:
   explicit TSQLTypeUser(TastSyntaxProvider* SyntaxProvider);
   ~TSQLTypeUser() override;
 
-  TSQLQualifiedName* GetName() const { return Name_.get(); }
-  void SetName(std::unique_ptr<TSQLQualifiedName> Value);
-
   void Assign(const TastExtender& Source) override;
   void GetMyChildren(std::vector<TastExtender*>& List) const override;
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
-
- private:
-  std::unique_ptr<TSQLQualifiedName> Name_;
 };
 
 }  // namespace qorvex

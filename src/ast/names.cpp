@@ -1,0 +1,239 @@
+#include "qorvex/ast/names.h"
+
+#include <string>
+
+#include "ast/node_util.h"
+#include "qorvex/ast/builder.h"
+#include "qorvex/ast/from.h"
+#include "qorvex/ast/syntax_provider.h"
+
+namespace qorvex {
+
+QX_DEFINE_CLASS(TSQLQualifiedName, TastNode)
+QX_DEFINE_CLASS(TSQLDatabaseObject, TSQLQualifiedName)
+QX_DEFINE_CLASS(TSQLObjectColumn, TSQLDatabaseObject)
+
+// ---------------------------------------------------------------------------------------
+// TSQLQualifiedName
+
+TSQLQualifiedName::TSQLQualifiedName(TastSyntaxProvider* SyntaxProvider)
+    : TastNode(SyntaxProvider) {}
+
+void TSQLQualifiedName::AddName(std::string Name) {
+  Names_.insert(Names_.begin(), std::move(Name));
+}
+
+void TSQLQualifiedName::AddPrefix(std::string Prefix) {
+  Names_.push_back(std::move(Prefix));
+}
+
+std::string TSQLQualifiedName::GetObjName() const {
+  return Names_.empty() ? std::string() : Names_.front();
+}
+
+void TSQLQualifiedName::SetObjName(std::string Name) {
+  if (Names_.empty())
+    Names_.push_back(std::move(Name));
+  else
+    Names_.front() = std::move(Name);
+}
+
+std::string TSQLQualifiedName::GetPrefix(int Index) const {
+  return GetNames(Index + 1);
+}
+
+std::string TSQLQualifiedName::GetNames(int Index) const {
+  detail::CheckIndex(Index, Names_.size());
+  return Names_[static_cast<std::size_t>(Index)];
+}
+
+void TSQLQualifiedName::SetNames(int Index, std::string Name) {
+  detail::CheckIndex(Index, Names_.size());
+  Names_[static_cast<std::size_t>(Index)] = std::move(Name);
+}
+
+std::string TSQLQualifiedName::GetQualifiedName() const {
+  std::string text;
+  for (auto it = Names_.rbegin(); it != Names_.rend(); ++it) {
+    if (it != Names_.rbegin())
+      text += '.';
+    text += *it;
+  }
+  return text;
+}
+
+void TSQLQualifiedName::BuildFullName(TSQLBuilder& Builder) const {
+  for (auto it = Names_.rbegin(); it != Names_.rend(); ++it) {
+    if (it != Names_.rbegin())
+      Builder.WriteSymbol(".");
+    Builder.WriteIdentifier(*it, GetSyntaxProvider());
+  }
+}
+
+void TSQLQualifiedName::Assign(const TastExtender& Source) {
+  TastNode::Assign(Source);
+  if (const auto* name = dynamic_cast<const TSQLQualifiedName*>(&Source))
+    Names_ = name->Names_;
+}
+
+void TSQLQualifiedName::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) const {
+  BuildFullName(Builder);
+}
+
+std::string TSQLQualifiedName::DumpDetails() const {
+  return GetQualifiedName();
+}
+
+// ---------------------------------------------------------------------------------------
+// TSQLDatabaseObject
+
+TSQLDatabaseObject::TSQLDatabaseObject(TastSyntaxProvider* SyntaxProvider)
+    : TSQLQualifiedName(SyntaxProvider) {}
+
+void TSQLDatabaseObject::Assign(const TastExtender& Source) {
+  TSQLQualifiedName::Assign(Source);
+  if (const auto* object = dynamic_cast<const TSQLDatabaseObject*>(&Source))
+    FromSource_ = object->FromSource_;
+}
+
+void TSQLDatabaseObject::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) const {
+  if (FromSource_ == nullptr) {
+    BuildFullName(Builder);
+    return;
+  }
+  if (const TSQLAlias* alias = FromSource_->GetAlias()) {
+    Builder.WriteIdentifier(alias->Name, GetSyntaxProvider());
+  } else if (const auto* object = dynamic_cast<const TSQLFromObject*>(FromSource_)) {
+    if (object->GetDatabaseObject() != nullptr)
+      object->GetDatabaseObject()->BuildFullName(Builder);
+  }
+}
+
+void TSQLDatabaseObject::FixupObjects(std::vector<TSQLFromSource*>& List) {
+  if (TSQLFromSource* found = FindFromSource(List))
+    FromSource_ = found;
+  TSQLQualifiedName::FixupObjects(List);
+}
+
+void TSQLDatabaseObject::RemoveReferencesToFromSource(const TSQLFromSource* Source) {
+  if (FromSource_ == Source)
+    FromSource_ = nullptr;
+  TSQLQualifiedName::RemoveReferencesToFromSource(Source);
+}
+
+std::string TSQLDatabaseObject::DumpDetails() const {
+  std::string details = GetQualifiedName();
+  if (FromSource_ != nullptr)
+    details += " -> " + FromSource_->GetSimpleSQL();
+  return details;
+}
+
+TSQLFromSource* TSQLDatabaseObject::FindFromSource(const std::vector<TSQLFromSource*>& List) const {
+  if (Count() == 0 || GetSyntaxProvider() == nullptr)
+    return nullptr;
+  // Blocks from the top of the stack down; a null entry opens a block.
+  std::size_t end = List.size();
+  while (end > 0) {
+    std::size_t begin = end;
+    while (begin > 0 && List[begin - 1] != nullptr)
+      --begin;
+    for (std::size_t i = begin; i < end; ++i) {
+      if (MatchesAlias(*List[i]))
+        return List[i];
+    }
+    for (int withAlias = 0; withAlias < 2; ++withAlias) {
+      for (std::size_t i = begin; i < end; ++i) {
+        if ((List[i]->GetAlias() != nullptr) == (withAlias != 0) && MatchesObject(*List[i]))
+          return List[i];
+      }
+    }
+    end = begin > 0 ? begin - 1 : 0;
+  }
+  return nullptr;
+}
+
+bool TSQLDatabaseObject::MatchesAlias(const TSQLFromSource& Source) const {
+  const TSQLAlias* alias = Source.GetAlias();
+  if (alias == nullptr || Count() != 1)
+    return false;
+  TSQLDatabaseObject aliasName(GetSyntaxProvider());
+  aliasName.AddName(alias->Name);
+  return GetSyntaxProvider()->IsDBObjectNamesEqual(*this, aliasName);
+}
+
+bool TSQLDatabaseObject::MatchesObject(const TSQLFromSource& Source) const {
+  const auto* object = dynamic_cast<const TSQLFromObject*>(&Source);
+  if (object == nullptr || object->GetDatabaseObject() == nullptr)
+    return false;
+  return GetSyntaxProvider()->IsDBObjectNamesEqual(*this, *object->GetDatabaseObject());
+}
+
+// ---------------------------------------------------------------------------------------
+// TSQLObjectColumn
+
+TSQLObjectColumn::TSQLObjectColumn(TastSyntaxProvider* SyntaxProvider)
+    : TSQLDatabaseObject(SyntaxProvider) {}
+
+void TSQLObjectColumn::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) const {
+  const TSQLFromSource* source = GetFromSource();
+  if (source == nullptr) {
+    BuildFullName(Builder);
+    return;
+  }
+  if (const TSQLAlias* alias = source->GetAlias()) {
+    Builder.WriteIdentifier(alias->Name, GetSyntaxProvider());
+    Builder.WriteSymbol(".");
+  } else if (const auto* object = dynamic_cast<const TSQLFromObject*>(source)) {
+    if (object->GetDatabaseObject() != nullptr) {
+      object->GetDatabaseObject()->BuildFullName(Builder);
+      Builder.WriteSymbol(".");
+    }
+  }
+  Builder.WriteIdentifier(GetObjName(), GetSyntaxProvider());
+}
+
+void TSQLObjectColumn::FixupObjects(std::vector<TSQLFromSource*>& List) {
+  if (Count() < 2) {
+    // An unqualified column names no source; any binding it has was made by hand.
+    TSQLQualifiedName::FixupObjects(List);
+    return;
+  }
+  TSQLDatabaseObject::FixupObjects(List);
+}
+
+bool TSQLObjectColumn::MatchesAlias(const TSQLFromSource& Source) const {
+  const TSQLAlias* alias = Source.GetAlias();
+  if (alias == nullptr || Count() != 2)
+    return false;
+  TSQLDatabaseObject aliasName(GetSyntaxProvider());
+  aliasName.AddName(alias->Name);
+  return GetSyntaxProvider()->IsColumnOfDBObject(*this, aliasName);
+}
+
+bool TSQLObjectColumn::MatchesObject(const TSQLFromSource& Source) const {
+  const auto* object = dynamic_cast<const TSQLFromObject*>(&Source);
+  if (object == nullptr || object->GetDatabaseObject() == nullptr)
+    return false;
+  return GetSyntaxProvider()->IsColumnOfDBObject(*this, *object->GetDatabaseObject());
+}
+
+// ---------------------------------------------------------------------------------------
+
+void RemapFromSourceReferences(TastExtender& Root, const TSQLFromSourceMap& Map) {
+  if (Map.empty())
+    return;
+  if (auto* object = dynamic_cast<TSQLDatabaseObject*>(&Root)) {
+    for (const auto& [from, to] : Map) {
+      if (object->GetFromSource() == from) {
+        object->SetFromSource(to);
+        break;
+      }
+    }
+  }
+  std::vector<TastExtender*> children;
+  Root.GetMyChildren(children);
+  for (TastExtender* child : children)
+    RemapFromSourceReferences(*child, Map);
+}
+
+}  // namespace qorvex
