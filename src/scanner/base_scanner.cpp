@@ -1,5 +1,8 @@
 #include "qorvex/scanner/base_scanner.h"
 
+#include <memory>
+#include <new>
+
 namespace qorvex {
 
 QX_DEFINE_ABSTRACT_ROOT_CLASS(TqxBaseScanner)
@@ -14,8 +17,15 @@ void TqxBaseScanner::Init(std::string_view text) {
   ignore_.Clear();
   ignore_.Include(' ');
   InitInternal();
+  std::allocator<TqxToken> alloc;
   for (;;) {
-    TqxToken& t = tokens_.emplace_back(NextToken());
+    if ((count_ & (kChunkSize - 1)) == 0) {
+      chunks_.reserve(chunks_.size() + 1);
+      chunks_.push_back(alloc.allocate(kChunkSize));
+    }
+    // NextToken's result is built right in its slot.
+    TqxToken& t = *::new (chunks_.back() + (count_ & (kChunkSize - 1))) TqxToken(NextToken());
+    ++count_;
     if (t.kind == tkEof) {
       t.val = "EOF";
       break;
@@ -24,14 +34,22 @@ void TqxBaseScanner::Init(std::string_view text) {
   buffer_ = TqxBuffer();
 }
 
-const TqxToken& TqxBaseScanner::GetToken(std::int32_t index) const noexcept {
-  if (tokens_.empty()) {
+TqxBaseScanner::~TqxBaseScanner() {
+  std::allocator<TqxToken> alloc;
+  std::int32_t left = count_;
+  for (TqxToken* chunk : chunks_) {
+    std::destroy_n(chunk, left < kChunkSize ? left : kChunkSize);
+    left -= kChunkSize;
+    alloc.deallocate(chunk, kChunkSize);
+  }
+}
+
+const TqxToken& TqxBaseScanner::LastToken() const noexcept {
+  if (count_ == 0) {
     static const TqxToken kNoText{tkEof, 0, 1, 1, "EOF", 0};
     return kNoText;
   }
-  if (index < 0 || static_cast<std::size_t>(index) >= tokens_.size())
-    return tokens_.back();
-  return tokens_[static_cast<std::size_t>(index)];
+  return GetToken(count_ - 1);
 }
 
 void TqxBaseScanner::SkipUtf8Tail() noexcept {

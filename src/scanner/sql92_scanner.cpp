@@ -214,21 +214,48 @@ constexpr std::array<TqxKeyword, 148> kKeywords = {{
 
 constexpr std::size_t kMaxKeywordLength = 27;  // "datetime_interval_precision"
 
+// The table is lower case, within kMaxKeywordLength, and free of duplicates.
+constexpr bool KeywordTableIsSound() {
+  std::size_t longest = 0;
+  for (std::size_t i = 0; i < kKeywords.size(); ++i) {
+    const std::string_view w = kKeywords[i].word;
+    longest = w.size() > longest ? w.size() : longest;
+    for (char c : w) {
+      if (!((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'))
+        return false;
+    }
+    for (std::size_t j = 0; j < i; ++j) {
+      if (kKeywords[j].word == w || kKeywords[j].kind == kKeywords[i].kind)
+        return false;
+    }
+  }
+  return longest == kMaxKeywordLength;
+}
+static_assert(KeywordTableIsSound());
+
+constexpr char Fold(char c) noexcept {
+  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+// A cheap hash of the folded word: its length and three of its letters.
 constexpr std::uint32_t Hash(std::string_view s) noexcept {
-  std::uint32_t h = 2166136261u;
-  for (char c : s)
-    h = (h ^ static_cast<unsigned char>(c)) * 16777619u;
-  return h;
+  const std::size_t n = s.size();
+  const auto at = [&](std::size_t i) { return static_cast<std::uint32_t>(Fold(s[i])); };
+  return (static_cast<std::uint32_t>(n) * 0x9E3779B1u) ^ (at(0) * 0x85EBCA6Bu) ^
+         (at(n - 1) * 0xC2B2AE35u) ^ (at(n / 2) * 0x27D4EB2Fu);
 }
 
 // Open-addressing index over the keyword table: slot -> table index + 1 (0 is empty).
 // The table holds no duplicates, so finding the one equal entry is the same as trying
 // the entries in order.
-constexpr std::size_t kSlots = 512;
+constexpr std::size_t kSlots = 1024;
+constexpr std::size_t Slot(std::uint32_t hash) noexcept {
+  return (hash >> 16) & (kSlots - 1);
+}
 constexpr std::array<std::uint8_t, kSlots> kKeywordIndex = [] {
   std::array<std::uint8_t, kSlots> index{};
   for (std::size_t i = 0; i < kKeywords.size(); ++i) {
-    std::size_t h = Hash(kKeywords[i].word) & (kSlots - 1);
+    std::size_t h = Slot(Hash(kKeywords[i].word));
     while (index[h] != 0)
       h = (h + 1) & (kSlots - 1);
     index[h] = static_cast<std::uint8_t>(i + 1);
@@ -253,6 +280,25 @@ constexpr bool IsBlank(std::int32_t c) noexcept {
   return c == '\t' || c == 10 || c == 13 || c == ' ';
 }
 
+// Runs of ASCII characters that a token's loop passes over without a decision; see
+// NextChWhile.
+template <class Pred>
+constexpr TqxCharSet AsciiSet(Pred pred) {
+  TqxCharSet set;
+  for (std::int32_t c = 0; c < 128; ++c) {
+    const std::int32_t folded = (c >= 'A' && c <= 'Z') ? c + ('a' - 'A') : c;
+    if (c != 10 && c != 13 && pred(folded))
+      set.Include(c);
+  }
+  return set;
+}
+constexpr TqxCharSet kNameRun = AsciiSet(IsNamePart);
+constexpr TqxCharSet kDigitRun = AsciiSet(IsDigit);
+constexpr TqxCharSet kHexRun = AsciiSet(IsHexDigit);
+constexpr TqxCharSet kSingleQuotedRun = AsciiSet([](std::int32_t c) { return c != '\''; });
+constexpr TqxCharSet kDoubleQuotedRun = AsciiSet([](std::int32_t c) { return c != '"'; });
+constexpr TqxCharSet kBracketedRun = AsciiSet([](std::int32_t c) { return c != ']'; });
+
 }  // namespace
 
 std::span<const TqxKeyword> SQL92Scanner::Keywords() noexcept {
@@ -260,18 +306,17 @@ std::span<const TqxKeyword> SQL92Scanner::Keywords() noexcept {
 }
 
 std::int32_t SQL92Scanner::FindKeyword(std::string_view word) noexcept {
-  if (word.empty() || word.size() > kMaxKeywordLength)
+  const std::size_t n = word.size();
+  if (n == 0 || n > kMaxKeywordLength)
     return 0;
-  char lower[kMaxKeywordLength];
-  for (std::size_t i = 0; i < word.size(); ++i) {
-    char c = word[i];
-    lower[i] = (c >= 'A' && c <= 'Z') ? static_cast<char>(c + ('a' - 'A')) : c;
-  }
-  const std::string_view key(lower, word.size());
-  for (std::size_t h = Hash(key) & (kSlots - 1); kKeywordIndex[h] != 0;
-       h = (h + 1) & (kSlots - 1)) {
+  for (std::size_t h = Slot(Hash(word)); kKeywordIndex[h] != 0; h = (h + 1) & (kSlots - 1)) {
     const TqxKeyword& k = kKeywords[kKeywordIndex[h] - 1];
-    if (k.word == key)
+    if (k.word.size() != n)
+      continue;
+    std::size_t i = 0;
+    while (i < n && Fold(word[i]) == k.word[i])
+      ++i;
+    if (i == n)
       return k.kind;
   }
   return 0;
@@ -280,6 +325,9 @@ std::int32_t SQL92Scanner::FindKeyword(std::string_view word) noexcept {
 void SQL92Scanner::InitInternal() {
   for (std::int32_t c = 1; c <= 32; ++c)
     ignore_.Include(c);
+  blankRun_ = ignore_;
+  blankRun_.Exclude(10);
+  blankRun_.Exclude(13);
 }
 
 void SQL92Scanner::CheckLiteral(TqxToken& token) {
@@ -320,8 +368,12 @@ bool SQL92Scanner::Comment0() {
 
 TqxToken SQL92Scanner::NextToken() {
   for (;;) {
-    while (ignore_.Contains(ch_))
-      NextCh();
+    while (ignore_.Contains(ch_)) {
+      if (ch_ == 10 || ch_ == 13)
+        NextCh();
+      else
+        NextChWhile(blankRun_);
+    }
     if (ch_ == '-' && Comment0())
       continue;  // the comment is skipped; scan what follows it
     break;
@@ -339,8 +391,7 @@ TqxToken SQL92Scanner::NextToken() {
       break;
 
     case ID:
-      while (IsNamePart(ch_))
-        NextCh();
+      NextChWhile(kNameRun);
       t.kind = tkIdentifier;
       t.val = TextFrom(begin);
       CheckLiteral(t);
@@ -351,15 +402,13 @@ TqxToken SQL92Scanner::NextToken() {
         NextCh();
         if (!IsHexDigit(ch_))
           break;
-        while (IsHexDigit(ch_))
-          NextCh();
+        NextChWhile(kHexRun);
         kind = tkHex;
         break;
       }
       [[fallthrough]];
     case D1:
-      while (IsDigit(ch_))
-        NextCh();
+      NextChWhile(kDigitRun);
       if (ch_ != '.') {
         kind = tkInteger;
         break;
@@ -379,16 +428,14 @@ TqxToken SQL92Scanner::NextToken() {
         break;
       }
       // Fraction digits, at least one present; then the optional exponent.
-      while (IsDigit(ch_))
-        NextCh();
+      NextChWhile(kDigitRun);
       if (ch_ == 'e') {
         NextCh();
         if (ch_ == '+' || ch_ == '-')
           NextCh();
         if (!IsDigit(ch_))
           break;
-        while (IsDigit(ch_))
-          NextCh();
+        NextChWhile(kDigitRun);
       }
       kind = tkDecimal;
       break;
@@ -396,7 +443,9 @@ TqxToken SQL92Scanner::NextToken() {
     case SQ:
     case DQ: {
       const std::int32_t quote = start == SQ ? '\'' : '"';
+      const TqxCharSet& run = start == SQ ? kSingleQuotedRun : kDoubleQuotedRun;
       for (;;) {
+        NextChWhile(run);
         if (ch_ == kEndOfInput)
           break;
         if (ch_ == quote) {
@@ -413,6 +462,7 @@ TqxToken SQL92Scanner::NextToken() {
 
     case LB:
       for (;;) {
+        NextChWhile(kBracketedRun);
         if (ch_ == kEndOfInput)
           break;
         if (ch_ == ']') {
@@ -427,8 +477,7 @@ TqxToken SQL92Scanner::NextToken() {
       break;
 
     case AT:
-      while (IsNamePart(ch_))
-        NextCh();
+      NextChWhile(kNameRun);
       kind = tkParameter;
       break;
 

@@ -6,9 +6,12 @@
 #include <vector>
 
 #include "qorvex/ast/builder.h"
+#include "qorvex/ast/from.h"
+#include "qorvex/ast/names.h"
 #include "qorvex/ast/syntax_provider.h"
 #include "qorvex/core/component.h"
 #include "qorvex/core/errors.h"
+#include "qorvex/scanner/base_scanner.h"
 #include "qorvex/syntax/components.h"
 #include "qorvex/syntax/sql92_syntax_provider.h"
 
@@ -229,6 +232,90 @@ TEST(SyntaxProviderComponent, QueryBuilderRegistrationAndFreeNotification) {
   provider.reset();
   EXPECT_EQ(a->provider, nullptr);
   EXPECT_EQ(c->provider, nullptr);
+}
+
+// A name from dotted text, parts added outermost first (so the last is the object).
+template <class T = TSQLDatabaseObject>
+std::unique_ptr<T> Name(TastSyntaxProvider* P, const Strings& Parts) {
+  auto name = NewNode<T>(P);
+  for (const auto& part : Parts)
+    name->AddName(part);
+  return name;
+}
+
+TEST(SyntaxProvider, ObjectNamesCompareFromTheInnermostPartCaseInsensitively) {
+  TastSQL92SyntaxProvider p;
+  const struct {
+    Strings a, b;
+    bool equal;
+  } cases[] = {
+      {{"orders"}, {"ORDERS"}, true},
+      {{"dbo", "orders"}, {"orders"}, true},
+      {{"orders"}, {"Sales", "Orders"}, true},
+      {{"dbo", "orders"}, {"sales", "orders"}, false},
+      {{"db", "dbo", "t"}, {"DBO", "t"}, true},
+      {{"db", "", "t"}, {"db", "dbo", "t"}, true},
+      {{"t"}, {"u"}, false},
+      {{"orders"}, {"order"}, false},
+      {{"order details"}, {"Order Details"}, true},
+      {{}, {"t"}, false},
+      {{""}, {""}, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(::testing::PrintToString(c.a) + " vs " + ::testing::PrintToString(c.b));
+    EXPECT_EQ(p.IsDBObjectNamesEqual(*Name(&p, c.a), *Name(&p, c.b)), c.equal);
+    EXPECT_EQ(p.IsDBObjectNamesEqual(*Name(&p, c.b), *Name(&p, c.a)), c.equal);
+  }
+}
+
+TEST(SyntaxProvider, ColumnQualifierNamesTheObject) {
+  TastSQL92SyntaxProvider p;
+  const struct {
+    Strings column, object;
+    bool belongs;
+  } cases[] = {
+      {{"o", "id"}, {"o"}, true},
+      {{"O", "id"}, {"dbo", "o"}, true},
+      {{"dbo", "orders", "id"}, {"orders"}, true},
+      {{"x", "orders", "id"}, {"dbo", "orders"}, false},
+      {{"id"}, {"orders"}, false},
+      {{"orders", "id"}, {"id"}, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(::testing::PrintToString(c.column));
+    EXPECT_EQ(p.IsColumnOfDBObject(*Name<TSQLObjectColumn>(&p, c.column), *Name(&p, c.object)),
+              c.belongs);
+  }
+}
+
+TEST(SyntaxProvider, CreateSQLFromObject) {
+  TastSQL92SyntaxProvider sql92;
+  std::unique_ptr<TSQLFromObject> from = sql92.CreateSQLFromObject("Order Details", "od");
+  ASSERT_NE(from->GetDatabaseObject(), nullptr);
+  EXPECT_EQ(from->GetDatabaseObject()->GetNameParts(), (Strings{"Order Details"}));
+  EXPECT_EQ(&from->GetAlias()->ClassType(), &TSQLAliasObjectAlias::StaticClass());
+  EXPECT_EQ(from->GetJoinKind(), nullptr);
+  EXPECT_EQ(from->GetSyntaxProvider(), &sql92);
+  EXPECT_EQ(from->GetSimpleSQL(), "\"Order Details\" od");
+  EXPECT_EQ(sql92.CreateSQLFromObject("orders", "")->GetSimpleSQL(), "orders");
+  EXPECT_EQ(sql92.CreateSQLFromObject("orders", "")->GetAlias(), nullptr);
+  EXPECT_THROW(sql92.CreateSQLFromObject("", "x"), EqxError);
+
+  BaseDialect base;
+  EXPECT_EQ(base.CreateSQLFromObject("Order Details", "od")->GetSimpleSQL(), "Order Details od");
+
+  TqxSQL92SyntaxProvider component;
+  auto viaComponent = component.CreateSQLFromObject("t", "");
+  EXPECT_EQ(viaComponent->GetSyntaxProvider(), component.GetASTSyntaxProvider());
+  EXPECT_TRUE(component.IsDBObjectNamesEqual(*viaComponent->GetDatabaseObject(),
+                                             *Name(component.GetASTSyntaxProvider(), {"s", "T"})));
+}
+
+TEST(SyntaxProvider, SQL92ScannerClass) {
+  TastSQL92SyntaxProvider p;
+  EXPECT_EQ(p.GetScannerClass().ClassName(), "SQL92Scanner");
+  std::unique_ptr<TqxBaseScanner> scanner = p.GetScannerClass().Create();
+  EXPECT_EQ(&scanner->ClassType(), &p.GetScannerClass());
 }
 
 }  // namespace

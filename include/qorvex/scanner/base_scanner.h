@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <string_view>
+#include <vector>
 
 #include "qorvex/core/metaclass.h"
 #include "qorvex/scanner/buffer.h"
@@ -55,7 +55,7 @@ class TqxBaseScanner {
   TqxBaseScanner() = default;
   TqxBaseScanner(const TqxBaseScanner&) = delete;
   TqxBaseScanner& operator=(const TqxBaseScanner&) = delete;
-  virtual ~TqxBaseScanner() = default;
+  virtual ~TqxBaseScanner();
 
   // Scans the whole text and appends its tokens, the end token ("EOF") last. The
   // existing list is not cleared: a scanner serves one text.
@@ -63,8 +63,12 @@ class TqxBaseScanner {
 
   // The token at `index`; any index out of range, negative too, gives the last token,
   // which is the end token.
-  const TqxToken& GetToken(std::int32_t index) const noexcept;
-  std::int32_t GetTokenCount() const noexcept { return static_cast<std::int32_t>(tokens_.size()); }
+  const TqxToken& GetToken(std::int32_t index) const noexcept {
+    if (index < 0 || index >= count_)
+      return LastToken();
+    return chunks_[static_cast<std::size_t>(index) >> kChunkShift][index & (kChunkSize - 1)];
+  }
+  std::int32_t GetTokenCount() const noexcept { return count_; }
 
  protected:
   // Turns an identifier token into a keyword token when its text is a keyword.
@@ -76,7 +80,8 @@ class TqxBaseScanner {
 
   // Advances to the next character: CR LF, a lone CR and a lone LF are each one line
   // break delivered as 13; a LF directly followed by CR stays 10 and the CR counts the
-  // line. A 13 right after a converted lone LF swallows a following LF as well.
+  // line. Like the LF of CR LF, a LF right after a lone LF is swallowed, so LF LF is one
+  // line break.
   void NextCh() noexcept {
     if (pendingEols_ > 0) {
       ch_ = 13;
@@ -108,6 +113,23 @@ class TqxBaseScanner {
     }
   }
 
+  // `while (run.Contains(ch_)) NextCh();` with the characters after the current one
+  // taken straight from the buffer. `run` must hold no line break (10, 13), no byte
+  // above 127, and each letter in both cases.
+  [[gnu::always_inline]] void NextChWhile(const TqxCharSet& run) noexcept {
+    if (!run.Contains(ch_))
+      return;
+    const std::string_view text = buffer_.View();
+    const std::int32_t from = buffer_.GetPos();
+    const auto end = static_cast<std::int32_t>(text.size());
+    std::int32_t at = from;
+    while (at < end && run.Contains(static_cast<unsigned char>(text[static_cast<std::size_t>(at)])))
+      ++at;
+    pos_ += at - from;
+    buffer_.SetPos(at);
+    NextCh();
+  }
+
   // The input bytes from `beginByte` up to the current character (not included): the
   // text of a token that started at `beginByte`.
   std::string_view TextFrom(std::int32_t beginByte) const noexcept {
@@ -130,7 +152,6 @@ class TqxBaseScanner {
     return t;
   }
 
-  std::deque<TqxToken> tokens_;
   TqxBuffer buffer_;
   std::int32_t ch_ = kEndOfInput;  // current character folded; 256 is end of input
   char origCh_ = 0;                // current character's first byte as written
@@ -142,9 +163,19 @@ class TqxBaseScanner {
   TqxCharSet ignore_;
 
  private:
+  // Tokens live in fixed-size chunks: one allocation per chunk, stable addresses, and
+  // indexing in constant time.
+  static constexpr std::int32_t kChunkShift = 10;
+  static constexpr std::int32_t kChunkSize = 1 << kChunkShift;
+
+  const TqxToken& LastToken() const noexcept;
+
   // After a lead byte: consumes the continuation bytes of a valid UTF-8 sequence, so
   // the sequence is one character. Invalid or truncated sequences leave the byte alone.
   void SkipUtf8Tail() noexcept;
+
+  std::vector<TqxToken*> chunks_;  // the token list: raw storage, `count_` constructed
+  std::int32_t count_ = 0;
 };
 
 }  // namespace qorvex

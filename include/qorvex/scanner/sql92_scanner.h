@@ -36,6 +36,8 @@ class SQL92Scanner : public TqxBaseScanner {
   // Skips a "--" line comment starting at the current "-"; false (with the "-" current
   // again) when it is not one.
   bool Comment0();
+
+  TqxCharSet blankRun_;  // ignored characters other than line breaks
 };
 
 }  // namespace qorvex

@@ -1,0 +1,144 @@
+// The `tokens` command of qorvex-sql, run as a program.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <unistd.h>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace {
+
+struct ToolRun {
+  int status;
+  std::string out;
+};
+
+class TokensTool : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    dir_ = std::filesystem::temp_directory_path() /
+           ("qorvex-tokens-" + std::to_string(::getpid()) + "-" +
+            ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    std::filesystem::create_directories(dir_);
+  }
+  void TearDown() override { std::filesystem::remove_all(dir_); }
+
+  std::string Write(const std::string& text) {
+    const std::filesystem::path file = dir_ / "input.sql";
+    std::ofstream(file, std::ios::binary) << text;
+    return file.string();
+  }
+
+  // Runs the tool with `args`; standard error goes to a file.
+  ToolRun Tool(const std::string& args) {
+    const std::string command =
+        std::string(QORVEX_TOOL) + " " + args + " 2>" + (dir_ / "err.txt").string();
+    FILE* pipe = ::popen(command.c_str(), "r");
+    EXPECT_NE(pipe, nullptr);
+    std::string out;
+    char chunk[4096];
+    while (std::size_t n = std::fread(chunk, 1, sizeof chunk, pipe))
+      out.append(chunk, n);
+    const int status = ::pclose(pipe);
+    return ToolRun{WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
+  }
+
+  std::string Err() const {
+    std::ifstream in(dir_ / "err.txt");
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+  }
+
+  std::filesystem::path dir_;
+};
+
+TEST_F(TokensTool, OneLinePerTokenWithEscapedText) {
+  const std::string file = Write("SELECT 'a\tb', x\r\n  FROM [t] -- rest\r\nignored");
+  const ToolRun run = Tool("tokens " + file);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out,
+            "23\t1\t1\t0\tSELECT\n"
+            "7\t1\t8\t7\t'a\\tb'\n"
+            "12\t1\t13\t12\t,\n"
+            "4\t1\t15\t14\tx\n"
+            "30\t2\t3\t18\tFROM\n"
+            "5\t2\t8\t23\t[t]\n"
+            "0\t3\t8\t42\tEOF\n");
+}
+
+TEST_F(TokensTool, ControlCharactersAndBackslashesAreEscaped) {
+  const std::string file = Write(std::string("'\\\n\x01'\x7f", 6));
+  const ToolRun run = Tool("tokens " + file);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out,
+            "7\t1\t1\t0\t'\\\\\\n\\x01'\n"
+            "178\t2\t3\t5\t\\x7f\n"
+            "0\t2\t4\t6\tEOF\n");
+}
+
+TEST_F(TokensTool, EmptyInputGivesTheEndToken) {
+  const ToolRun run = Tool("tokens " + Write(""));
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, "0\t1\t1\t0\tEOF\n");
+}
+
+TEST_F(TokensTool, ReadsStandardInput) {
+  const std::string file = Write("a;b");
+  const ToolRun run = Tool("tokens < " + file);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, "4\t1\t1\t0\ta\n9\t1\t2\t1\t;\n4\t1\t3\t2\tb\n0\t1\t4\t3\tEOF\n");
+  EXPECT_EQ(Tool("tokens - < " + file).out, run.out);
+}
+
+TEST_F(TokensTool, Misuse) {
+  EXPECT_EQ(Tool("tokens --bogus").status, 2);
+  EXPECT_NE(Err().find("unknown option --bogus"), std::string::npos);
+  EXPECT_EQ(Tool("tokens a.sql b.sql").status, 2);
+  EXPECT_EQ(Tool("tokens " + (dir_ / "missing.sql").string()).status, 2);
+  EXPECT_NE(Err().find("cannot read"), std::string::npos);
+}
+
+// Statements scanned one by one must report the same places as the whole input: the
+// whole-input listing with each ";" token as a separator line and without the end token.
+TEST_F(TokensTool, StatementsKeepWholeInputPositions) {
+  const std::string inputs[] = {
+      "select a from t;\r\n  select b, 'x;y'\r\n from [u;v]\r\n where c = 1",
+      ";; select 1 ;\n\n;\r\n\tselect \"q\"\"\" ; ",
+      "select \xc3\xa9t\xc3\xa9 from t ; select 2 -- tail ; select 3\r\nmore",
+      "x",
+      "",
+      ";",
+  };
+  for (const std::string& input : inputs) {
+    SCOPED_TRACE(input);
+    const std::string file = Write(input);
+    const ToolRun whole = Tool("tokens " + file);
+    const ToolRun split = Tool("tokens --statements " + file);
+    ASSERT_EQ(whole.status, 0);
+    ASSERT_EQ(split.status, 0);
+    std::string expected;
+    bool pendingSeparator = false;
+    bool any = false;
+    std::istringstream lines(whole.out);
+    for (std::string line; std::getline(lines, line);) {
+      if (line.rfind("0\t", 0) == 0)
+        break;  // the end token
+      if (line.rfind("9\t", 0) == 0) {
+        pendingSeparator = any;
+        continue;
+      }
+      if (pendingSeparator)
+        expected += ";\n";
+      pendingSeparator = false;
+      any = true;
+      expected += line + "\n";
+    }
+    EXPECT_EQ(split.out, expected);
+  }
+}
+
+}  // namespace
