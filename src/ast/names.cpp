@@ -66,7 +66,10 @@ void TSQLQualifiedName::BuildFullName(TSQLBuilder& Builder) const {
   for (auto it = Names_.rbegin(); it != Names_.rend(); ++it) {
     if (it != Names_.rbegin())
       Builder.WriteSymbol(".");
-    Builder.WriteIdentifier(*it, GetSyntaxProvider());
+    // A part left empty (db..t) stays empty rather than becoming a quoted empty name,
+    // so that the text reads back as the same name.
+    if (!it->empty())
+      Builder.WriteIdentifier(*it, GetSyntaxProvider());
   }
 }
 
@@ -123,8 +126,10 @@ void TSQLDatabaseObject::RemoveReferencesToFromSource(const TSQLFromSource* Sour
 
 std::string TSQLDatabaseObject::DumpDetails() const {
   std::string details = GetQualifiedName();
-  if (FromSource_ != nullptr)
-    details += " -> " + FromSource_->GetSimpleSQL();
+  if (FromSource_ != nullptr) {
+    const std::string alias = FromSource_->GetAliasName();
+    details += " -> " + (alias.empty() ? FromSource_->GetSimpleExpression() : alias);
+  }
   return details;
 }
 

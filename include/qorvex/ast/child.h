@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 
 // Declares an owned child node of a tree class: the field `Name_` and its accessors
 // GetName() (a reference, none when empty), SetName(node) (frees the old child) and

@@ -38,7 +38,8 @@ class TSQLQualifiedName : public TastNode {
   // The parts outermost first joined by "." (no quoting).
   std::string GetQualifiedName() const;
 
-  // Every part through WriteIdentifier, outermost first, separated by ".".
+  // Every part through WriteIdentifier, outermost first, separated by "."; an empty
+  // part writes nothing between its points.
   virtual void BuildFullName(TSQLBuilder& Builder) const;
 
   void Assign(const TastExtender& Source) override;

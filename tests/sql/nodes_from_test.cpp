@@ -1,0 +1,328 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "qorvex/ast/metadata_provider.h"
+#include "sql/nodes_support.h"
+
+namespace qorvex {
+namespace {
+
+using namespace qorvex::test;
+
+using Maker = std::function<std::unique_ptr<TastNode>()>;
+
+struct TextCase {
+  const char* what;
+  Maker make;
+  const char* one;
+  const char* multi;  // null: same as one
+  const char* html;   // null: not checked
+};
+
+void PrintTo(const TextCase& Case, std::ostream* Out) {
+  *Out << Case.what;
+}
+
+Expr Eq(std::initializer_list<const char*> Left, std::initializer_list<const char*> Right) {
+  return Bin(Col(Left), "=", Col(Right));
+}
+
+std::unique_ptr<TSQLFromQuery> Derived(const char* Alias, std::vector<std::string> Columns,
+                                       bool As = false) {
+  auto query = NewNode<TSQLFromQuery>(P());
+  query->SetSubQuery(Stmt(Block(List(SelectExpr(Const("1"))))));
+  if (As)
+    query->SetAlias(NewNode<TSQLAliasObjectAsAlias>(P(), std::string(Alias)));
+  else
+    query->SetAlias(NewNode<TSQLAliasObjectAlias>(P(), std::string(Alias)));
+  query->ColumnAliases = std::move(Columns);
+  return query;
+}
+
+template <class Kind>
+std::unique_ptr<TSQLJoinKind> JoinKind(bool Outer = false) {
+  auto kind = NewNode<Kind>(P());
+  if constexpr (std::is_base_of_v<TSQLJoinKindOuter, Kind>)
+    kind->Outer = Outer;
+  return kind;
+}
+
+const TextCase kFrom[] = {
+    // Aliases
+    {"alias", [] { return NewNode<TSQLAlias>(P(), std::string("x")); }, "x", nullptr, "<i>x</i>"},
+    {"object alias", [] { return NewNode<TSQLAliasObjectAlias>(P(), std::string("my x")); },
+     "\"my x\"", nullptr, "<i>\"my x\"</i>"},
+    {"AS alias", [] { return NewNode<TSQLAliasObjectAsAlias>(P(), std::string("x")); }, "AS x",
+     nullptr, "<b>as</b> <i>x</i>"},
+    {"alias-equals form writes the name",
+     [] { return NewNode<TSQLAliasAliasEqualsObject>(P(), std::string("x")); }, "x", nullptr,
+     nullptr},
+    // Join kinds (the leading space collapses at the start of a text)
+    {"cross join", [] { return JoinKind<TSQLJoinKindCross>(); }, "CROSS JOIN", nullptr,
+     "<b>cross</b> <b>join</b>"},
+    {"inner join", [] { return JoinKind<TSQLJoinKindInner>(); }, "INNER JOIN", nullptr, nullptr},
+    {"left join", [] { return JoinKind<TSQLJoinKindLeft>(); }, "LEFT JOIN", nullptr, nullptr},
+    {"left outer join", [] { return JoinKind<TSQLJoinKindLeft>(true); }, "LEFT OUTER JOIN", nullptr,
+     "<b>left</b> <b>outer</b> <b>join</b>"},
+    {"right join", [] { return JoinKind<TSQLJoinKindRight>(); }, "RIGHT JOIN", nullptr, nullptr},
+    {"right outer join", [] { return JoinKind<TSQLJoinKindRight>(true); }, "RIGHT OUTER JOIN",
+     nullptr, nullptr},
+    {"full join", [] { return JoinKind<TSQLJoinKindFull>(); }, "FULL JOIN", nullptr, nullptr},
+    {"full outer join", [] { return JoinKind<TSQLJoinKindFull>(true); }, "FULL OUTER JOIN", nullptr,
+     nullptr},
+    // Sources
+    {"table",
+     [] {
+       return Table({"s", "t"});
+     },
+     "s.t", nullptr, "<i>s</i><font color=#7f7fff>.</font><i>t</i>"},
+    {"table with AS alias", [] { return Table({"t"}, "x", true); }, "t AS x", nullptr, nullptr},
+    {"derived table with column aliases", [] { return Derived("x", {"c"}); }, "(SELECT 1) x (c)",
+     nullptr, nullptr},
+    {"derived table with AS and two column aliases",
+     [] {
+       return Derived("x", {"c", "d e"}, true);
+     },
+     "(SELECT 1) AS x (c, \"d e\")", nullptr, nullptr},
+    {"table function",
+     [] {
+       auto source = NewNode<TSQLFromFunction>(P());
+       auto function = NewNode<TSQLFunction>(P());
+       function->Name = "gen";
+       auto params = NewNode<TSQLFunctionParams>(P());
+       auto param = NewNode<TSQLFunctionParamExpression>(P());
+       param->SetExpression(Col({"n"}));
+       params->Add(std::move(param));
+       function->SetParams(std::move(params));
+       source->SetFunction(std::move(function));
+       source->SetAlias(NewNode<TSQLAliasObjectAlias>(P(), std::string("g")));
+       return source;
+     },
+     "gen(n) g", nullptr, nullptr},
+    {"built-in function",
+     [] {
+       auto source = NewNode<TSQLFromBuiltInFunction>(P());
+       auto function = NewNode<TSQLFunction>(P());
+       function->Name = "dual";
+       source->SetFunction(std::move(function));
+       return source;
+     },
+     "dual()", nullptr, nullptr},
+    {"table variable",
+     [] {
+       auto source = NewNode<TSQLFromVariable>(P());
+       source->VariableName = "tv";
+       return source;
+     },
+     "tv", nullptr, nullptr},
+    // Joined items
+    {"one source writes no operator", [] { return From(Sources(Table({"a"}))); }, "a", nullptr,
+     nullptr},
+    {"inner join with alias and ON",
+     [] {
+       return From(Sources(Table({"a"}), Joined<TSQLJoinKindInner>(Table({"b"}, "x"),
+                                                                   Eq({"a", "id"}, {"x", "id"}))));
+     },
+     "a INNER JOIN  b x ON a.id=x.id", "a INNER JOIN\r\n b x ON a.id=x.id",
+     "<i>a</i> <b>inner</b> <b>join</b>  <i>b</i> <i>x</i> <b>on</b> <i>a</i><font "
+     "color=#7f7fff>.</font><i>id</i><font color=#7f7fff>=</font><i>x</i><font "
+     "color=#7f7fff>.</font><i>id</i>"},
+    {"comma-separated sources", [] { return From(Sources(Table({"a"}), Table({"b"}))); }, "a,  b",
+     "a, \r\n b", nullptr},
+    {"three sources, left outer and cross",
+     [] {
+       return From(Sources(
+           Table({"a"}), Joined<TSQLJoinKindLeft>(Table({"b"}), Eq({"a", "id"}, {"b", "id"}), true),
+           Joined<TSQLJoinKindCross>(Table({"c"}), nullptr)));
+     },
+     "a LEFT OUTER JOIN  b ON a.id=b.id CROSS JOIN  c",
+     "a LEFT OUTER JOIN\r\n b ON a.id=b.id CROSS JOIN\r\n c", nullptr},
+    {"nested join group is bracketed",
+     [] {
+       auto group = From<TSQLFromItem>(Sources(
+           Table({"b"}), Joined<TSQLJoinKindRight>(Table({"c"}), Eq({"b", "k"}, {"c", "k"}))));
+       std::unique_ptr<TSQLFromSource> inner = std::move(group);
+       return From(Sources(Table({"a"}),
+                           Joined<TSQLJoinKindFull>(std::move(inner), Eq({"a", "k"}, {"b", "k"}))));
+     },
+     "a FULL JOIN  (b RIGHT JOIN  c ON b.k=c.k) ON a.k=b.k",
+     "a FULL JOIN\r\n (b RIGHT JOIN\r\n c ON b.k=c.k) ON a.k=b.k", nullptr},
+    {"empty FROM clause writes nothing", [] { return From(Sources()); }, "", nullptr, ""},
+};
+
+class FromText : public testing::TestWithParam<TextCase> {};
+
+TEST_P(FromText, WritesExactlyItsText) {
+  const TextCase& c = GetParam();
+  std::unique_ptr<TastNode> node = c.make();
+  EXPECT_EQ(Plain(*node, false), c.one);
+  EXPECT_EQ(Plain(*node, true), c.multi != nullptr ? c.multi : c.one);
+  if (c.html != nullptr) {
+    EXPECT_EQ(Html(*node, false), c.html);
+  }
+  std::unique_ptr<TastNode> copy = node->Clone();
+  EXPECT_EQ(&copy->ClassType(), &node->ClassType());
+  EXPECT_EQ(Plain(*copy, true), Plain(*node, true));
+}
+
+INSTANTIATE_TEST_SUITE_P(Nodes, FromText, testing::ValuesIn(kFrom),
+                         [](const testing::TestParamInfo<TextCase>& info) {
+                           return "case" + std::to_string(info.index);
+                         });
+
+TEST(JoinKinds, OuterSides) {
+  struct {
+    std::unique_ptr<TSQLJoinKind> kind;
+    bool left, right;
+  } cases[] = {{JoinKind<TSQLJoinKind>(), false, false},
+               {JoinKind<TSQLJoinKindCross>(), false, false},
+               {JoinKind<TSQLJoinKindInner>(), false, false},
+               {JoinKind<TSQLJoinKindLeft>(), true, false},
+               {JoinKind<TSQLJoinKindRight>(), false, true},
+               {JoinKind<TSQLJoinKindFull>(true), true, true}};
+  for (auto& c : cases) {
+    SCOPED_TRACE(c.kind->ClassType().ClassName());
+    EXPECT_EQ(c.kind->IsLeftOuter(), c.left);
+    EXPECT_EQ(c.kind->IsRightOuter(), c.right);
+  }
+}
+
+TEST(FromSources, SimpleExpressionLeavesOutTheAlias) {
+  EXPECT_EQ(Table({"s", "t"}, "x", true)->GetSimpleExpression(), "s.t");
+  EXPECT_EQ(Derived("q", {"c"})->GetSimpleExpression(), "(SELECT 1)");
+  EXPECT_EQ(Table({"t"}, "x")->GetAliasName(), "x");
+  EXPECT_EQ(Table({"t"})->GetAliasName(), "");
+}
+
+TEST(FromSources, ItemListOperations) {
+  auto item = From<TSQLFromItem>(Sources(Table({"a"}), Table({"b"})));
+  TSQLFromSource* b = item->GetItems(1);
+  EXPECT_EQ(item->IndexOf(b), 1);
+  item->Insert(0, Table({"c"}));
+  EXPECT_EQ(Plain(*item, false), "c,  a,  b");
+  std::unique_ptr<TSQLFromSource> taken = item->Extract(b);
+  EXPECT_EQ(taken.get(), b);
+  EXPECT_EQ(item->IndexOf(b), -1);
+  EXPECT_EQ(item->Extract(b), nullptr);
+  item->Delete(0);
+  EXPECT_EQ(Plain(*item, false), "a");
+  EXPECT_THROW(item->GetItems(1), EqxError);
+  EXPECT_THROW(item->Insert(3, Table({"d"})), EqxError);
+  EXPECT_THROW(item->Extract(-1), EqxError);
+}
+
+TEST(FromSources, AllSourcesAreFlattenedInTextOrder) {
+  auto group = From<TSQLFromItem>(Sources(Table({"b"}), Table({"c"})));
+  TSQLFromSource* b = group->GetItems(0);
+  TSQLFromSource* c = group->GetItems(1);
+  std::unique_ptr<TSQLFromSource> inner = std::move(group);
+  auto clause = From(Sources(Table({"a"}), std::move(inner), Table({"d"})));
+  std::vector<TSQLFromSource*> all;
+  clause->GetAllSources(all);
+  ASSERT_EQ(all.size(), 4u);
+  EXPECT_EQ(all[0], clause->GetItems(0));
+  EXPECT_EQ(all[1], b);
+  EXPECT_EQ(all[2], c);
+  EXPECT_EQ(all[3], clause->GetItems(2));
+}
+
+// Answers field questions from a fixed list and records every question.
+class RecordingMetadata : public TqxBaseMetadataProvider {
+ public:
+  std::vector<std::string> Asked;
+  std::vector<std::string> Answer{"f1", "f2"};
+  void GetTableNames(std::vector<std::string>&, bool) override {}
+  void GetViewNames(std::vector<std::string>&, bool) override {}
+  void GetFields(const std::string& SQL, std::vector<std::string>& FieldNames) override {
+    Asked.push_back(SQL);
+    FieldNames = Answer;
+  }
+  void GetTableRelations(const TSQLDatabaseObject&, TSQLMetadataRelations&) override {}
+};
+
+TEST(FieldLists, QuestionsAskedOfTheMetadataProvider) {
+  struct {
+    std::function<std::unique_ptr<TSQLFromSource>()> make;
+    const char* question;
+  } cases[] = {
+      {[] {
+         return Table({"s", "my t"}, "x", true);
+       },
+       "select * from s.\"my t\" AS x"},
+      {[] { return Table({"t"}); }, "select * from t"},
+      {[] {
+         return Derived("x", {"c", "d"});
+       },
+       "select * from (SELECT 1) x (c, d)"},
+      {[] { return Derived("x", {}); }, "select * from (SELECT 1) x"},
+      {[] {
+         auto query = Derived("x", {"c"});
+         query->SetAlias(nullptr);
+         return query;
+       },
+       "select * from (SELECT 1) (c)"},
+  };
+  for (auto& c : cases) {
+    RecordingMetadata metadata;
+    std::unique_ptr<TSQLFromSource> source = c.make();
+    source->Fields = {"stale"};
+    source->RefreshFieldsList(&metadata);
+    ASSERT_EQ(metadata.Asked.size(), 1u);
+    EXPECT_EQ(metadata.Asked[0], c.question);
+    EXPECT_EQ(source->Fields, metadata.Answer);
+    source->RefreshFieldsList(nullptr);
+    EXPECT_TRUE(source->Fields.empty());
+  }
+}
+
+TEST(FieldLists, RecursiveRefreshAsksChildrenFirstAndSkipsJoinGroups) {
+  auto derived = NewNode<TSQLFromQuery>(P());
+  derived->SetSubQuery(
+      Stmt(Block(List(SelectExpr(Col({"a"}))), From(Sources(Table({"t2"}), Table({"t3"}))))));
+  derived->SetAlias(NewNode<TSQLAliasObjectAlias>(P(), std::string("q")));
+  auto group = From<TSQLFromItem>(Sources(Table({"t4"})));
+  auto clause = From(Sources(Table({"t1"}), std::move(derived), std::move(group)));
+  RecordingMetadata metadata;
+  clause->RefreshFieldsListRecursive(&metadata);
+  const std::vector<std::string> expected{
+      "select * from t1", "select * from t2", "select * from t3",
+      "select * from (SELECT a FROM t2,  t3) q", "select * from t4"};
+  EXPECT_EQ(metadata.Asked, expected);
+  EXPECT_TRUE(clause->Fields.empty());
+  EXPECT_TRUE(clause->GetItems(2)->Fields.empty());
+  EXPECT_EQ(clause->GetItems(1)->Fields, metadata.Answer);
+}
+
+TEST(FromSources, CopiesKeepFieldsAndRebindTheirOwnCondition) {
+  auto source = Table({"t"}, "x");
+  auto condition = Bin(Col({"x", "a"}), "=", Col({"y", "b"}));
+  auto* left = static_cast<TSQLExpressionColumn*>(
+                   static_cast<TSQLExpressionOperatorBinary*>(condition.get())->GetInner())
+                   ->GetColumn();
+  left->SetFromSource(source.get());
+  source->SetJoinCondition(std::move(condition));
+  source->Fields = {"a", "b"};
+  std::unique_ptr<TSQLFromObject> copy = CloneNode(*source);
+  EXPECT_EQ(copy->Fields, source->Fields);
+  auto* copied = static_cast<TSQLExpressionOperatorBinary*>(copy->GetJoinCondition());
+  EXPECT_EQ(static_cast<TSQLExpressionColumn*>(copied->GetInner())->GetColumn()->GetFromSource(),
+            copy.get());
+}
+
+TEST(MetadataRelation, OwnsItsTables) {
+  TSQLMetadataRelation relation;
+  EXPECT_EQ(relation.PKTable, nullptr);
+  relation.PKTable = DbObj({"orders"});
+  relation.FKTable = DbObj({"lines"});
+  relation.PKColumns = {"id"};
+  relation.FKColumns = {"order_id"};
+  EXPECT_EQ(relation.PKTable->GetObjName(), "orders");
+}
+
+}  // namespace
+}  // namespace qorvex
