@@ -97,11 +97,27 @@ void TSQLBuilder::WriteIdentifier(std::string_view Text, const TastSyntaxProvide
     WriteIdentifierInternal(Text);
   } else {
     std::string quoted;
-    if (SyntaxProvider != nullptr)
+    std::string end;
+    if (SyntaxProvider != nullptr) {
       quoted = SyntaxProvider->GetQuoteBegin();
-    quoted += Text;
-    if (SyntaxProvider != nullptr)
-      quoted += SyntaxProvider->GetQuoteEnd();
+      end = SyntaxProvider->GetQuoteEnd();
+    }
+    // A closing quote inside the name is doubled, so that the text reads back as the
+    // same name.
+    if (end.empty()) {
+      quoted += Text;
+    } else {
+      for (std::size_t i = 0; i < Text.size();) {
+        if (Text.compare(i, end.size(), end) == 0) {
+          quoted += end;
+          quoted += end;
+          i += end.size();
+        } else {
+          quoted += Text[i++];
+        }
+      }
+    }
+    quoted += end;
     WriteIdentifierInternal(quoted);
   }
   LineStart = false;

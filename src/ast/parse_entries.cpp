@@ -1,36 +1,80 @@
+// The parse entries of the syntax provider: scan the text with the dialect's scanner,
+// run the entry's way calculation from a fresh root, require the end of the text, and
+// build the tree from the first complete way.
 #include <memory>
 #include <string>
 
+#include "qorvex/ast/expressions.h"
+#include "qorvex/ast/names.h"
+#include "qorvex/ast/query.h"
 #include "qorvex/ast/syntax_provider.h"
 #include "qorvex/core/errors.h"
+#include "qorvex/parser/base_parser.h"
+#include "qorvex/parser/sql92_parser.h"
+#include "qorvex/scanner/base_scanner.h"
 
-// Parse entries of a library built without the SQL parser: every entry reports that.
 namespace qorvex {
 
 namespace {
-[[noreturn]] void NoParser() {
-  throw EqxError("The SQL parser is not linked in");
+
+// Every object of the parse (scanner, tokens, parser, way points) is owned here and
+// released on every path, the exception path included.
+template <class Result, class WayCalc, class Build>
+std::unique_ptr<Result> RunParse(TastSyntaxProvider& provider, const std::string& text,
+                                 const char* message, WayCalc wayCalc, Build build) {
+  std::unique_ptr<TqxBaseScanner> scanner = provider.GetScannerClass().Create();
+  scanner->Init(text);
+  std::unique_ptr<TqxBaseParser> parser =
+      provider.GetParserClass().Create(scanner.get(), &provider);
+  TqxWayPoint* root = parser->NewWayPoint(nullptr);
+  TqxWayList ways{root};
+  try {
+    (parser.get()->*wayCalc)(ways);
+  } catch (const TqxNestingLimit& limit) {
+    throw MakeSQLError(message, &scanner->GetToken(limit.tokenIndex));
+  }
+  parser->Expect(ways, tkEof);
+  if (ways.empty()) {
+    const TqxToken* token =
+        parser->maxErrIndex < 0 ? nullptr : &scanner->GetToken(parser->maxErrIndex);
+    throw MakeSQLError(message, token);
+  }
+  parser->UnrollWay(ways.front());
+  parser->GetWayNode();  // the root
+  return (parser.get()->*build)();
 }
+
 }  // namespace
 
-std::unique_ptr<TSQLSelectStatement> TastSyntaxProvider::ParseSelect(const std::string&) {
-  NoParser();
+std::unique_ptr<TSQLSelectStatement> TastSyntaxProvider::ParseSelect(const std::string& Text) {
+  return RunParse<TSQLSelectStatement>(*this, Text, "Bad SELECT statement",
+                                       &TqxBaseParser::ParseSelectWayCalc,
+                                       &TqxBaseParser::ParseSelect);
 }
 
-std::unique_ptr<TSQLExpressionItem> TastSyntaxProvider::ParseExpression(const std::string&) {
-  NoParser();
+std::unique_ptr<TSQLExpressionItem> TastSyntaxProvider::ParseExpression(const std::string& Text) {
+  return RunParse<TSQLExpressionItem>(*this, Text, "Bad expression",
+                                      &TqxBaseParser::ParseExpressionWayCalc,
+                                      &TqxBaseParser::ParseExpression);
 }
 
-std::unique_ptr<TSQLExpressionItem> TastSyntaxProvider::ParseLogicalExpression(const std::string&) {
-  NoParser();
+std::unique_ptr<TSQLExpressionItem> TastSyntaxProvider::ParseLogicalExpression(
+    const std::string& Text) {
+  return RunParse<TSQLExpressionItem>(*this, Text, "Bad logical expression",
+                                      &TqxBaseParser::ParseLogicalExpressionWayCalc,
+                                      &TqxBaseParser::ParseLogicalExpression);
 }
 
-std::unique_ptr<TSQLDatabaseObject> TastSyntaxProvider::ParseObjectName(const std::string&) {
-  NoParser();
+std::unique_ptr<TSQLDatabaseObject> TastSyntaxProvider::ParseObjectName(const std::string& Text) {
+  return RunParse<TSQLDatabaseObject>(*this, Text, "Bad object name",
+                                      &TqxBaseParser::ParseObjectNameWayCalc,
+                                      &TqxBaseParser::ParseObjectName);
 }
 
-std::unique_ptr<TSQLSelectItem> TastSyntaxProvider::ParseSelectItem(const std::string&) {
-  NoParser();
+std::unique_ptr<TSQLSelectItem> TastSyntaxProvider::ParseSelectItem(const std::string& Text) {
+  return RunParse<TSQLSelectItem>(*this, Text, "Bad select item",
+                                  &TqxBaseParser::ParseSelectItemWayCalc,
+                                  &TqxBaseParser::ParseSelectItem);
 }
 
 }  // namespace qorvex

@@ -1,0 +1,192 @@
+// qorvex-sql format, tree, check, expr, logical, object, item: the parse entries.
+//
+// Each statement of the input (split on ";" tokens) is parsed on its own with the
+// entry of the command. Accepted statements are written back through the SQL builders;
+// the builder's CR LF line breaks become "\n" on output, as usual for text on this
+// platform. Statements are separated in the output by a line holding ";". A rejected
+// statement gives one line on standard error, FILE:LINE:COL: error: MESSAGE near
+// "TOKEN", with positions in the whole input, and the exit status 1.
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "command.h"
+#include "qorvex/ast/builder.h"
+#include "qorvex/ast/expressions.h"
+#include "qorvex/ast/names.h"
+#include "qorvex/ast/query.h"
+#include "qorvex/core/errors.h"
+#include "qorvex/syntax/sql92_syntax_provider.h"
+#include "statements.h"
+
+namespace qorvex::tool {
+namespace {
+
+// The SQL-92 grammar with the base provider's identifier quoting (none).
+class BaseDialectProvider : public TastSQL92SyntaxProvider {
+ public:
+  std::string GetQuoteBegin() const override { return TastSyntaxProvider::GetQuoteBegin(); }
+  std::string GetQuoteEnd() const override { return TastSyntaxProvider::GetQuoteEnd(); }
+};
+
+enum class Entry { kSelect, kExpression, kLogical, kObject, kItem };
+enum class Output { kFormat, kTree, kNone };
+
+struct Options {
+  bool oneLine = false;
+  bool html = false;
+  bool base = false;
+  std::string path;
+};
+
+Options ReadOptions(const std::vector<std::string>& args, bool formatting) {
+  Options o;
+  bool havePath = false;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const std::string& arg = args[i];
+    if (formatting && arg == "--one-line") {
+      o.oneLine = true;
+    } else if (formatting && arg == "--html") {
+      o.html = true;
+    } else if (formatting && (arg == "--dialect" || arg.rfind("--dialect=", 0) == 0)) {
+      std::string value;
+      if (arg == "--dialect") {
+        if (i + 1 >= args.size())
+          throw UsageError{"--dialect needs sql92 or base"};
+        value = args[++i];
+      } else {
+        value = arg.substr(10);
+      }
+      if (value == "sql92")
+        o.base = false;
+      else if (value == "base")
+        o.base = true;
+      else
+        throw UsageError{"unknown dialect " + value};
+    } else if (arg.size() > 1 && arg[0] == '-') {
+      throw UsageError{"unknown option " + arg};
+    } else if (havePath) {
+      throw UsageError{"more than one input file"};
+    } else {
+      o.path = arg;
+      havePath = true;
+    }
+  }
+  return o;
+}
+
+std::unique_ptr<TastNode> ParseWith(TastSyntaxProvider& provider, Entry entry,
+                                    const std::string& text) {
+  switch (entry) {
+    case Entry::kSelect:
+      return provider.ParseSelect(text);
+    case Entry::kExpression:
+      return provider.ParseExpression(text);
+    case Entry::kLogical:
+      return provider.ParseLogicalExpression(text);
+    case Entry::kObject:
+      return provider.ParseObjectName(text);
+    case Entry::kItem:
+      return provider.ParseSelectItem(text);
+  }
+  return nullptr;
+}
+
+std::string WriteBack(const TastNode& node, const Options& o) {
+  std::string text;
+  std::unique_ptr<TSQLBuilder> builder;
+  if (o.html)
+    builder = std::make_unique<TSQLBuilderHTML>(&text);
+  else
+    builder = std::make_unique<TSQLBuilderPlainText>(&text);
+  builder->ResetBuilder();
+  node.BuildSQL(*builder, !o.oneLine);
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')
+      continue;
+    out += text[i];
+  }
+  return out;
+}
+
+int Run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err, Entry entry,
+        Output output) {
+  const Options o = ReadOptions(args, output == Output::kFormat);
+  const Input input = ReadInput(o.path);
+  TastSQL92SyntaxProvider sql92;
+  BaseDialectProvider base;
+  TastSyntaxProvider& provider = o.base ? static_cast<TastSyntaxProvider&>(base) : sql92;
+
+  int status = kExitOk;
+  bool first = true;
+  for (const Statement& statement : SplitStatements(input.text)) {
+    std::string text;
+    try {
+      std::unique_ptr<TastNode> node = ParseWith(provider, entry, std::string(statement.text));
+      if (output == Output::kFormat)
+        text = WriteBack(*node, o);
+      else if (output == Output::kTree)
+        text = node->Dump();
+    } catch (const EqxSQLError& e) {
+      const Location at = e.line > 0 ? ToInputLocation(statement, e.pos, e.line, e.col)
+                                     : Location{statement.pos, statement.line, statement.col};
+      err << input.name << ':' << at.line << ':' << at.col << ": error: " << e.what();
+      if (e.line > 0)
+        err << " near \"" << e.tokenText << '"';
+      err << '\n';
+      status = kExitRejected;
+      continue;
+    } catch (const EqxError& e) {
+      err << input.name << ':' << statement.line << ':' << statement.col << ": error: " << e.what()
+          << '\n';
+      status = kExitRejected;
+      continue;
+    }
+    if (output == Output::kNone)
+      continue;
+    if (!first)
+      out << ";\n";
+    first = false;
+    out << text;
+    if (text.empty() || text.back() != '\n')
+      out << '\n';
+  }
+  return status;
+}
+
+constexpr const char* kFormatUsage = "[--one-line] [--html] [--dialect sql92|base] [FILE]";
+
+int RunFormat(const std::vector<std::string>& a, std::ostream& o, std::ostream& e) {
+  return Run(a, o, e, Entry::kSelect, Output::kFormat);
+}
+int RunTree(const std::vector<std::string>& a, std::ostream& o, std::ostream& e) {
+  return Run(a, o, e, Entry::kSelect, Output::kTree);
+}
+int RunCheck(const std::vector<std::string>& a, std::ostream& o, std::ostream& e) {
+  return Run(a, o, e, Entry::kSelect, Output::kNone);
+}
+int RunExpr(const std::vector<std::string>& a, std::ostream& o, std::ostream& e) {
+  return Run(a, o, e, Entry::kExpression, Output::kFormat);
+}
+int RunLogical(const std::vector<std::string>& a, std::ostream& o, std::ostream& e) {
+  return Run(a, o, e, Entry::kLogical, Output::kFormat);
+}
+int RunObject(const std::vector<std::string>& a, std::ostream& o, std::ostream& e) {
+  return Run(a, o, e, Entry::kObject, Output::kFormat);
+}
+int RunItem(const std::vector<std::string>& a, std::ostream& o, std::ostream& e) {
+  return Run(a, o, e, Entry::kItem, Output::kFormat);
+}
+
+const CommandRegistration kFormat("format", kFormatUsage, RunFormat);
+const CommandRegistration kTree("tree", "[FILE]", RunTree);
+const CommandRegistration kCheck("check", "[FILE]", RunCheck);
+const CommandRegistration kExpr("expr", kFormatUsage, RunExpr);
+const CommandRegistration kLogical("logical", kFormatUsage, RunLogical);
+const CommandRegistration kObject("object", kFormatUsage, RunObject);
+const CommandRegistration kItem("item", kFormatUsage, RunItem);
+
+}  // namespace
+}  // namespace qorvex::tool

@@ -1,0 +1,220 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "qorvex/ast/syntax_provider.h"
+#include "qorvex/core/errors.h"
+#include "qorvex/core/metaclass.h"
+#include "qorvex/scanner/base_scanner.h"
+#include "qorvex/scanner/token.h"
+
+namespace qorvex {
+
+class TSQLSelectStatement;
+class TSQLExpressionItem;
+class TSQLDatabaseObject;
+class TSQLSelectItem;
+
+// One choice recorded by the way calculation: the alternative taken (`decision`) and how
+// far into the token list the way has come (`tokenIndex`, the last token consumed). Way
+// points form a tree from the root that a parse entry creates; a way is the path from
+// the root to a leaf. Way points live in the arena of the parser that made them and are
+// all released with it.
+//
+// A way point may stand for a whole stretch of another way (`link` up to, not including,
+// `linkBase`): the way calculation uses this to reuse the reading of a part that it has
+// already worked out at the same token. Such a point carries no decision of its own.
+class TqxWayPoint {
+ public:
+  TqxWayPoint* parent = nullptr;
+  std::int32_t tokenIndex = -1;
+  std::int32_t decision = 0;
+  const TqxWayPoint* link = nullptr;
+  const TqxWayPoint* linkBase = nullptr;
+
+  // Number of way points below this one (children, their children, ...).
+  std::int32_t GetCount() const;
+  // 1 for a leaf, else 1 + the largest depth of the children.
+  std::int32_t GetDepth() const;
+
+  std::int32_t GetChildCount() const;
+  TqxWayPoint* GetFirstChild() const { return firstChild_; }
+  TqxWayPoint* GetNextSibling() const { return nextSibling_; }
+  // Takes this point (and its subtree) out of its parent's children.
+  void RemoveFromParent();
+
+ private:
+  friend class TqxWayArena;
+  TqxWayPoint* firstChild_ = nullptr;
+  TqxWayPoint* lastChild_ = nullptr;
+  TqxWayPoint* prevSibling_ = nullptr;
+  TqxWayPoint* nextSibling_ = nullptr;
+};
+
+// Allocates way points in blocks and frees them all at once.
+class TqxWayArena {
+ public:
+  TqxWayArena() = default;
+  TqxWayArena(const TqxWayArena&) = delete;
+  TqxWayArena& operator=(const TqxWayArena&) = delete;
+
+  // A new way point; with a parent it becomes the parent's last child and starts at the
+  // parent's token index, without one it starts at -1.
+  TqxWayPoint* New(TqxWayPoint* parent, std::int32_t decision = 0) {
+    if (used_ == capacity_) [[unlikely]]
+      Grow();
+    TqxWayPoint* w = new (current_ + used_++) TqxWayPoint();
+    ++size_;
+    w->decision = decision;
+    if (parent != nullptr) {
+      w->parent = parent;
+      w->tokenIndex = parent->tokenIndex;
+      w->prevSibling_ = parent->lastChild_;
+      if (parent->lastChild_ != nullptr)
+        parent->lastChild_->nextSibling_ = w;
+      else
+        parent->firstChild_ = w;
+      parent->lastChild_ = w;
+    }
+    return w;
+  }
+  // Number of way points made so far.
+  std::size_t Size() const { return size_; }
+
+ private:
+  struct FreeBlock {
+    void operator()(TqxWayPoint* p) const;
+  };
+  void Grow();
+  std::vector<std::unique_ptr<TqxWayPoint, FreeBlock>> blocks_;
+  TqxWayPoint* current_ = nullptr;
+  std::size_t used_ = 0;
+  std::size_t capacity_ = 0;
+  std::size_t size_ = 0;
+};
+
+// A list of ways, each given by its leaf. The list does not own its way points.
+using TqxWayList = std::vector<TqxWayPoint*>;
+
+// Makes the syntax error of a parse entry: the message, and the position, line, column
+// and text of `token` (0 and empty without a token).
+EqxSQLError MakeSQLError(const std::string& message, const TqxToken* token);
+
+// The silent abort raised by TqxParserErrors::Exception: it ends an operation without
+// an error report of its own.
+class EqxAbort : public std::exception {
+ public:
+  const char* what() const noexcept override { return "Operation aborted"; }
+};
+
+// Collects error messages for a dialect's parser that reports errors as it goes. The
+// SQL-92 parser does not use it: its errors come only from the parse entries.
+class TqxParserErrors {
+ public:
+  std::string errMsgFormat = "line %d col %d: %s";
+  std::vector<std::string> messages;
+
+  // Adds errMsgFormat filled with the line, the column and the message.
+  void Error(std::int32_t line, std::int32_t col, const std::string& message);
+  void SynErr(std::int32_t line, std::int32_t col, std::int32_t n);
+  void SemErr(std::int32_t line, std::int32_t col, std::int32_t n);
+  // Adds the message as it is and raises EqxAbort.
+  [[noreturn]] void Exception(const std::string& message);
+};
+
+// The dialect-independent parser: the way-calculation operations over the scanner's
+// token list, the replay of one chosen way (Get, GetWayNode) and the five pairs of
+// parse operations that a dialect implements. Parsing runs in two passes: the way
+// calculation follows every alternative at once and records the choices as way points;
+// the building pass replays the first complete way and creates the tree.
+class TqxBaseParser {
+  QX_ROOT_CLASS(TqxParserClass)
+
+ public:
+  TqxBaseParser(TqxBaseScanner* scanner, TastSyntaxProvider* provider);
+  TqxBaseParser(const TqxBaseParser&) = delete;
+  TqxBaseParser& operator=(const TqxBaseParser&) = delete;
+  virtual ~TqxBaseParser();
+
+  // The parse entries: each way calculation advances `ways` over its production, each
+  // building operation replays the chosen way (after UnrollWay and one GetWayNode for
+  // the root) and returns the tree.
+  virtual void ParseSelectWayCalc(TqxWayList& ways) = 0;
+  virtual std::unique_ptr<TSQLSelectStatement> ParseSelect() = 0;
+  virtual void ParseObjectNameWayCalc(TqxWayList& ways) = 0;
+  virtual std::unique_ptr<TSQLDatabaseObject> ParseObjectName() = 0;
+  virtual void ParseExpressionWayCalc(TqxWayList& ways) = 0;
+  virtual std::unique_ptr<TSQLExpressionItem> ParseExpression() = 0;
+  virtual void ParseSelectItemWayCalc(TqxWayList& ways) = 0;
+  virtual std::unique_ptr<TSQLSelectItem> ParseSelectItem() = 0;
+  virtual void ParseLogicalExpressionWayCalc(TqxWayList& ways) = 0;
+  virtual std::unique_ptr<TSQLExpressionItem> ParseLogicalExpression() = 0;
+
+  // The next token of the replay (the end token past the end).
+  const TqxToken& Get();
+  // The next way point of the replayed way.
+  const TqxWayPoint* GetWayNode();
+  // Makes the path from the root to `leaf` the way to replay and resets the replay.
+  void UnrollWay(const TqxWayPoint* leaf);
+
+  // A new way point in this parser's arena (the root when `parent` is null).
+  TqxWayPoint* NewWayPoint(TqxWayPoint* parent, std::int32_t decision = 0) {
+    return arena_.New(parent, decision);
+  }
+
+  // Way-calculation operations. The next token of a way is the one after its leaf's
+  // tokenIndex.
+  void AddWayNode(TqxWayList& ways, std::int32_t decision);
+  void ListAddWithWayNode(TqxWayList& dest, const TqxWayList& src, std::int32_t decision);
+  // Every way takes one token; a way whose token is not of `kind` is removed from the
+  // tree and the list, and maxErrIndex rises to that token's index.
+  void Expect(TqxWayList& ways, std::int32_t kind);
+  bool CheckLAToken(TqxWayList& ways, std::int32_t kind);
+  bool CheckLAToken(TqxWayList& ways, const std::int32_t* kinds, std::int32_t high);
+  bool CheckLANotToken(TqxWayList& ways, std::int32_t kind);
+  bool CheckLANotToken(TqxWayList& ways, const std::int32_t* kinds, std::int32_t high);
+  bool CheckLANotIn(TqxWayList& ways, const std::vector<std::string>& words);
+  static bool IsIntInArray(std::int32_t value, const std::int32_t* array, std::int32_t high);
+
+  TqxBaseScanner* GetScanner() const { return scanner; }
+  TastSyntaxProvider* GetProvider() const { return provider; }
+  const std::vector<const TqxWayPoint*>& GetWay() const { return way; }
+  std::size_t GetWayPointCount() const { return arena_.Size(); }
+
+  // The largest token index at which some way missed an expected token.
+  std::int32_t maxErrIndex = 0;
+
+ protected:
+  // Kind of the token after `tokenIndex` (the end token's kind past the end).
+  std::int32_t NextKind(std::int32_t index) const {
+    return static_cast<std::uint32_t>(index + 1) < static_cast<std::uint32_t>(tokenCount_)
+               ? kinds_[static_cast<std::size_t>(index + 1)]
+               : tkEof;
+  }
+  std::int32_t KindAt(std::int32_t index) const { return NextKind(index - 1); }
+  std::int32_t TokenCount() const { return tokenCount_; }
+  void RaiseMaxErr(std::int32_t index) {
+    if (index > maxErrIndex)
+      maxErrIndex = index;
+  }
+
+  TqxBaseScanner* scanner;
+  TastSyntaxProvider* provider;
+  std::int32_t tokenIndex = -1;
+  const TqxToken* t = nullptr;
+  std::int32_t wayIndex = -1;
+  std::vector<const TqxWayPoint*> way;
+
+ private:
+  TqxWayArena arena_;
+  std::vector<std::int32_t> kinds_;
+  std::int32_t tokenCount_ = 0;
+};
+
+}  // namespace qorvex

@@ -1,0 +1,246 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "qorvex/parser/base_parser.h"
+#include "qorvex/parser/token_set.h"
+
+namespace qorvex {
+
+class TSQLAlias;
+class TSQLCaseFunctionItem;
+class TSQLExpressionsList;
+class TSQLFromClause;
+class TSQLFromItem;
+class TSQLFromSource;
+class TSQLFunction;
+class TSQLGroupByList;
+class TSQLJoinKind;
+class TSQLOperator;
+class TSQLOrderByClause;
+class TSQLOrderByItem;
+class TSQLQualifiedName;
+class TSQLObjectColumn;
+class TSQLSelectItems;
+class TSQLSubQueryExpression;
+class TSQLSubQueryExpressions;
+class TSQLSubQuerySelectExpression;
+class TSQLSubQuerySelectMode;
+class TSQLSubSelectStatement;
+class TSQLType;
+
+// Raised inside the way calculation when a text nests deeper than the parser follows;
+// the parse entry turns it into its syntax error at `tokenIndex`.
+struct TqxNestingLimit {
+  std::int32_t tokenIndex;
+};
+
+// The parser of the SQL-92 dialect. Every production has a way-calculation operation
+// (suffix WayCalc) that advances a list of ways over it, recording one way point per
+// decision, and a building operation that replays those decisions in the same order
+// and creates the tree nodes through the provider.
+//
+// Order of readings: an option taken comes before it skipped, an earlier alternative
+// before a later one, fewer iterations of a repetition before more; the parse entry
+// takes the first complete way. The way calculation keeps that first way while
+// dropping ways that can no longer come first: two ways of one list that stand at the
+// same token have the same future, so the later one is dropped; and the reading of an
+// expression, a condition, a query expression or a FROM list that has been worked out
+// at a token is reused there instead of being worked out again.
+class SQL92Parser : public TqxBaseParser {
+  QX_CLASS(TqxParserClass)
+
+ public:
+  // How deep constructs may nest (brackets, sub-queries, NOT and sign chains, operator
+  // chains). A text nesting deeper is rejected at the token where the bound is reached.
+  static constexpr std::int32_t kMaxNesting = 1000;
+
+  SQL92Parser(TqxBaseScanner* scanner, TastSyntaxProvider* provider);
+  ~SQL92Parser() override;
+
+  void ParseSelectWayCalc(TqxWayList& ways) override;
+  std::unique_ptr<TSQLSelectStatement> ParseSelect() override;
+  void ParseObjectNameWayCalc(TqxWayList& ways) override;
+  std::unique_ptr<TSQLDatabaseObject> ParseObjectName() override;
+  void ParseExpressionWayCalc(TqxWayList& ways) override;
+  std::unique_ptr<TSQLExpressionItem> ParseExpression() override;
+  void ParseSelectItemWayCalc(TqxWayList& ways) override;
+  std::unique_ptr<TSQLSelectItem> ParseSelectItem() override;
+  void ParseLogicalExpressionWayCalc(TqxWayList& ways) override;
+  std::unique_ptr<TSQLExpressionItem> ParseLogicalExpression() override;
+
+  // The statement followed by an optional ";" (no parse entry uses it).
+  void SQL92WayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLSelectStatement> SQL92();
+
+  // Without the reuse of worked-out readings and the dropping of ways standing at the
+  // same token: the plain way calculation, for checking that both choose the same way.
+  void SetPlainWayCalc(bool plain) { plain_ = plain; }
+
+ protected:
+  // ---- statement level
+  void selectStatementWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLSelectStatement> selectStatement();
+  void subSelectStatementWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLSubSelectStatement> subSelectStatement();
+  void queryExpressionWayCalc(TqxWayList& ways);
+  void queryExpression(TSQLSubQueryExpressions& list);
+  void subQueryExpressionWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLSubQueryExpression> subQueryExpression();
+  void querySpecificationWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLSubQuerySelectExpression> querySpecification();
+  void selectClauseWayCalc(TqxWayList& ways);
+  void selectClause(TSQLSubQuerySelectExpression& query);
+  void selectListWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLSelectItems> selectList();
+  void selectItemWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLSelectItem> selectItem();
+  void alias1WayCalc(TqxWayList& ways);
+  std::string alias1();
+  void alias2WayCalc(TqxWayList& ways);
+  std::string alias2();
+  void orderByClauseWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLOrderByClause> orderByClause();
+  void orderByItemWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLOrderByItem> orderByItem();
+  void groupByListWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLGroupByList> groupByList();
+  void fromClauseWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLFromClause> fromClause();
+  void tableSourceWayCalc(TqxWayList& ways);
+  void tableSource(TSQLFromItem& item);
+  void subTableSourceWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLFromSource> subTableSource();
+  void joinedTableWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLFromSource> joinedTable();
+  void tableSourceInnerWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLFromItem> tableSourceInner();
+  void SQLfunctionWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLFunction> SQLfunction();
+  void dbObjectWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLDatabaseObject> dbObject();
+  void identifierWayCalc(TqxWayList& ways);
+  // The name parts a name token stands for: one, or several for [a][b].
+  void identifier(std::vector<std::string>& parts);
+
+  // ---- expressions
+  void expressionLogicalWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> expressionLogical();
+  void expressionAndWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> expressionAnd();
+  void expressionNotWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> expressionNot();
+  void expressionLogicalTermWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> expressionLogicalTerm();
+  void predicateWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> predicate(std::unique_ptr<TSQLExpressionItem> left);
+  void comparisonOperatorWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLOperator> comparisonOperator();
+  void expressionCompWithSetWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> expressionCompWithSet(
+      std::unique_ptr<TSQLExpressionItem> left, std::unique_ptr<TSQLOperator> op);
+  void expressionsListWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionsList> expressionsList();
+  void expressionWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> expression();
+  void expressionAddWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> expressionAdd();
+  void expressionFactorWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> expressionFactor();
+  void expressionUnaryWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> expressionUnary();
+  void expressionTermWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> expressionTerm();
+  void constantWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> constant();
+  void dbColumnWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLObjectColumn> dbColumn();
+  void SQLAggregateFunctionWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> SQLAggregateFunction();
+  void caseFunctionWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> caseFunction();
+  void castFunctionWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> castFunction();
+  void parameterlessFunctionWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLExpressionItem> parameterlessFunction();
+  void SQLTypeWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLType> SQLType();
+  void SQLTypeUserWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLType> SQLTypeUser();
+  void SQLTypeBuiltInWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLType> SQLTypeBuiltIn();
+  void SQLType1wordWayCalc(TqxWayList& ways);
+  void SQLType1word(std::vector<std::string>& words);
+  void keywordAsIdentifierWayCalc(TqxWayList& ways);
+  std::string keywordAsIdentifier();
+  void stringLiteralWayCalc(TqxWayList& ways);
+  std::string stringLiteral();
+
+ private:
+  // Pooled way lists: the grammar's work lists are taken from and returned to a pool, so
+  // a parse allocates lists only while its nesting grows.
+  class ListRef;
+  ListRef TakeList();
+
+  // The four shapes of grammar operation (sequence is plain code).
+  template <class F>
+  void Opt(TqxWayList& ways, const TqxTokenSet& first, F&& part);
+  template <class... A>
+  void Choice(TqxWayList& ways, A&&... alternatives);
+  template <class F>
+  void Iter(TqxWayList& ways, const TqxTokenSet& first, F&& part);
+  // A choice among single tokens: alternative i is kinds[i].
+  void TokenChoice(TqxWayList& ways, const std::int32_t* kinds, std::int32_t count);
+  void TokenRangeChoice(TqxWayList& ways, std::int32_t firstKind, std::int32_t lastKind);
+  // An optional single token.
+  void OptToken(TqxWayList& ways, std::int32_t kind);
+  // An integer literal that fits a type size.
+  void ExpectSize(TqxWayList& ways);
+  // Optional qualifying parts of a name: `levels` nested options of [part] ".".
+  void QualifiersWayCalc(TqxWayList& ways, int levels);
+  void Qualifiers(int levels, std::vector<std::string>& parts);
+  void namePartWayCalc(TqxWayList& ways);
+  void namePart(std::vector<std::string>& parts);
+
+  // Appends the ways of `src` to `dest`, dropping any that stand at the same token as a
+  // way already there.
+  void Unite(TqxWayList& dest, const TqxWayList& src);
+  void DropTwins(TqxWayList& ways);
+  // Appends a child of every parent to `dest` unless a way of `dest` stands there.
+  void AppendChildren(TqxWayList& dest, const TqxWayList& parents, std::int32_t decision);
+  std::uint32_t NewEpoch();
+  std::uint32_t& Stamp(std::int32_t tokenIndex);
+  // dbObject and dbColumn: `levels` qualifying parts, then the name. Works out the
+  // readings of the nested options directly from the tokens, with the same ways, order
+  // and error position as the options themselves.
+  void NameWayCalc(TqxWayList& ways, int levels);
+
+  // Runs `calc` for production `production`, or reuses its earlier result at that token.
+  template <class F>
+  void Reuse(int production, TqxWayList& ways, F&& calc);
+  // Enters one nesting level for every way of `ways` (leaves it on destruction).
+  class Nest;
+
+  struct Worked;
+  bool plain_ = false;
+  std::int32_t depth_ = 0;
+  std::int32_t peakDepth_ = 0;
+  std::vector<std::unique_ptr<TqxWayList>> pool_;
+  std::vector<std::uint32_t> stamp_;
+  std::uint32_t epoch_ = 0;
+  std::vector<std::int32_t> workedIndex_;
+  std::vector<Worked> worked_;
+  std::vector<const TqxWayPoint*> workedLeaves_;
+  std::vector<std::int32_t> workedEnds_;
+
+  // Building helpers.
+  std::int32_t Decision() { return GetWayNode()->decision; }
+  std::string NameText(const TqxToken& token) const;
+  void NameParts(const TqxToken& token, std::vector<std::string>& parts) const;
+  std::unique_ptr<TSQLAlias> MakeAlias(bool withAs, std::string name);
+};
+
+}  // namespace qorvex

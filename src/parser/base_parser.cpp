@@ -1,0 +1,234 @@
+#include "qorvex/parser/base_parser.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+namespace qorvex {
+
+QX_DEFINE_ABSTRACT_ROOT_CLASS(TqxBaseParser)
+
+// ---- way points -------------------------------------------------------------------
+
+std::int32_t TqxWayPoint::GetChildCount() const {
+  std::int32_t n = 0;
+  for (const TqxWayPoint* c = firstChild_; c != nullptr; c = c->nextSibling_)
+    ++n;
+  return n;
+}
+
+// Both walks are iterative: a way tree is as deep as the text is long.
+std::int32_t TqxWayPoint::GetCount() const {
+  std::int32_t n = 0;
+  std::vector<const TqxWayPoint*> stack{this};
+  while (!stack.empty()) {
+    const TqxWayPoint* p = stack.back();
+    stack.pop_back();
+    for (const TqxWayPoint* c = p->firstChild_; c != nullptr; c = c->nextSibling_) {
+      ++n;
+      stack.push_back(c);
+    }
+  }
+  return n;
+}
+
+std::int32_t TqxWayPoint::GetDepth() const {
+  std::int32_t best = 0;
+  std::vector<std::pair<const TqxWayPoint*, std::int32_t>> stack{{this, 1}};
+  while (!stack.empty()) {
+    auto [p, d] = stack.back();
+    stack.pop_back();
+    best = std::max(best, d);
+    for (const TqxWayPoint* c = p->firstChild_; c != nullptr; c = c->nextSibling_)
+      stack.emplace_back(c, d + 1);
+  }
+  return best;
+}
+
+void TqxWayPoint::RemoveFromParent() {
+  if (parent == nullptr)
+    return;
+  if (prevSibling_ != nullptr)
+    prevSibling_->nextSibling_ = nextSibling_;
+  else if (parent->firstChild_ == this)
+    parent->firstChild_ = nextSibling_;
+  if (nextSibling_ != nullptr)
+    nextSibling_->prevSibling_ = prevSibling_;
+  else if (parent->lastChild_ == this)
+    parent->lastChild_ = prevSibling_;
+  prevSibling_ = nextSibling_ = nullptr;
+  // `parent` stays: a reused stretch of way may still be read through this point.
+}
+
+// Blocks double in size from 256 way points, so a short statement costs one small block
+// and a long one few allocations. Way points have trivial destructors: a block is freed
+// as raw memory.
+void TqxWayArena::FreeBlock::operator()(TqxWayPoint* p) const {
+  ::operator delete(static_cast<void*>(p));
+}
+
+void TqxWayArena::Grow() {
+  capacity_ = capacity_ == 0 ? 256 : std::min<std::size_t>(capacity_ * 2, 65536);
+  current_ = static_cast<TqxWayPoint*>(::operator new(capacity_ * sizeof(TqxWayPoint)));
+  blocks_.emplace_back(current_);
+  used_ = 0;
+}
+
+// ---- errors -----------------------------------------------------------------------
+
+EqxSQLError MakeSQLError(const std::string& message, const TqxToken* token) {
+  if (token == nullptr)
+    return EqxSQLError(message);
+  return EqxSQLError(message, token->pos, token->line, token->col, token->val);
+}
+
+void TqxParserErrors::Error(std::int32_t line, std::int32_t col, const std::string& message) {
+  // errMsgFormat holds two %d and one %s, in that order.
+  int n = std::snprintf(nullptr, 0, errMsgFormat.c_str(), line, col, message.c_str());
+  std::string text(n > 0 ? static_cast<std::size_t>(n) : 0, '\0');
+  if (n > 0)
+    std::snprintf(text.data(), text.size() + 1, errMsgFormat.c_str(), line, col, message.c_str());
+  messages.push_back(std::move(text));
+}
+
+void TqxParserErrors::SynErr(std::int32_t line, std::int32_t col, std::int32_t) {
+  Error(line, col, "SQL Syntax error");
+}
+
+void TqxParserErrors::SemErr(std::int32_t line, std::int32_t col, std::int32_t n) {
+  Error(line, col, "error " + std::to_string(n));
+}
+
+void TqxParserErrors::Exception(const std::string& message) {
+  messages.push_back(message);
+  throw EqxAbort();
+}
+
+// ---- parser -----------------------------------------------------------------------
+
+TqxBaseParser::TqxBaseParser(TqxBaseScanner* scanner, TastSyntaxProvider* provider)
+    : scanner(scanner), provider(provider) {
+  tokenCount_ = scanner != nullptr ? scanner->GetTokenCount() : 0;
+  kinds_.resize(static_cast<std::size_t>(tokenCount_));
+  for (std::int32_t i = 0; i < tokenCount_; ++i)
+    kinds_[static_cast<std::size_t>(i)] = scanner->GetToken(i).kind;
+}
+
+TqxBaseParser::~TqxBaseParser() = default;
+
+const TqxToken& TqxBaseParser::Get() {
+  ++tokenIndex;
+  t = &scanner->GetToken(tokenIndex);
+  return *t;
+}
+
+const TqxWayPoint* TqxBaseParser::GetWayNode() {
+  ++wayIndex;
+  if (static_cast<std::size_t>(wayIndex) >= way.size())
+    throw EqxError("The parser read past the end of its way");
+  return way[static_cast<std::size_t>(wayIndex)];
+}
+
+void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
+  way.clear();
+  // Walks from the leaf to the root; a point standing for a reused stretch is replaced
+  // by that stretch. An explicit stack keeps deep nesting off the call stack.
+  struct Run {
+    const TqxWayPoint* at;
+    const TqxWayPoint* stop;
+  };
+  std::vector<Run> runs;
+  if (leaf != nullptr)
+    runs.push_back({leaf, nullptr});
+  while (!runs.empty()) {
+    Run& run = runs.back();
+    if (run.at == run.stop) {
+      runs.pop_back();
+      continue;
+    }
+    const TqxWayPoint* p = run.at;
+    run.at = p->parent;
+    if (p->link != nullptr)
+      runs.push_back({p->link, p->linkBase});
+    else
+      way.push_back(p);
+  }
+  std::reverse(way.begin(), way.end());
+  tokenIndex = -1;
+  wayIndex = -1;
+  t = nullptr;
+  maxErrIndex = -1;
+}
+
+void TqxBaseParser::AddWayNode(TqxWayList& ways, std::int32_t decision) {
+  for (TqxWayPoint*& w : ways)
+    w = arena_.New(w, decision);
+}
+
+void TqxBaseParser::ListAddWithWayNode(TqxWayList& dest, const TqxWayList& src,
+                                       std::int32_t decision) {
+  for (TqxWayPoint* w : src)
+    dest.push_back(arena_.New(w, decision));
+}
+
+void TqxBaseParser::Expect(TqxWayList& ways, std::int32_t kind) {
+  std::size_t keep = 0;
+  for (std::size_t i = 0; i < ways.size(); ++i) {
+    TqxWayPoint* w = ways[i];
+    ++w->tokenIndex;
+    if (KindAt(w->tokenIndex) == kind) {
+      ways[keep++] = w;
+    } else {
+      RaiseMaxErr(w->tokenIndex);
+      w->RemoveFromParent();
+    }
+  }
+  ways.resize(keep);
+}
+
+namespace {
+template <class Keep>
+bool FilterWays(TqxWayList& ways, Keep keep) {
+  if (ways.empty())
+    return false;
+  ways.erase(std::remove_if(ways.begin(), ways.end(), [&](TqxWayPoint* w) { return !keep(w); }),
+             ways.end());
+  return !ways.empty();
+}
+}  // namespace
+
+bool TqxBaseParser::CheckLAToken(TqxWayList& ways, std::int32_t kind) {
+  return FilterWays(ways, [&](TqxWayPoint* w) { return NextKind(w->tokenIndex) == kind; });
+}
+
+bool TqxBaseParser::CheckLAToken(TqxWayList& ways, const std::int32_t* kinds, std::int32_t high) {
+  return FilterWays(
+      ways, [&](TqxWayPoint* w) { return IsIntInArray(NextKind(w->tokenIndex), kinds, high); });
+}
+
+bool TqxBaseParser::CheckLANotToken(TqxWayList& ways, std::int32_t kind) {
+  return FilterWays(ways, [&](TqxWayPoint* w) { return NextKind(w->tokenIndex) != kind; });
+}
+
+bool TqxBaseParser::CheckLANotToken(TqxWayList& ways, const std::int32_t* kinds,
+                                    std::int32_t high) {
+  return FilterWays(
+      ways, [&](TqxWayPoint* w) { return !IsIntInArray(NextKind(w->tokenIndex), kinds, high); });
+}
+
+bool TqxBaseParser::CheckLANotIn(TqxWayList& ways, const std::vector<std::string>& words) {
+  return FilterWays(ways, [&](TqxWayPoint* w) {
+    const std::string& text = scanner->GetToken(w->tokenIndex + 1).val;
+    return std::find(words.begin(), words.end(), text) == words.end();
+  });
+}
+
+bool TqxBaseParser::IsIntInArray(std::int32_t value, const std::int32_t* array, std::int32_t high) {
+  for (std::int32_t i = 0; i <= high; ++i) {
+    if (array[i] == value)
+      return true;
+  }
+  return false;
+}
+
+}  // namespace qorvex

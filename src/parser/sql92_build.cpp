@@ -1,0 +1,895 @@
+// The building pass of the SQL-92 grammar: each operation replays the decisions that
+// its way-calculation twin recorded (one way point per decision, read in the same
+// order) and creates the tree nodes through the provider.
+#include <charconv>
+
+#include "parser/sql92_grammar.h"
+#include "qorvex/ast/expressions.h"
+#include "qorvex/ast/from.h"
+#include "qorvex/ast/names.h"
+#include "qorvex/ast/query.h"
+#include "qorvex/ast/types.h"
+#include "qorvex/parser/sql92_parser.h"
+
+namespace qorvex {
+
+using namespace sql92grammar;
+
+namespace {
+
+int SizeValue(const std::string& text) {
+  int value = 0;
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
+}
+
+}  // namespace
+
+// ---- names --------------------------------------------------------------------------
+
+// A quoted identifier stands for the text inside its quotes (a doubled quote stands for
+// one); a bracketed one for the text inside its brackets, and [a][b] for the two parts
+// a and b.
+void SQL92Parser::NameParts(const TqxToken& token, std::vector<std::string>& parts) const {
+  const std::string& v = token.val;
+  if (token.kind != tkQuotedIdentifier || v.size() < 2) {
+    parts.push_back(v);
+    return;
+  }
+  if (v.front() == '"') {
+    std::string text;
+    text.reserve(v.size() - 2);
+    for (std::size_t i = 1; i + 1 < v.size(); ++i) {
+      text += v[i];
+      if (v[i] == '"' && v[i + 1] == '"' && i + 2 < v.size())
+        ++i;
+    }
+    parts.push_back(std::move(text));
+    return;
+  }
+  // "[" part "]" { "[" part "]" }
+  std::size_t i = 0;
+  while (i < v.size() && v[i] == '[') {
+    const std::size_t close = v.find(']', i + 1);
+    if (close == std::string::npos) {
+      parts.push_back(v.substr(i + 1));
+      return;
+    }
+    parts.push_back(v.substr(i + 1, close - i - 1));
+    i = close + 1;
+  }
+}
+
+std::string SQL92Parser::NameText(const TqxToken& token) const {
+  std::vector<std::string> parts;
+  NameParts(token, parts);
+  std::string text;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    if (i != 0)
+      text += '.';
+    text += parts[i];
+  }
+  return text;
+}
+
+void SQL92Parser::identifier(std::vector<std::string>& parts) {
+  Decision();
+  NameParts(Get(), parts);
+}
+
+std::string SQL92Parser::keywordAsIdentifier() {
+  Decision();
+  return Get().val;
+}
+
+// The text inside the quotes, a doubled quote standing for one: the name that a string
+// literal gives as an alias.
+std::string SQL92Parser::stringLiteral() {
+  const std::string& v = Get().val;
+  std::string text;
+  for (std::size_t i = 1; i + 1 < v.size(); ++i) {
+    text += v[i];
+    if (v[i] == '\'' && v[i + 1] == '\'' && i + 2 < v.size())
+      ++i;
+  }
+  return text;
+}
+
+void SQL92Parser::namePart(std::vector<std::string>& parts) {
+  if (Decision() == 0)
+    identifier(parts);
+  else
+    parts.push_back(keywordAsIdentifier());
+}
+
+void SQL92Parser::Qualifiers(int levels, std::vector<std::string>& parts) {
+  if (levels == 0 || Decision() == 0)
+    return;
+  Qualifiers(levels - 1, parts);
+  if (Decision() == 1)
+    namePart(parts);
+  else
+    parts.emplace_back();  // an empty qualifying part
+  Get();                   // "."
+}
+
+std::unique_ptr<TSQLDatabaseObject> SQL92Parser::dbObject() {
+  std::vector<std::string> parts;
+  Qualifiers(kObjectQualifiers, parts);
+  namePart(parts);
+  auto object = NewNode<TSQLDatabaseObject>(provider);
+  for (std::string& part : parts)
+    object->AddName(std::move(part));
+  return object;
+}
+
+std::unique_ptr<TSQLObjectColumn> SQL92Parser::dbColumn() {
+  std::vector<std::string> parts;
+  Qualifiers(kColumnQualifiers, parts);
+  namePart(parts);
+  auto column = NewNode<TSQLObjectColumn>(provider);
+  for (std::string& part : parts)
+    column->AddName(std::move(part));
+  return column;
+}
+
+// alias1, alias2: the alias text
+std::string SQL92Parser::alias1() {
+  switch (Decision()) {
+    case 0: {
+      std::vector<std::string> parts;
+      identifier(parts);
+      std::string text;
+      for (std::size_t i = 0; i < parts.size(); ++i)
+        text += (i != 0 ? "." : "") + parts[i];
+      return text;
+    }
+    case 1:
+      return stringLiteral();
+    default:
+      return keywordAsIdentifier();
+  }
+}
+
+std::string SQL92Parser::alias2() {
+  return alias1();
+}
+
+std::unique_ptr<TSQLAlias> SQL92Parser::MakeAlias(bool withAs, std::string name) {
+  if (withAs)
+    return NewNode<TSQLAliasObjectAsAlias>(provider, std::move(name));
+  return NewNode<TSQLAliasObjectAlias>(provider, std::move(name));
+}
+
+// ---- entries ------------------------------------------------------------------------
+
+std::unique_ptr<TSQLSelectStatement> SQL92Parser::ParseSelect() {
+  return selectStatement();
+}
+std::unique_ptr<TSQLDatabaseObject> SQL92Parser::ParseObjectName() {
+  return dbObject();
+}
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::ParseExpression() {
+  return expression();
+}
+std::unique_ptr<TSQLSelectItem> SQL92Parser::ParseSelectItem() {
+  return selectItem();
+}
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::ParseLogicalExpression() {
+  return expressionLogical();
+}
+
+std::unique_ptr<TSQLSelectStatement> SQL92Parser::SQL92() {
+  auto statement = selectStatement();
+  if (Decision() == 1)
+    Get();  // ";"
+  return statement;
+}
+
+// ---- statement level ----------------------------------------------------------------
+
+std::unique_ptr<TSQLSelectStatement> SQL92Parser::selectStatement() {
+  auto statement = NewNode<TSQLSelectStatement>(provider);
+  queryExpression(*statement);
+  if (Decision() == 1)
+    statement->SetOrderBy(orderByClause());
+  return statement;
+}
+
+std::unique_ptr<TSQLSubSelectStatement> SQL92Parser::subSelectStatement() {
+  auto statement = NewNode<TSQLSubSelectStatement>(provider);
+  queryExpression(*statement);
+  if (Decision() == 1)
+    statement->SetOrderBy(orderByClause());
+  return statement;
+}
+
+void SQL92Parser::queryExpression(TSQLSubQueryExpressions& list) {
+  list.Add(subQueryExpression());
+  while (Decision() == 1) {
+    const std::int32_t op = Decision();
+    const TqxToken& word = Get();
+    (void)op;
+    std::string text = word.val;
+    for (char& c : text)
+      c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    bool all = false;
+    if (Decision() == 1) {
+      Get();
+      all = true;
+    }
+    auto operand = subQueryExpression();
+    operand->UnionOperator = std::move(text);
+    operand->All = all;
+    list.Add(std::move(operand));
+  }
+}
+
+std::unique_ptr<TSQLSubQueryExpression> SQL92Parser::subQueryExpression() {
+  if (Decision() == 0)
+    return querySpecification();
+  Get();  // "("
+  auto group = NewNode<TSQLSubQueryExpressions>(provider);
+  queryExpression(*group);
+  Get();  // ")"
+  return group;
+}
+
+std::unique_ptr<TSQLSubQuerySelectExpression> SQL92Parser::querySpecification() {
+  auto query = NewNode<TSQLSubQuerySelectExpression>(provider);
+  selectClause(*query);
+  if (Decision() == 1)
+    query->SetFromClause(fromClause());
+  if (Decision() == 1) {
+    Get();  // "where"
+    query->SetWhere(expressionLogical());
+  }
+  if (Decision() == 1)
+    query->SetGroupBy(groupByList());
+  if (Decision() == 1) {
+    Get();  // "having"
+    query->SetHaving(expressionLogical());
+  }
+  return query;
+}
+
+void SQL92Parser::selectClause(TSQLSubQuerySelectExpression& query) {
+  Get();  // "select"
+  if (Decision() == 1) {
+    const std::int32_t mode = Decision();
+    Get();
+    if (mode == 0)
+      query.SetSelectMode(NewNode<TSQLSubQuerySelectModeAll>(provider));
+    else
+      query.SetSelectMode(NewNode<TSQLSubQuerySelectModeDistinct>(provider));
+  } else {
+    query.SetSelectMode(NewNode<TSQLSubQuerySelectModeDefault>(provider));
+  }
+  query.SetSelectItems(selectList());
+}
+
+std::unique_ptr<TSQLSelectItems> SQL92Parser::selectList() {
+  auto items = NewNode<TSQLSelectItems>(provider);
+  if (Decision() == 1) {
+    items->Add(selectItem());
+    while (Decision() == 1) {
+      Get();  // ","
+      items->Add(selectItem());
+    }
+  }
+  return items;
+}
+
+std::unique_ptr<TSQLSelectItem> SQL92Parser::selectItem() {
+  switch (Decision()) {
+    case 0:
+      Get();  // "*"
+      return NewNode<TSQLSelectItemAllColumns>(provider);
+    case 1: {
+      auto item = NewNode<TSQLSelectItemExpression>(provider);
+      std::string alias = alias2();
+      Get();  // "="
+      item->SetExpression(expression());
+      item->SetAlias(NewNode<TSQLAliasAliasEqualsObject>(provider, std::move(alias)));
+      return item;
+    }
+    case 2: {
+      auto item = NewNode<TSQLSelectItemAllTableColumns>(provider);
+      item->SetQualifier(dbObject());
+      Get();  // ".*"
+      return item;
+    }
+    default: {
+      auto item = NewNode<TSQLSelectItemExpression>(provider);
+      item->SetExpression(expression());
+      if (Decision() == 1) {
+        const bool withAs = Decision() == 1;
+        if (withAs)
+          Get();  // "as"
+        item->SetAlias(MakeAlias(withAs, alias1()));
+      }
+      return item;
+    }
+  }
+}
+
+std::unique_ptr<TSQLOrderByClause> SQL92Parser::orderByClause() {
+  Get();  // "order"
+  Get();  // "by"
+  auto clause = NewNode<TSQLOrderByClause>(provider);
+  clause->Add(orderByItem());
+  while (Decision() == 1) {
+    Get();  // ","
+    clause->Add(orderByItem());
+  }
+  return clause;
+}
+
+std::unique_ptr<TSQLOrderByItem> SQL92Parser::orderByItem() {
+  auto item = NewNode<TSQLOrderByItem>(provider);
+  item->SetExpression(expression());
+  if (Decision() == 1) {
+    item->Descending = Decision() == 1;
+    Get();
+  }
+  return item;
+}
+
+std::unique_ptr<TSQLGroupByList> SQL92Parser::groupByList() {
+  Get();  // "group"
+  Get();  // "by"
+  auto list = NewNode<TSQLGroupByList>(provider);
+  list->Add(expression());
+  while (Decision() == 1) {
+    Get();  // ","
+    list->Add(expression());
+  }
+  return list;
+}
+
+// ---- FROM clause --------------------------------------------------------------------
+
+std::unique_ptr<TSQLFromClause> SQL92Parser::fromClause() {
+  Get();  // "from"
+  auto clause = NewNode<TSQLFromClause>(provider);
+  if (Decision() == 1)
+    tableSource(*clause);
+  return clause;
+}
+
+void SQL92Parser::tableSource(TSQLFromItem& item) {
+  item.Add(subTableSource());
+  while (Decision() == 1)
+    item.Add(joinedTable());
+}
+
+std::unique_ptr<TSQLFromSource> SQL92Parser::subTableSource() {
+  switch (Decision()) {
+    case 0: {
+      Get();  // "("
+      if (Decision() == 0) {
+        auto group = NewNode<TSQLFromItem>(provider);
+        tableSource(*group);
+        Get();  // ")"
+        return group;
+      }
+      auto query = NewNode<TSQLFromQuery>(provider);
+      query->SetSubQuery(subSelectStatement());
+      Get();  // ")"
+      const bool withAs = Decision() == 1;
+      if (withAs)
+        Get();  // "as"
+      query->SetAlias(MakeAlias(withAs, alias1()));
+      if (Decision() == 1) {
+        Get();  // "("
+        query->ColumnAliases.push_back(alias1());
+        while (Decision() == 1) {
+          Get();  // ","
+          query->ColumnAliases.push_back(alias1());
+        }
+        Get();  // ")"
+      }
+      return query;
+    }
+    case 1: {
+      auto source = NewNode<TSQLFromFunction>(provider);
+      source->SetFunction(SQLfunction());
+      if (Decision() == 1) {
+        const bool withAs = Decision() == 1;
+        if (withAs)
+          Get();
+        source->SetAlias(MakeAlias(withAs, alias1()));
+      }
+      return source;
+    }
+    default: {
+      auto source = NewNode<TSQLFromObject>(provider);
+      source->SetDatabaseObject(dbObject());
+      if (Decision() == 1) {
+        const bool withAs = Decision() == 1;
+        if (withAs)
+          Get();
+        source->SetAlias(MakeAlias(withAs, alias1()));
+      }
+      return source;
+    }
+  }
+}
+
+std::unique_ptr<TSQLFromSource> SQL92Parser::joinedTable() {
+  switch (Decision()) {
+    case 0:
+      Get();  // ","
+      return subTableSource();
+    case 1: {
+      Get();  // "cross"
+      Get();  // "join"
+      auto source = subTableSource();
+      source->SetJoinKind(NewNode<TSQLJoinKindCross>(provider));
+      return source;
+    }
+    default: {
+      std::unique_ptr<TSQLJoinKind> kind;
+      if (Decision() == 1) {
+        if (Decision() == 0) {
+          Get();  // "inner"
+          kind = NewNode<TSQLJoinKindInner>(provider);
+        } else {
+          const std::int32_t side = Decision();
+          Get();
+          std::unique_ptr<TSQLJoinKindOuter> outer;
+          if (side == 0)
+            outer = NewNode<TSQLJoinKindLeft>(provider);
+          else if (side == 1)
+            outer = NewNode<TSQLJoinKindRight>(provider);
+          else
+            outer = NewNode<TSQLJoinKindFull>(provider);
+          if (Decision() == 1) {
+            Get();  // "outer"
+            outer->Outer = true;
+          }
+          kind = std::move(outer);
+        }
+      } else {
+        kind = NewNode<TSQLJoinKindInner>(provider);
+      }
+      Get();  // "join"
+      std::unique_ptr<TSQLFromSource> source;
+      if (Decision() == 0)
+        source = subTableSource();
+      else
+        source = tableSourceInner();
+      Get();  // "on"
+      source->SetJoinKind(std::move(kind));
+      source->SetJoinCondition(expressionLogical());
+      return source;
+    }
+  }
+}
+
+std::unique_ptr<TSQLFromItem> SQL92Parser::tableSourceInner() {
+  auto item = NewNode<TSQLFromItem>(provider);
+  item->Add(subTableSource());
+  item->Add(joinedTable());
+  while (Decision() == 1)
+    item->Add(joinedTable());
+  return item;
+}
+
+std::unique_ptr<TSQLFunction> SQL92Parser::SQLfunction() {
+  auto function = NewNode<TSQLFunction>(provider);
+  auto name = dbObject();
+  function->Name = name->GetQualifiedName();
+  auto params = NewNode<TSQLFunctionParams>(provider);
+  Get();  // "("
+  if (Decision() == 1) {
+    auto list = expressionsList();
+    while (list->GetCount() > 0) {
+      auto param = NewNode<TSQLFunctionParamExpression>(provider);
+      param->SetExpression(std::unique_ptr<TSQLExpressionItem>(
+          static_cast<TSQLExpressionItem*>(list->Extract(0).release())));
+      params->Add(std::move(param));
+    }
+  }
+  Get();  // ")"
+  function->SetParams(std::move(params));
+  return function;
+}
+
+// ---- logical expressions ------------------------------------------------------------
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionLogical() {
+  auto first = expressionAnd();
+  if (Decision() == 0)
+    return first;
+  auto collection = NewNode<TSQLExpressionOr>(provider);
+  collection->Add(std::move(first));
+  do {
+    Get();  // "or"
+    collection->Add(expressionAnd());
+  } while (Decision() == 1);
+  return collection;
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionAnd() {
+  auto first = expressionNot();
+  if (Decision() == 0)
+    return first;
+  auto collection = NewNode<TSQLExpressionAnd>(provider);
+  collection->Add(std::move(first));
+  do {
+    Get();  // "and"
+    collection->Add(expressionNot());
+  } while (Decision() == 1);
+  return collection;
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionNot() {
+  if (Decision() == 1)
+    return expressionLogicalTerm();
+  Get();  // "not"
+  auto node = NewNode<TSQLExpressionNot>(provider);
+  node->SetInner(expressionNot());
+  return node;
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionLogicalTerm() {
+  switch (Decision()) {
+    case 0: {
+      Get();  // "("
+      auto node = NewNode<TSQLExpressionBrackets>(provider);
+      node->SetInner(expressionLogical());
+      Get();  // ")"
+      return node;
+    }
+    case 1: {
+      std::unique_ptr<TSQLExpressionItem> left;
+      if (Decision() == 1)
+        left = expression();
+      return predicate(std::move(left));
+    }
+    default: {
+      Get();  // "exists"
+      Get();  // "("
+      auto node = NewNode<TSQLExpressionExists>(provider);
+      node->SetSubQuery(subSelectStatement());
+      Get();  // ")"
+      return node;
+    }
+  }
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::predicate(
+    std::unique_ptr<TSQLExpressionItem> left) {
+  auto optNot = [&] {
+    if (Decision() == 1) {
+      Get();  // "not"
+      return true;
+    }
+    return false;
+  };
+  switch (Decision()) {
+    case 0: {
+      auto op = comparisonOperator();
+      if (Decision() == 1)
+        return expressionCompWithSet(std::move(left), std::move(op));
+      auto node = NewNode<TSQLExpressionOperatorBinary>(provider);
+      node->SetInner(std::move(left));
+      node->SetOperator(std::move(op));
+      node->SetRight(expression());
+      return node;
+    }
+    case 1: {
+      Get();  // "is"
+      auto node = NewNode<TSQLExpressionIsNull>(provider);
+      node->SetInner(std::move(left));
+      node->Not = optNot();
+      Get();  // "null"
+      return node;
+    }
+    case 2: {
+      auto node = NewNode<TSQLExpressionLikeTemplate>(provider);
+      node->SetInner(std::move(left));
+      node->Not = optNot();
+      node->Keyword = Get().val;
+      node->SetPattern(expression());
+      if (Decision() == 1) {
+        Get();  // "escape"
+        node->SetEscape(expression());
+      }
+      return node;
+    }
+    case 3: {
+      auto node = NewNode<TSQLExpressionBetween>(provider);
+      node->SetInner(std::move(left));
+      node->Not = optNot();
+      Get();  // "between"
+      node->SetLow(expression());
+      Get();  // "and"
+      node->SetHigh(expression());
+      return node;
+    }
+    default: {
+      const bool isNot = optNot();
+      Get();  // "in"
+      Get();  // "("
+      std::unique_ptr<TSQLExpressionItem> result;
+      if (Decision() == 0) {
+        auto node = NewNode<TSQLExpressionInSubQuery>(provider);
+        node->SetInner(std::move(left));
+        node->Not = isNot;
+        node->SetSubQuery(subSelectStatement());
+        result = std::move(node);
+      } else {
+        auto node = NewNode<TSQLExpressionInSet>(provider);
+        node->SetInner(std::move(left));
+        node->Not = isNot;
+        node->SetList(expressionsList());
+        result = std::move(node);
+      }
+      Get();  // ")"
+      return result;
+    }
+  }
+}
+
+std::unique_ptr<TSQLOperator> SQL92Parser::comparisonOperator() {
+  Decision();
+  return NewNode<TSQLOperator>(provider, Get().val);
+}
+
+// The comparison operator stays with the left operand (a postfix node "a>"), which the
+// quantifier and the sub-query follow.
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionCompWithSet(
+    std::unique_ptr<TSQLExpressionItem> left, std::unique_ptr<TSQLOperator> op) {
+  const std::int32_t quantifier = Decision();
+  Get();
+  Get();  // "("
+  auto postfix = NewNode<TSQLExpressionOperatorPostfix>(provider);
+  postfix->SetInner(std::move(left));
+  postfix->SetOperator(CloneNode(*op));
+  auto node = NewNode<TSQLExpressionCompWithSubQuery>(provider);
+  node->SetInner(std::move(postfix));
+  node->SetOperator(std::move(op));
+  node->Quantifier = static_cast<std::uint8_t>(quantifier);
+  node->SetSubQuery(subSelectStatement());
+  Get();  // ")"
+  return node;
+}
+
+std::unique_ptr<TSQLExpressionsList> SQL92Parser::expressionsList() {
+  auto list = NewNode<TSQLExpressionsList>(provider);
+  list->Add(expression());
+  while (Decision() == 1) {
+    Get();  // ","
+    list->Add(expression());
+  }
+  return list;
+}
+
+// ---- value expressions --------------------------------------------------------------
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::expression() {
+  return expressionAdd();
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionAdd() {
+  auto left = expressionFactor();
+  while (Decision() == 1) {
+    Decision();
+    auto node = NewNode<TSQLExpressionOperatorBinary>(provider);
+    node->SetOperator(NewNode<TSQLOperator>(provider, Get().val));
+    node->SetInner(std::move(left));
+    node->SetRight(expressionFactor());
+    left = std::move(node);
+  }
+  return left;
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionFactor() {
+  auto left = expressionUnary();
+  while (Decision() == 1) {
+    Decision();
+    auto node = NewNode<TSQLExpressionOperatorBinary>(provider);
+    node->SetOperator(NewNode<TSQLOperator>(provider, Get().val));
+    node->SetInner(std::move(left));
+    node->SetRight(expressionUnary());
+    left = std::move(node);
+  }
+  return left;
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionUnary() {
+  if (Decision() == 1)
+    return expressionTerm();
+  Decision();
+  auto node = NewNode<TSQLExpressionOperatorPrefix>(provider);
+  node->SetOperator(NewNode<TSQLOperator>(provider, Get().val));
+  node->SetInner(expressionUnary());
+  return node;
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionTerm() {
+  switch (Decision()) {
+    case 0: {
+      Get();  // "("
+      auto node = NewNode<TSQLExpressionBrackets>(provider);
+      node->SetInner(expression());
+      Get();  // ")"
+      return node;
+    }
+    case 1:
+      return constant();
+    case 2: {
+      auto node = NewNode<TSQLExpressionColumn>(provider);
+      node->SetColumn(dbColumn());
+      return node;
+    }
+    case 3:
+      return SQLAggregateFunction();
+    case 4: {
+      auto node = NewNode<TSQLExpressionFunction>(provider);
+      node->SetFunction(SQLfunction());
+      return node;
+    }
+    case 5: {
+      Get();  // "("
+      auto node = NewNode<TSQLExpressionSelect>(provider);
+      node->SetSubQuery(subSelectStatement());
+      Get();  // ")"
+      return node;
+    }
+    case 6:
+      return caseFunction();
+    case 7:
+      return castFunction();
+    default:
+      return parameterlessFunction();
+  }
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::constant() {
+  Decision();
+  return NewNode<TSQLExpressionConstant>(provider, Get().val);
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::SQLAggregateFunction() {
+  // [ "all" | "distinct" ]: 1 for DISTINCT, 2 for ALL, 0 for neither.
+  auto mode = [&]() -> std::uint8_t {
+    if (Decision() == 0)
+      return 0;
+    const std::int32_t d = Decision();
+    Get();
+    return d == 1 ? 1 : 2;
+  };
+  if (Decision() == 0) {
+    Decision();
+    std::string name = Get().val;
+    Get();  // "("
+    auto node = NewNode<TSQLExpressionAggregate1ParamWPrefix>(provider);
+    node->Name = std::move(name);
+    node->Quantifier = mode();
+    node->SetArgument(expression());
+    Get();  // ")"
+    return node;
+  }
+  std::string name = Get().val;  // "count"
+  Get();                         // "("
+  std::unique_ptr<TSQLExpressionItem> result;
+  if (Decision() == 0) {
+    Get();  // "*"
+    auto node = NewNode<TSQLExpressionAggregate>(provider);
+    node->Name = std::move(name);
+    result = std::move(node);
+  } else {
+    auto node = NewNode<TSQLExpressionAggregate1ParamWPrefix>(provider);
+    node->Name = std::move(name);
+    node->Quantifier = mode();
+    node->SetArgument(expression());
+    result = std::move(node);
+  }
+  Get();  // ")"
+  return result;
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::caseFunction() {
+  Get();  // "case"
+  auto node = NewNode<TSQLExpressionCaseFunction>(provider);
+  const bool simple = Decision() == 0;
+  if (simple)
+    node->SetOperand(expression());
+  auto item = [&] {
+    Get();  // "when"
+    auto entry = NewNode<TSQLCaseFunctionItem>(provider);
+    entry->SetWhen(simple ? expression() : expressionLogical());
+    Get();  // "then"
+    entry->SetThen(expression());
+    node->AddItem(std::move(entry));
+  };
+  item();
+  while (Decision() == 1)
+    item();
+  if (Decision() == 1) {
+    Get();  // "else"
+    node->SetElse(expression());
+  }
+  Get();  // "end"
+  return node;
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::castFunction() {
+  Get();  // "cast"
+  Get();  // "("
+  auto node = NewNode<TSQLExpressionCast>(provider);
+  node->SetInner(expression());
+  Get();  // "as"
+  node->SetType(SQLType());
+  Get();  // ")"
+  return node;
+}
+
+std::unique_ptr<TSQLExpressionItem> SQL92Parser::parameterlessFunction() {
+  Decision();
+  auto node = NewNode<TSQLExpressionParameterlessFunction>(provider);
+  node->Name = Get().val;
+  return node;
+}
+
+std::unique_ptr<TSQLType> SQL92Parser::SQLType() {
+  if (Decision() == 0)
+    return SQLTypeUser();
+  return SQLTypeBuiltIn();
+}
+
+std::unique_ptr<TSQLType> SQL92Parser::SQLTypeUser() {
+  std::vector<std::string> parts;
+  if (Decision() == 1) {
+    identifier(parts);
+    Get();  // "."
+  }
+  identifier(parts);
+  auto name = NewNode<TSQLQualifiedName>(provider);
+  for (std::string& part : parts)
+    name->AddName(std::move(part));
+  auto type = NewNode<TSQLTypeUser>(provider);
+  type->SetName(std::move(name));
+  return type;
+}
+
+std::unique_ptr<TSQLType> SQL92Parser::SQLTypeBuiltIn() {
+  auto type = NewNode<TSQLTypeBuiltIn>(provider);
+  const std::int32_t decision = Decision();
+  if (decision == 0) {
+    SQLType1word(type->Words);
+    return type;
+  }
+  const TypeForm& form = kTypeForms[decision - 1];
+  type->AddName(Get().val);
+  if (form.words[1] != 0)
+    type->AddName(Get().val);
+  type->SizeIndex = static_cast<int>(type->Words.size()) - 1;
+  Get();  // "("
+  type->HasSize = true;
+  type->Size = SizeValue(Get().val);
+  if (form.scale) {
+    Get();  // ","
+    type->HasScale = true;
+    type->Scale = SizeValue(Get().val);
+  }
+  Get();  // ")"
+  if (form.zone != 0) {
+    type->AddName(Get().val);  // "with" or "without"
+    type->AddName(Get().val);  // "time"
+    type->AddName(Get().val);  // "zone"
+  }
+  return type;
+}
+
+void SQL92Parser::SQLType1word(std::vector<std::string>& words) {
+  const std::int32_t decision = Decision();
+  words.push_back(Get().val);
+  if (decision == kDoublePrecisionDecision)
+    words.push_back(Get().val);
+}
+
+}  // namespace qorvex

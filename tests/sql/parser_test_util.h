@@ -1,0 +1,129 @@
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "qorvex/ast/builder.h"
+#include "qorvex/ast/expressions.h"
+#include "qorvex/ast/names.h"
+#include "qorvex/ast/query.h"
+#include "qorvex/parser/sql92_parser.h"
+#include "qorvex/scanner/sql92_scanner.h"
+#include "qorvex/syntax/sql92_syntax_provider.h"
+
+namespace qorvex::parsertest {
+
+enum class Entry { kSelect, kExpression, kLogical, kObject, kItem };
+
+inline std::string ReadCorpus(const std::string& name) {
+  std::ifstream in(std::string(QORVEX_SOURCE_DIR) + "/tests/sql/corpus/" + name, std::ios::binary);
+  std::stringstream ss;
+  ss << in.rdbuf();
+  return ss.str();
+}
+
+// The statements of a text, split on its ";" tokens.
+inline std::vector<std::string> SplitStatements(const std::string& text) {
+  SQL92Scanner scanner;
+  scanner.Init(text);
+  std::vector<std::string> out;
+  std::int32_t begin = -1;
+  for (std::int32_t i = 0; i < scanner.GetTokenCount(); ++i) {
+    const TqxToken& t = scanner.GetToken(i);
+    if (t.kind != tkSemicolon && t.kind != tkEof) {
+      if (begin < 0)
+        begin = t.offset;
+      continue;
+    }
+    if (begin >= 0)
+      out.push_back(
+          text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(t.offset - begin)));
+    begin = -1;
+  }
+  return out;
+}
+
+inline std::unique_ptr<TastNode> Parse(TastSyntaxProvider& provider, Entry entry,
+                                       const std::string& text) {
+  switch (entry) {
+    case Entry::kSelect:
+      return provider.ParseSelect(text);
+    case Entry::kExpression:
+      return provider.ParseExpression(text);
+    case Entry::kLogical:
+      return provider.ParseLogicalExpression(text);
+    case Entry::kObject:
+      return provider.ParseObjectName(text);
+    case Entry::kItem:
+      return provider.ParseSelectItem(text);
+  }
+  return nullptr;
+}
+
+inline std::string Write(const TastNode& node, bool multiLine) {
+  std::string text;
+  TSQLBuilderPlainText builder(&text);
+  builder.ResetBuilder();
+  node.BuildSQL(builder, multiLine);
+  return text;
+}
+
+// What the way calculation decided for a text: whether a complete way was found, the
+// decisions along the first one, and the error index when there was none.
+struct WayOutcome {
+  bool complete = false;
+  std::vector<std::int32_t> decisions;
+  std::int32_t maxErrIndex = 0;
+  bool nestingLimit = false;
+
+  bool operator==(const WayOutcome&) const = default;
+};
+
+inline WayOutcome CalculateWays(const std::string& text, Entry entry, bool plain) {
+  TastSQL92SyntaxProvider provider;
+  SQL92Scanner scanner;
+  scanner.Init(text);
+  SQL92Parser parser(&scanner, &provider);
+  parser.SetPlainWayCalc(plain);
+  TqxWayList ways{parser.NewWayPoint(nullptr)};
+  WayOutcome out;
+  try {
+    switch (entry) {
+      case Entry::kSelect:
+        parser.ParseSelectWayCalc(ways);
+        break;
+      case Entry::kExpression:
+        parser.ParseExpressionWayCalc(ways);
+        break;
+      case Entry::kLogical:
+        parser.ParseLogicalExpressionWayCalc(ways);
+        break;
+      case Entry::kObject:
+        parser.ParseObjectNameWayCalc(ways);
+        break;
+      case Entry::kItem:
+        parser.ParseSelectItemWayCalc(ways);
+        break;
+    }
+  } catch (const TqxNestingLimit& limit) {
+    out.nestingLimit = true;
+    out.maxErrIndex = limit.tokenIndex;
+    return out;
+  }
+  parser.Expect(ways, tkEof);
+  if (ways.empty()) {
+    out.maxErrIndex = parser.maxErrIndex;
+    return out;
+  }
+  out.complete = true;
+  parser.UnrollWay(ways.front());
+  for (const TqxWayPoint* w : parser.GetWay())
+    out.decisions.push_back(w->decision);
+  return out;
+}
+
+}  // namespace qorvex::parsertest
