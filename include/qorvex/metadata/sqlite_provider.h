@@ -1,0 +1,76 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "qorvex/ast/metadata_provider.h"
+
+struct sqlite3;
+
+namespace qorvex {
+
+// An SQLite database for metadata: either a file that the connection opens (and
+// closes) itself, or a database handle the application opened and keeps owning.
+// Failures raise EqxError with SQLite's message.
+class TqxSQLiteConnection : public TqxComponent {
+ public:
+  TqxSQLiteConnection() = default;
+  explicit TqxSQLiteConnection(std::string FileName);
+  explicit TqxSQLiteConnection(sqlite3* Handle);
+  ~TqxSQLiteConnection() override;
+
+  const std::string& GetFileName() const { return FileName_; }
+  // Closes the current database; the next Open opens this file (which must exist).
+  void SetFileName(std::string Value);
+  // Uses an open database that the caller keeps owning (null forgets it).
+  void SetHandle(sqlite3* Value);
+
+  // Opens the file when no database is open; does nothing otherwise.
+  void Open();
+  // Closes a database the connection opened; forgets one it was given.
+  void Close();
+  bool IsOpen() const { return Handle_ != nullptr; }
+  // The open database, else null.
+  sqlite3* GetHandle() const { return Handle_; }
+
+ private:
+  std::string FileName_;
+  sqlite3* Handle_ = nullptr;
+  bool OwnsHandle_ = false;
+};
+
+// Metadata read from SQLite itself: sqlite_master for table and view names (names
+// beginning "sqlite_" are system tables), the prepared but never stepped statement for
+// its result columns, and the foreign-key pragmas for relations.
+class TqxSQLiteMetadataProvider : public TqxBaseMetadataProvider {
+ public:
+  TqxSQLiteMetadataProvider() = default;
+  explicit TqxSQLiteMetadataProvider(TqxSQLiteConnection* Connection);
+  ~TqxSQLiteMetadataProvider() override;
+
+  TqxSQLiteConnection* GetConnection() const { return Connection_; }
+  // Follows the connection with free notification: the property becomes null when the
+  // connection component is destroyed.
+  void SetConnection(TqxSQLiteConnection* Value);
+
+  // Raises EqxError without a connection.
+  void GetTableNames(std::vector<std::string>& Names, bool System) override;
+  // Raises EqxError without a connection; `System` is ignored.
+  void GetViewNames(std::vector<std::string>& Names, bool System) override;
+  // Empty without a connection.
+  void GetFields(const std::string& SQL, std::vector<std::string>& FieldNames) override;
+  // First the keys of every table that refer to the named table, then the table's own
+  // keys; appended to `Relations`. Nothing without a connection.
+  void GetTableRelations(const TSQLDatabaseObject& TableName,
+                         TSQLMetadataRelations& Relations) override;
+
+ protected:
+  void Notification(TqxComponent* Component, TOperation Operation) override;
+
+ private:
+  sqlite3* OpenHandle(const char* Operation);
+
+  TqxSQLiteConnection* Connection_ = nullptr;
+};
+
+}  // namespace qorvex

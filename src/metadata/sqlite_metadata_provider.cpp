@@ -1,0 +1,199 @@
+#include <map>
+#include <set>
+#include <utility>
+
+#include "metadata/key_rows.h"
+#include "metadata/sqlite_support.h"
+#include "qorvex/metadata/sqlite_provider.h"
+
+namespace qorvex {
+
+namespace {
+
+bool IsSystemName(const std::string& Name) {
+  return sqlite3_strnicmp(Name.c_str(), "sqlite_", 7) == 0;
+}
+
+std::vector<std::string> ReadNames(sqlite3* Database, const char* SQL) {
+  sqlite::Statement statement(Database, SQL, "Cannot read the table list");
+  std::vector<std::string> names;
+  while (statement.Step())
+    names.push_back(statement.Text(0).value_or(""));
+  return names;
+}
+
+// Foreign-key rows: table, key id, 0-based position, referenced table (as stored when it
+// exists), referencing column, referenced column (NULL: the parent's primary key).
+// The rows come sorted as each pass wants them: referring keys by their table, the
+// table's own keys by the referenced table, then by key and position (key ids stand in
+// for the names SQLite does not keep). Finding the keys that refer to a table reads
+// every table's keys; a table whose definition lacks the word REFERENCES has none and is
+// passed over.
+constexpr const char* kReferringKeys =
+    "select m.name, f.id, f.seq, coalesce(p.name, f.\"table\"), f.\"from\", f.\"to\" "
+    "from sqlite_master as m join pragma_foreign_key_list(m.name) as f "
+    "left join sqlite_master as p on p.type = 'table' and p.name = f.\"table\" collate nocase "
+    "where m.type = 'table' and m.sql like '%references%' and f.\"table\" = ?1 collate nocase "
+    "order by m.name, f.id, f.seq";
+constexpr const char* kOwnKeys =
+    "select m.name, f.id, f.seq, coalesce(p.name, f.\"table\"), f.\"from\", f.\"to\" "
+    "from sqlite_master as m join pragma_foreign_key_list(m.name) as f "
+    "left join sqlite_master as p on p.type = 'table' and p.name = f.\"table\" collate nocase "
+    "where m.type = 'table' and m.name = ?1 collate nocase "
+    "order by 4, f.id, f.seq";
+
+struct SQLiteKeyRow {
+  metadata::KeyRow Row;
+  long Id = 0;
+  bool Implicit = false;
+};
+
+std::vector<metadata::KeyRow> ReadKeys(sqlite3* Database, const char* SQL,
+                                       const std::string& Table) {
+  const std::string context = "Cannot read the foreign keys of \"" + Table + "\"";
+  std::vector<SQLiteKeyRow> rows;
+  {
+    sqlite::Statement statement(Database, SQL, context);
+    statement.Bind(1, Table);
+    while (statement.Step()) {
+      SQLiteKeyRow key;
+      key.Row.FKTable = statement.Text(0).value_or("");
+      key.Id = statement.Integer(1);
+      key.Row.KeySeq = statement.Integer(2) + 1;
+      key.Row.PKTable = statement.Text(3).value_or("");
+      key.Row.FKColumn = statement.Text(4).value_or("");
+      std::optional<std::string> to = statement.Text(5);
+      key.Implicit = !to.has_value();
+      key.Row.PKColumn = to.value_or("");
+      rows.push_back(std::move(key));
+    }
+  }
+
+  // A key that names no referenced columns refers to the parent's primary key. When the
+  // parent has no primary key of the key's width, SQLite cannot use the key either
+  // ("foreign key mismatch"), and it is left out.
+  std::map<std::pair<std::string, long>, size_t> widths;
+  for (const SQLiteKeyRow& key : rows)
+    ++widths[{key.Row.FKTable, key.Id}];
+  std::map<std::string, std::vector<std::string>> primaryKeys;
+  std::set<std::pair<std::string, long>> broken;
+  for (SQLiteKeyRow& key : rows) {
+    if (!key.Implicit)
+      continue;
+    auto found = primaryKeys.find(key.Row.PKTable);
+    if (found == primaryKeys.end()) {
+      sqlite::Statement statement(
+          Database, "select name from pragma_table_info(?1) where pk > 0 order by pk", context);
+      statement.Bind(1, key.Row.PKTable);
+      std::vector<std::string> columns;
+      while (statement.Step())
+        columns.push_back(statement.Text(0).value_or(""));
+      found = primaryKeys.emplace(key.Row.PKTable, std::move(columns)).first;
+    }
+    const std::vector<std::string>& columns = found->second;
+    const std::pair<std::string, long> id{key.Row.FKTable, key.Id};
+    if (columns.size() == widths[id] && key.Row.KeySeq >= 1 &&
+        static_cast<size_t>(key.Row.KeySeq) <= columns.size())
+      key.Row.PKColumn = columns[static_cast<size_t>(key.Row.KeySeq) - 1];
+    else
+      broken.insert(id);
+  }
+
+  std::vector<metadata::KeyRow> result;
+  result.reserve(rows.size());
+  for (SQLiteKeyRow& key : rows)
+    if (!broken.count({key.Row.FKTable, key.Id}))
+      result.push_back(std::move(key.Row));
+  return result;
+}
+
+}  // namespace
+
+TqxSQLiteMetadataProvider::TqxSQLiteMetadataProvider(TqxSQLiteConnection* Connection) {
+  SetConnection(Connection);
+}
+
+TqxSQLiteMetadataProvider::~TqxSQLiteMetadataProvider() {
+  SetConnection(nullptr);
+  BeginDestroy();
+}
+
+void TqxSQLiteMetadataProvider::SetConnection(TqxSQLiteConnection* Value) {
+  if (Value == Connection_)
+    return;
+  if (Connection_ != nullptr)
+    Connection_->RemoveFreeNotification(this);
+  Connection_ = Value;
+  if (Connection_ != nullptr)
+    Connection_->FreeNotification(this);
+}
+
+void TqxSQLiteMetadataProvider::Notification(TqxComponent* Component, TOperation Operation) {
+  TqxBaseMetadataProvider::Notification(Component, Operation);
+  if (Operation == TOperation::opRemove && Component == Connection_)
+    Connection_ = nullptr;
+}
+
+sqlite3* TqxSQLiteMetadataProvider::OpenHandle(const char* Operation) {
+  if (Connection_ == nullptr)
+    throw EqxError(std::string("TqxSQLiteMetadataProvider.") + Operation +
+                   ": the Connection property is not set");
+  Connection_->Open();
+  return Connection_->GetHandle();
+}
+
+void TqxSQLiteMetadataProvider::GetTableNames(std::vector<std::string>& Names, bool System) {
+  Names.clear();
+  std::vector<std::string> names =
+      ReadNames(OpenHandle("GetTableNames"), "select name from sqlite_master where type = 'table'");
+  if (!System)
+    std::erase_if(names, IsSystemName);
+  Names = std::move(names);
+}
+
+void TqxSQLiteMetadataProvider::GetViewNames(std::vector<std::string>& Names, bool System) {
+  Names.clear();
+  Names =
+      ReadNames(OpenHandle("GetViewNames"), "select name from sqlite_master where type = 'view'");
+}
+
+void TqxSQLiteMetadataProvider::GetFields(const std::string& SQL,
+                                          std::vector<std::string>& FieldNames) {
+  FieldNames.clear();
+  if (Connection_ == nullptr)
+    return;
+  sqlite3* database = OpenHandle("GetFields");
+  // Prepared only, never stepped: describing a statement must not run it.
+  sqlite::Statement statement(database, SQL, "Cannot prepare the statement");
+  if (statement.Handle() == nullptr)
+    return;
+  const int count = sqlite3_column_count(statement.Handle());
+  std::vector<std::string> names;
+  names.reserve(static_cast<size_t>(count));
+  for (int column = 0; column < count; ++column) {
+    const char* name = sqlite3_column_name(statement.Handle(), column);
+    if (name == nullptr)
+      sqlite::Raise("Cannot describe the statement's result", database);
+    names.emplace_back(name);
+  }
+  FieldNames = std::move(names);
+}
+
+void TqxSQLiteMetadataProvider::GetTableRelations(const TSQLDatabaseObject& TableName,
+                                                  TSQLMetadataRelations& Relations) {
+  if (Connection_ == nullptr)
+    return;
+  sqlite3* database = OpenHandle("GetTableRelations");
+  const std::string name = TableName.GetObjName();
+  std::vector<metadata::KeyRow> referring = ReadKeys(database, kReferringKeys, name);
+  std::vector<metadata::KeyRow> own = ReadKeys(database, kOwnKeys, name);
+
+  // Both passes are read before anything is appended, so a failure adds nothing.
+  TSQLMetadataRelations found;
+  metadata::AppendRelations(referring, TableName.GetSyntaxProvider(), found);
+  metadata::AppendRelations(own, TableName.GetSyntaxProvider(), found);
+  for (auto& relation : found)
+    Relations.push_back(std::move(relation));
+}
+
+}  // namespace qorvex

@@ -1,0 +1,86 @@
+#pragma once
+
+// Real databases for the provider tests: SQLite files in temporary directories, and one
+// PostgreSQL server per test process, started on first use in a temporary data
+// directory on a free local port and removed when the process ends.
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "qorvex/ast/metadata_provider.h"
+
+namespace qorvex::dbtest {
+
+// A temporary directory, removed with everything in it by the destructor.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  const std::filesystem::path& Path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+// Runs `sql` (one or more statements) on the SQLite file at `path`, creating the file.
+void SQLiteExec(const std::filesystem::path& path, const std::string& sql);
+// The first column of the first row of `sql` as text ("" for no row).
+std::string SQLiteScalar(const std::filesystem::path& path, const std::string& sql);
+
+// ODBC driver references for connection strings: the name registered in odbcinst.ini
+// when there is one, else the driver library's path.
+std::string SQLiteODBCDriver();
+std::string PostgreSQLODBCDriver();
+
+// The process's PostgreSQL server (started on the first call; throws std::runtime_error
+// with the server's log when it cannot be started).
+class PostgresServer {
+ public:
+  static PostgresServer& Instance();
+  // Stops the server (if started) and removes its directory.
+  static void Shutdown();
+
+  int Port() const { return port_; }
+  // An ODBC connection string for `database`; `extra` is appended as is.
+  std::string ConnectionString(const std::string& database, const std::string& extra = "") const;
+  // A new empty database with a unique name; returns its name.
+  std::string CreateDatabase();
+
+ private:
+  PostgresServer() = default;
+  void Start();
+  void Stop();
+
+  std::filesystem::path dir_;
+  std::filesystem::path bin_;
+  int port_ = 0;
+  int watchdog_pid_ = -1;
+  int watchdog_fd_ = -1;
+  int databases_ = 0;
+};
+
+// Runs statements through a fresh ODBC connection (autocommit).
+void ODBCExec(const std::string& connection_string, const std::string& sql);
+// The first column of the first row of `sql` as text ("" for no row).
+std::string ODBCScalar(const std::string& connection_string, const std::string& sql);
+
+enum class Backend { SQLiteNative, SQLiteODBC, PostgreSQLODBC };
+const char* BackendName(Backend backend);
+
+// One fresh database of a backend with a metadata provider connected to it.
+class TestDatabase {
+ public:
+  virtual ~TestDatabase() = default;
+  virtual Backend Kind() const = 0;
+  virtual TqxBaseMetadataProvider& Provider() = 0;
+  // Runs statements outside the provider's connection.
+  virtual void Exec(const std::string& sql) = 0;
+  virtual std::string Scalar(const std::string& sql) = 0;
+
+  static std::unique_ptr<TestDatabase> Create(Backend backend);
+};
+
+}  // namespace qorvex::dbtest

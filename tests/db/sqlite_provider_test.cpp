@@ -1,0 +1,148 @@
+// What is particular to the native SQLite provider and its connection.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "db_fixture.h"
+#include "qorvex/ast/names.h"
+#include "qorvex/ast/node.h"
+#include "qorvex/core/errors.h"
+#include "qorvex/metadata/sqlite_provider.h"
+#include "qorvex/syntax/sql92_syntax_provider.h"
+
+namespace qorvex::dbtest {
+namespace {
+
+using ::testing::HasSubstr;
+using Names = std::vector<std::string>;
+
+class SQLiteProviderTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    file_ = dir_.Path() / "test.db";
+    connection_.SetFileName(file_.string());
+    provider_.SetConnection(&connection_);
+  }
+  Names Relations(const std::string& table) {
+    auto name = NewNode<TSQLDatabaseObject>(&syntax_);
+    name->AddName(table);
+    TSQLMetadataRelations relations;
+    provider_.GetTableRelations(*name, relations);
+    Names out;
+    for (const auto& r : relations) {
+      std::string text = r->FKTable->GetObjName() + "(";
+      for (size_t i = 0; i < r->FKColumns.size(); ++i)
+        text += (i ? "," : "") + r->FKColumns[i];
+      text += ") -> " + r->PKTable->GetObjName() + "(";
+      for (size_t i = 0; i < r->PKColumns.size(); ++i)
+        text += (i ? "," : "") + r->PKColumns[i];
+      out.push_back(text + ")");
+    }
+    std::sort(out.begin(), out.end());
+    return out;
+  }
+
+  TempDir dir_;
+  std::filesystem::path file_;
+  TqxSQLiteConnection connection_;
+  TqxSQLiteMetadataProvider provider_;
+  TastSQL92SyntaxProvider syntax_;
+};
+
+TEST_F(SQLiteProviderTest, SystemTablesOnlyWithSystem) {
+  SQLiteExec(file_,
+             "create table counted (id integer primary key autoincrement, v int);"
+             "insert into counted (v) values (1);"
+             "create table plain (a int);"
+             "create index plain_a on plain (a);"
+             "analyze;"
+             "create view seen as select * from plain");
+  Names names;
+  provider_.GetTableNames(names, false);
+  EXPECT_EQ(names, (Names{"counted", "plain"}));
+  provider_.GetTableNames(names, true);
+  EXPECT_EQ(names, (Names{"counted", "sqlite_sequence", "plain", "sqlite_stat1"}));
+  provider_.GetViewNames(names, true);
+  EXPECT_EQ(names, Names{"seen"});
+}
+
+TEST_F(SQLiteProviderTest, ImplicitKeysFollowThePrimaryKeyOrderAndBrokenKeysAreLeftOut) {
+  SQLiteExec(file_,
+             "create table p (k1 int, k2 int, primary key (k2, k1));"
+             "create table nokey (v int);"
+             "create table q (a int, b int, c int, d int,"
+             " foreign key (a, b) references p,"      // p's key, in key order
+             " foreign key (c) references p,"         // too narrow: unusable
+             " foreign key (d) references nokey,"     // no primary key: unusable
+             " foreign key (d) references gone (x))"  // missing table, named column: kept
+  );
+  EXPECT_EQ(Relations("q"), (Names{"q(a,b) -> p(k2,k1)", "q(d) -> gone(x)"}));
+  EXPECT_EQ(Relations("p"), Names{"q(a,b) -> p(k2,k1)"});
+}
+
+TEST_F(SQLiteProviderTest, TableNamesMatchWithoutRegardToLetterCase) {
+  SQLiteExec(file_,
+             "create table Parent (id int primary key);"
+             "create table child (pid int references PARENT (id))");
+  EXPECT_EQ(Relations("parent"), Names{"child(pid) -> Parent(id)"});
+  EXPECT_EQ(Relations("CHILD"), Names{"child(pid) -> Parent(id)"});
+}
+
+TEST_F(SQLiteProviderTest, TextWithoutAStatementHasNoFields) {
+  SQLiteExec(file_, "create table t (a int)");
+  Names fields{"left over"};
+  provider_.GetFields("  -- nothing\n", fields);
+  EXPECT_TRUE(fields.empty());
+}
+
+TEST_F(SQLiteProviderTest, OpenFailuresCarrySQLitesMessage) {
+  TqxSQLiteConnection missing((dir_.Path() / "missing.db").string());
+  try {
+    missing.Open();
+    FAIL() << "no error";
+  } catch (const EqxError& e) {
+    EXPECT_THAT(e.what(), HasSubstr("unable to open database file"));
+    EXPECT_THAT(e.what(), HasSubstr("missing.db"));
+  }
+  EXPECT_FALSE(std::filesystem::exists(dir_.Path() / "missing.db"));
+
+  std::ofstream(dir_.Path() / "junk.db") << std::string(4096, 'x');
+  TqxSQLiteConnection junk((dir_.Path() / "junk.db").string());
+  TqxSQLiteMetadataProvider provider(&junk);
+  Names names;
+  try {
+    provider.GetTableNames(names, false);
+    FAIL() << "no error";
+  } catch (const EqxError& e) {
+    EXPECT_THAT(e.what(), HasSubstr("file is not a database"));
+  }
+
+  TqxSQLiteConnection unnamed;
+  EXPECT_THROW(unnamed.Open(), EqxError);
+}
+
+TEST_F(SQLiteProviderTest, AGivenHandleIsUsedButNotClosed) {
+  SQLiteExec(file_, "create table t (a int)");
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(file_.c_str(), &db), SQLITE_OK);
+  {
+    TqxSQLiteConnection connection(db);
+    TqxSQLiteMetadataProvider provider(&connection);
+    Names names;
+    provider.GetTableNames(names, false);
+    EXPECT_EQ(names, Names{"t"});
+    EXPECT_EQ(connection.GetHandle(), db);
+  }
+  // Still open: the application owns it.
+  EXPECT_EQ(sqlite3_exec(db, "create table u (b int)", nullptr, nullptr, nullptr), SQLITE_OK);
+  EXPECT_EQ(sqlite3_close(db), SQLITE_OK);
+}
+
+}  // namespace
+}  // namespace qorvex::dbtest

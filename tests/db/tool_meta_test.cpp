@@ -1,0 +1,92 @@
+// The `meta` command of qorvex-sql on SQLite files, natively and through ODBC.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+
+#include "db_fixture.h"
+
+namespace qorvex::dbtest {
+namespace {
+
+struct Result {
+  int status = -1;
+  std::string out;
+};
+
+std::string Quote(const std::string& s) {
+  std::string q = "'";
+  for (char c : s)
+    q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+// Runs the tool with `args` (already quoted), standard error discarded.
+Result Tool(const std::string& args) {
+  Result r;
+  FILE* pipe = popen((std::string(QORVEX_TOOL) + " " + args + " 2>/dev/null").c_str(), "r");
+  if (pipe == nullptr)
+    return r;
+  char buffer[4096];
+  size_t n;
+  while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0)
+    r.out.append(buffer, n);
+  int status = pclose(pipe);
+  r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return r;
+}
+
+class ToolMetaTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    file_ = (dir_.Path() / "shop.db").string();
+    SQLiteExec(file_,
+               "create table customer (id integer primary key autoincrement, name text);"
+               "create table orders (no int, cust int, line int, primary key (no, line),"
+               " foreign key (cust) references customer (id));"
+               "create table shipment (order_no int, order_line int,"
+               " foreign key (order_no, order_line) references orders (no, line));"
+               "create view big_orders as select * from orders where no > 100");
+  }
+  std::string Sqlite() const { return "meta --sqlite " + Quote(file_) + " "; }
+
+  TempDir dir_;
+  std::string file_;
+};
+
+TEST_F(ToolMetaTest, AnswersEachQuestionOneItemPerLine) {
+  EXPECT_EQ(Tool(Sqlite() + "tables").out, "customer\norders\nshipment\n");
+  EXPECT_EQ(Tool(Sqlite() + "--system tables").out,
+            "customer\nsqlite_sequence\norders\nshipment\n");
+  EXPECT_EQ(Tool(Sqlite() + "views").out, "big_orders\n");
+  EXPECT_EQ(Tool(Sqlite() + "fields " + Quote("select * from big_orders b, customer")).out,
+            "no\ncust\nline\nid\nname\n");
+  Result relations = Tool(Sqlite() + "relations orders");
+  EXPECT_EQ(relations.status, 0);
+  EXPECT_EQ(relations.out,
+            "shipment(order_no,order_line) -> orders(no,line)\n"
+            "orders(cust) -> customer(id)\n");
+}
+
+TEST_F(ToolMetaTest, TheODBCProviderGivesTheSameAnswers) {
+  const std::string odbc =
+      "meta --odbc " + Quote("Driver=" + SQLiteODBCDriver() + ";Database=" + file_ + ";") + " ";
+  EXPECT_EQ(Tool(odbc + "views").out, "big_orders\n");
+  EXPECT_EQ(Tool(odbc + "relations orders").out,
+            "shipment(order_no,order_line) -> orders(no,line)\n"
+            "orders(cust) -> customer(id)\n");
+}
+
+TEST_F(ToolMetaTest, ErrorsAndMisuseHaveTheirExitStatus) {
+  EXPECT_EQ(Tool(Sqlite() + "fields " + Quote("select * from nowhere")).status, 1);
+  EXPECT_EQ(Tool("meta --sqlite " + Quote(file_ + ".missing") + " tables").status, 1);
+  for (const char* misuse :
+       {"meta tables", "meta --sqlite", "meta --sqlite x.db", "meta --sqlite x.db colours",
+        "meta --sqlite x.db fields", "meta --sqlite x.db tables extra",
+        "meta --sqlite x.db --system views", "meta --sqlite a.db --odbc b tables"})
+    EXPECT_EQ(Tool(misuse).status, 2) << misuse;
+}
+
+}  // namespace
+}  // namespace qorvex::dbtest
