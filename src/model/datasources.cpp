@@ -243,7 +243,10 @@ std::unique_ptr<TSQLFromSource> TqxDatasourceBase::BuildAST(TSQLFromSourceMap& M
   if (!node)
     return nullptr;
   Map.emplace_back(Source_.get(), node.get());
-  if (!Links_.empty()) {
+  if (Links_.size() == 1 && Links_.front()->GetLinkExpression() != nullptr) {
+    // An AND of one link is that link's condition.
+    node->SetJoinCondition(CloneNode(*Links_.front()->GetLinkExpression()));
+  } else if (!Links_.empty()) {
     auto conjunction = NewNode<TSQLExpressionAnd>(node->GetSyntaxProvider());
     for (const auto& link : Links_) {
       if (link->GetLinkExpression() != nullptr)

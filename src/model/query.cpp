@@ -136,6 +136,7 @@ TqxUnionSubQuery* TqxUnionGroup::Insert(int Index) {
   CheckCanAddOperand();
   if (GetQueryBuilder() == nullptr || GetQueryBuilder()->IsDestroying())
     return nullptr;
+  TqxUpdateGuard guard(this);
   TqxUnionSubQuery* operand = InsertAST(Index, model::MakeEmptySelect(GetASTSyntaxProvider()));
   NotifySQLUpdated();
   return operand;
@@ -176,6 +177,7 @@ TqxUnionSubQuery* TqxUnionGroup::InsertAST(int Index,
                                            std::unique_ptr<TSQLSubQuerySelectExpression> Node) {
   if (!Node)
     return nullptr;
+  TqxUpdateGuard guard(this);
   auto* operand = static_cast<TqxUnionSubQuery*>(
       InsertItem(Index, std::make_unique<TqxUnionSubQuery>(GetQueryBuilder(), this)));
   operand->SetUnionOperator(OperatorOf(*Node));
@@ -194,6 +196,7 @@ TqxUnionGroup* TqxUnionGroup::InsertGroupAST(int Index,
                                              std::unique_ptr<TSQLSubQueryExpressions> Node) {
   if (!Node)
     return nullptr;
+  TqxUpdateGuard guard(this);
   auto* group = static_cast<TqxUnionGroup*>(
       InsertItem(Index, std::make_unique<TqxUnionGroup>(GetQueryBuilder(), this)));
   group->SetUnionOperator(OperatorOf(*Node));

@@ -84,6 +84,41 @@ std::unique_ptr<TSQLExpressionItem> Join(std::vector<std::unique_ptr<TSQLExpress
   return collection;
 }
 
+// Splits a condition into the items of a logical collection of class Collection,
+// descending through brackets and nested collections of the same class. Brackets around
+// an item go, except around an AND or OR when StripAll is false.
+template <class Collection>
+void SplitLogical(std::unique_ptr<TSQLExpressionItem> E,
+                  std::vector<std::unique_ptr<TSQLExpressionItem>>& Items, bool StripAll) {
+  if (!E)
+    return;
+  TSQLExpressionItem* core = E.get();
+  while (auto* brackets = As<TSQLExpressionBrackets>(core)) {
+    if (brackets->GetInner() == nullptr)
+      break;
+    core = brackets->GetInner();
+  }
+  if (auto* collection = As<Collection>(core)) {
+    while (collection->Count() > 0)
+      SplitLogical<Collection>(collection->Extract(0), Items, StripAll);
+    return;
+  }
+  const bool keep = !StripAll && As<TSQLExpressionLogicalCollection>(core) != nullptr;
+  if (keep || core == E.get()) {
+    Items.push_back(std::move(E));
+    return;
+  }
+  // Takes the core out of its brackets.
+  TSQLExpressionItem* parent = E.get();
+  while (auto* brackets = As<TSQLExpressionBrackets>(parent)) {
+    if (brackets->GetInner() == core) {
+      Items.push_back(brackets->ExtractInner());
+      return;
+    }
+    parent = brackets->GetInner();
+  }
+}
+
 }  // namespace
 
 namespace model {
@@ -1052,21 +1087,13 @@ void TqxSelectList::LoadConditionFromAST(std::unique_ptr<TSQLExpressionItem> Con
   Condition = PrepareLogicalExpressionForLoading(std::move(Condition));
   if (!Condition)
     return;
+  // An OR is split into criteria columns, an AND into terms. Brackets around a column
+  // or around an AND term go (AND binds tighter than OR); an OR inside an AND keeps them.
   std::vector<std::unique_ptr<TSQLExpressionItem>> columns;
-  if (auto* disjunction = As<TSQLExpressionOr>(Condition.get())) {
-    while (disjunction->Count() > 0)
-      columns.push_back(disjunction->Extract(0));
-  } else {
-    columns.push_back(std::move(Condition));
-  }
+  SplitLogical<TSQLExpressionOr>(std::move(Condition), columns, true);
   for (std::size_t column = 0; column < columns.size(); ++column) {
     std::vector<std::unique_ptr<TSQLExpressionItem>> terms;
-    if (auto* conjunction = As<TSQLExpressionAnd>(columns[column].get())) {
-      while (conjunction->Count() > 0)
-        terms.push_back(conjunction->Extract(0));
-    } else {
-      terms.push_back(std::move(columns[column]));
-    }
+    SplitLogical<TSQLExpressionAnd>(std::move(columns[column]), terms, false);
     for (auto& term : terms) {
       if (!term)
         continue;
