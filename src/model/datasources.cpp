@@ -723,6 +723,21 @@ TqxSubQuery* TqxDataSourceQuery::GetSubQuery() const {
   return proxy != nullptr ? proxy->GetSubQuery() : nullptr;
 }
 
+void TqxDataSourceQuery::NotifySQLUpdated() {
+  TqxDatasource::NotifySQLUpdated();
+  TqxBaseQueryBuilder* builder = GetQueryBuilder();
+  if (GetIsUpdating() || IsDestroying() || builder == nullptr || builder->IsSQLLoading() ||
+      builder->GetMetadataProvider() == nullptr || GetFromSource() == nullptr)
+    return;
+  try {
+    RefreshMetadata();
+  } catch (const std::exception&) {
+    // An unfinished sub-query (no columns yet, say) has no fields to show.
+    GetFromSource()->Fields.clear();
+    UpdateContolParams();
+  }
+}
+
 std::string TqxDataSourceQuery::GetCaption() const {
   const std::string alias = GetAlias();
   return alias.empty() ? std::string("SubQuery") : "SubQuery " + alias;

@@ -281,7 +281,10 @@ TEST_F(QueryTest, SubQueriesAreModelsOfTheirOwn) {
   TqxDataSourceQuery* derived = Operand()->AddQuery();
   ASSERT_NE(derived, nullptr);
   EXPECT_EQ(derived->GetAlias(), "q1");
+  // An edit inside the derived table has its field list read again.
+  const int asked = FieldQuestions;
   derived->GetSubQuery()->GetFirstOperand()->AddObject("u");
+  EXPECT_GT(FieldQuestions, asked + 1);
   EXPECT_EQ(Builder.GetSubQueriesCount(), 3);
   EXPECT_EQ(SQL(),
             "SELECT o.a FROM t o,  (SELECT FROM u) q1 WHERE o.a IN (SELECT u.a, u.b FROM u WHERE "

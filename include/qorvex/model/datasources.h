@@ -244,6 +244,9 @@ class TqxDataSourceQuery : public TqxDatasource {
   void LoadFromAST(std::unique_ptr<TSQLFromSource> Source) override;
   TqxSubQuery* GetSubQuery() const;
   std::string GetCaption() const override;
+  // A change of the sub-query changes the derived table's columns: the field list is read
+  // again (empty while the sub-query cannot be described).
+  void NotifySQLUpdated() override;
 };
 
 // One join condition between two datasources: two ends with a field each (no fields for
