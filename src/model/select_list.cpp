@@ -542,6 +542,7 @@ void TqxSelectItem::SetConditionNode(int Index, std::unique_ptr<TSQLExpressionIt
     Conditions_.resize(static_cast<std::size_t>(Index) + 1);
   }
   Conditions_[static_cast<std::size_t>(Index)] = std::move(Condition);
+  ShrinkConditionsList();
   NotifySQLUpdated();
 }
 
@@ -678,6 +679,10 @@ void TqxSelectItem::FreeModelObject() {
   List_->RemoveItem(this);
 }
 
+void TqxSelectItem::InsertEmptyEvent() {
+  List_->InsertEmptyRow(GetIndex());
+}
+
 void TqxSelectItem::GetPopupMenu(TqxPopupMenu& Menu) {
   // The list's trailing empty row, the grid's row for a new entry, has no menu.
   if (GetIndex() == List_->GetCount() - 1)
@@ -688,7 +693,7 @@ void TqxSelectItem::GetPopupMenu(TqxPopupMenu& Menu) {
   Menu.push_back(std::move(remove));
   TqxMenuItem insert;
   insert.Caption = "Insert Empty Row";
-  insert.OnClick = [this] { List_->InsertEmptyRow(GetIndex()); };
+  insert.OnClick = [this] { InsertEmptyEvent(); };
   Menu.push_back(std::move(insert));
 }
 
@@ -1146,6 +1151,10 @@ void TqxSelectList::LoadOrderByListFromAST(std::unique_ptr<TSQLOrderByClause> Or
     if (!entry || entry->GetExpression() == nullptr)
       continue;
     std::unique_ptr<TSQLExpressionItem> expression = entry->ExtractExpression();
+    // The statement's ORDER BY stands outside every SELECT block; its names belong to
+    // this operand's sources.
+    if (UnionSubQuery_ != nullptr)
+      UnionSubQuery_->BindNames(*expression);
     TqxSelectItem* row = nullptr;
     // A bare name may be an output row's alias.
     if (const auto* reference = As<const TSQLExpressionColumn>(expression.get())) {

@@ -42,6 +42,8 @@ class TqxQueryBase : public TqxQueryBuilderControlOwner {
   void SetUnionOperator(const std::string& Operator);
   // The same, reporting the change (the union bar's operator menu).
   void SetUnionOperatorEvent(const std::string& Operator);
+  // Has the controls show the operator again.
+  void UpdateUnionOperator() { UpdateContolParams(); }
 
  protected:
   friend class TqxUnionGroup;
@@ -191,8 +193,12 @@ class TqxUnionSubQuery : public TqxQueryBase {
   // Binds the names under Root against the visible sources.
   void BindNames(TastExtender& Root) const;
 
+  // The work area: the operand's control.
+  TqxControl* GetWorkArea() const { return GetControl(); }
   // The work-area menu.
   void GetPopupMenuWA(TqxPopupMenu& Menu);
+  // The "Union" items: a new operand after this one, brackets around it, its removal.
+  void CreateUnionPopupMenu(TqxPopupMenu& Menu) { GetPopupMenu(Menu); }
 
   void GetASTChildren(std::vector<TastNode*>& List) const override;
   void GetChildOwners(std::vector<TqxQueryBuilderControlOwner*>& List) const override;

@@ -95,7 +95,9 @@ class TqxSelectItem : public TqxQueryBuilderControlOwner {
   void SetCondition(int Index, const std::string& Text);
   // Stores a condition node (its left operand removed when it is the row's expression).
   void SetConditionNode(int Index, std::unique_ptr<TSQLExpressionItem> Condition);
-  // Drops empty cells at the end of the condition list.
+  // Drops empty cells at the end of the condition list. Cells before a filled one stay:
+  // a condition's column is the OR group it belongs to, so moving it would change the
+  // query.
   void ShrinkConditionsList();
   bool HasConditions() const;
 
@@ -104,6 +106,9 @@ class TqxSelectItem : public TqxQueryBuilderControlOwner {
   bool IsCanSort() const;
   // Clears what the row no longer supports: alias, output, sorting.
   void CheckItemProperties();
+
+  // Inserts an empty row before this one (the row menu's "Insert Empty Row").
+  void InsertEmptyEvent();
 
   // The select item written for an output row (null for an empty row).
   std::unique_ptr<TSQLSelectItem> GetASTTree() const;
