@@ -2,8 +2,8 @@
 //
 // Each statement of the input (split on ";" tokens) is parsed on its own with the
 // entry of the command. Accepted statements are written back through the SQL builders;
-// the builder's CR LF line breaks become "\n" on output, as usual for text on this
-// platform. Statements are separated in the output by a line holding ";". A rejected
+// the plain-text builder breaks lines with "\n" instead of its CR LF, as usual for text
+// on this platform (line breaks inside names and strings stay as they are). Statements are separated in the output by a line holding ";". A rejected
 // statement gives one line on standard error, FILE:LINE:COL: error: MESSAGE near
 // "TOKEN", with positions in the whole input, and the exit status 1.
 #include <memory>
@@ -95,20 +95,16 @@ std::unique_ptr<TastNode> ParseWith(TastSyntaxProvider& provider, Entry entry,
 std::string WriteBack(const TastNode& node, const Options& o) {
   std::string text;
   std::unique_ptr<TSQLBuilder> builder;
-  if (o.html)
+  if (o.html) {
     builder = std::make_unique<TSQLBuilderHTML>(&text);
-  else
-    builder = std::make_unique<TSQLBuilderPlainText>(&text);
+  } else {
+    auto plain = std::make_unique<TSQLBuilderPlainText>(&text);
+    plain->NewLineText = "\n";
+    builder = std::move(plain);
+  }
   builder->ResetBuilder();
   node.BuildSQL(*builder, !o.oneLine);
-  std::string out;
-  out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')
-      continue;
-    out += text[i];
-  }
-  return out;
+  return text;
 }
 
 int Run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err, Entry entry,

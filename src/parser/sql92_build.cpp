@@ -207,10 +207,8 @@ std::unique_ptr<TSQLSubSelectStatement> SQL92Parser::subSelectStatement() {
 void SQL92Parser::queryExpression(TSQLSubQueryExpressions& list) {
   list.Add(subQueryExpression());
   while (Decision() == 1) {
-    const std::int32_t op = Decision();
-    const TqxToken& word = Get();
-    (void)op;
-    std::string text = word.val;
+    Decision();  // union, except or intersect: the word itself is kept
+    std::string text = Get().val;
     for (char& c : text)
       c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
     bool all = false;

@@ -104,7 +104,11 @@ template <class F>
 void SQL92Parser::Reuse(int production, TqxWayList& ways, F&& calc) {
   if (ways.empty())
     return;
-  if (plain_ || ways.size() != 1) {
+  // Readings multiply where a bracket can open several constructs (a condition, an
+  // expression, a sub-query, a join group): only there is the same part worked out at
+  // the same token more than once, so only there are readings kept for reuse.
+  if (plain_ || ways.size() != 1 ||
+      (production != kWorkedTableSourceInner && NextKind(ways.front()->tokenIndex) != tkLParen)) {
     calc(ways);
     return;
   }
@@ -151,6 +155,19 @@ void SQL92Parser::Reuse(int production, TqxWayList& ways, F&& calc) {
   slot = &workedIndex_[static_cast<std::size_t>(production) * row + column];
   *slot = static_cast<std::int32_t>(worked_.size());
   peakDepth_ = std::max(savedPeak, peakDepth_);
+}
+
+template <class Dead>
+void SQL92Parser::DropDead(TqxWayList& ways, Dead dead) {
+  if (plain_)
+    return;
+  std::size_t keep = 0;
+  for (TqxWayPoint* w : ways) {
+    if (maxErrIndex > w->tokenIndex && dead(NextKind(w->tokenIndex)))
+      continue;
+    ways[keep++] = w;
+  }
+  ways.resize(keep);
 }
 
 // ---- list union -----------------------------------------------------------------------
@@ -344,8 +361,13 @@ void SQL92Parser::Iter(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
     return;
   }
   ListRef result = TakeList();
-  for (TqxWayPoint* w : ways)
+  // The farthest token of the stopping ways: a way that went past it after one more
+  // iteration cannot have a twin among them, which keeps long repetitions linear.
+  std::int32_t farthest = -2;
+  for (TqxWayPoint* w : ways) {
     result->push_back(NewWayPoint(w, 0));
+    farthest = std::max(farthest, w->tokenIndex);
+  }
   for (;;) {
     std::size_t k = 0;
     for (TqxWayPoint* w : ways) {
@@ -359,7 +381,19 @@ void SQL92Parser::Iter(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
     if (ways.empty())
       break;
     // Each way that did one more iteration may stop after it.
-    AppendChildren(*result, ways, 0);
+    bool beyond = true;
+    for (const TqxWayPoint* w : ways)
+      beyond = beyond && w->tokenIndex > farthest;
+    if (plain_ || beyond) {
+      for (TqxWayPoint* w : ways) {
+        result->push_back(NewWayPoint(w, 0));
+        farthest = std::max(farthest, w->tokenIndex);
+      }
+    } else {
+      AppendChildren(*result, ways, 0);
+      for (const TqxWayPoint* w : ways)
+        farthest = std::max(farthest, w->tokenIndex);
+    }
   }
   ways.swap(*result);
 }
@@ -565,6 +599,7 @@ void SQL92Parser::selectItemWayCalc(TqxWayList& ways) {
              alias1WayCalc(x);
            });
          }));
+  DropDead(ways, [](std::int32_t kind) { return !kFollowSelectItem.Has(kind); });
 }
 
 // alias1, alias2: identifier | string literal | keywordAsIdentifier
@@ -780,8 +815,11 @@ void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels) {
   if (ways.empty())
     return;
   if (plain_) {
+    ListRef starts = TakeList();
+    *starts = ways;
     QualifiersWayCalc(ways, levels);
     namePartWayCalc(ways);
+    DropLongNames(ways, *starts, levels + 1);
     return;
   }
   // One way gives at most levels + 1 readings; more ways go to the heap.
@@ -828,6 +866,10 @@ void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels) {
       const std::int32_t nameKind = NextKind(s);
       if (!kNamePart.Has(nameKind))
         continue;
+      if (NameParts(p, s + 1) > levels + 1) {
+        RaiseMaxErr(s + 1);
+        continue;
+      }
       NameReading& r = slot();
       r.start = w;
       r.groups = j;
@@ -1037,6 +1079,7 @@ void SQL92Parser::expressionWayCalc(TqxWayList& ways) {
   Reuse(kWorkedExpression, ways, [&](TqxWayList& ways) {
     Nest nest(*this, ways);
     expressionAddWayCalc(ways);
+    DropDead(ways, [](std::int32_t kind) { return kCannotFollowExpression.Has(kind); });
   });
 }
 
@@ -1205,11 +1248,54 @@ void SQL92Parser::SQLTypeWayCalc(TqxWayList& ways) {
 
 // SQLTypeUser: [ identifier "." ] identifier
 void SQL92Parser::SQLTypeUserWayCalc(TqxWayList& ways) {
+  ListRef starts = TakeList();
+  *starts = ways;
   Opt(ways, kIdentifier, [&](TqxWayList& w) {
     identifierWayCalc(w);
     Expect(w, tkDot);
   });
   identifierWayCalc(ways);
+  DropLongNames(ways, *starts, 2);
+}
+
+// A bracketed name token such as [a][b] stands for several name parts. A reading of a
+// name that stands for more parts than the name may have dies at its last token, as if
+// that token had not been expected there.
+std::int32_t SQL92Parser::NameParts(std::int32_t start, std::int32_t end) const {
+  std::int32_t parts = 1;
+  for (std::int32_t i = start + 1; i <= end; ++i) {
+    const std::int32_t kind = KindAt(i);
+    if (kind == tkDot) {
+      ++parts;
+    } else if (kind == tkQuotedIdentifier) {
+      const std::string& v = scanner->GetToken(i).val;
+      for (std::size_t at = 0; at < v.size() && v[at] == '[';) {
+        const std::size_t close = v.find(']', at + 1);
+        if (at != 0)
+          ++parts;
+        if (close == std::string::npos)
+          break;
+        at = close + 1;
+      }
+    }
+  }
+  return parts;
+}
+
+void SQL92Parser::DropLongNames(TqxWayList& ways, const TqxWayList& starts, std::int32_t maxParts) {
+  std::size_t keep = 0;
+  for (TqxWayPoint* w : ways) {
+    const TqxWayPoint* start = w;
+    while (start != nullptr && std::find(starts.begin(), starts.end(), start) == starts.end())
+      start = start->parent;
+    if (start != nullptr && NameParts(start->tokenIndex, w->tokenIndex) > maxParts) {
+      RaiseMaxErr(w->tokenIndex);
+      w->RemoveFromParent();
+      continue;
+    }
+    ways[keep++] = w;
+  }
+  ways.resize(keep);
 }
 
 // The built-in types: a one-word type (decision 0) or one of the forms with arguments

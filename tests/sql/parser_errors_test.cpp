@@ -164,7 +164,7 @@ TEST(Nesting, DeepTextsAreReadOrRejectedCleanly) {
       "select * from " + Repeat("(select * from ", n) + "t" + Repeat(") x", n),
       "select * from " + Repeat("(", n) + "t" + Repeat(")", n),
       "select " + Repeat("case when a = 1 then ", n) + "1" + Repeat(" end", n),
-      "select 1" + Repeat(" + 1", 900),
+      "select 1" + Repeat(" + 1", 500),
       "select * from a" + Repeat(" join b", n) + Repeat(" on 1 = 1", n),
   };
   for (const std::string& sql : accepted) {
@@ -207,11 +207,12 @@ TEST(Nesting, BoundIsReachedAtTheSameTokenInBothCalculations) {
 // the first way, and on the error index when there is none.
 TEST(WayCalculation, OptimisationsKeepTheFirstWayOnRandomTexts) {
   const std::vector<std::string> vocabulary = {
-      "select", "a",    "b.c",  ",",       "(",    ")",      "from",  "t",     "join",  "left",
-      "outer",  "on",   "=",    "1",       "not",  "and",    "or",    "in",    ".",     "*",
-      "union",  "all",  "case", "when",    "then", "end",    "as",    "x",     "[q r]", "'s'",
-      "count",  "is",   "null", "between", "like", "exists", "where", "group", "by",    "order",
-      "cross",  "cast", "int",  "numeric", "+",    "-",      ".*",    "<>",    "any",   "ada"};
+      "select", "a",     "b.c",   ",",     "(",     ")",     "from",    "t",       "join",
+      "left",   "outer", "on",    "=",     "1",     "not",   "and",     "or",      "in",
+      ".",      "*",     "union", "all",   "case",  "when",  "then",    "end",     "as",
+      "x",      "[q r]", "'s'",   "count", "is",    "null",  "between", "like",    "exists",
+      "where",  "group", "by",    "order", "cross", "cast",  "int",     "numeric", "+",
+      "-",      ".*",    "<>",    "any",   "ada",   "[a][b]"};
   std::mt19937 rng(12345);
   const Entry entries[] = {Entry::kSelect, Entry::kExpression, Entry::kLogical, Entry::kObject,
                            Entry::kItem};
@@ -363,6 +364,24 @@ TEST_F(WayOperations, GetPastTheEndGivesTheEndToken) {
     parser_.Get();
   EXPECT_EQ(parser_.Get().kind, tkEof);
   EXPECT_EQ(parser_.Get().kind, tkEof);
+}
+
+// The SQL92 production: a statement with an optional ";" after it.
+TEST(ParserProductions, SQL92TakesAnOptionalSemicolon) {
+  TastSQL92SyntaxProvider provider;
+  for (const char* text : {"select a from t;", "select a from t"}) {
+    SQL92Scanner scanner;
+    scanner.Init(text);
+    SQL92Parser parser(&scanner, &provider);
+    TqxWayList ways{parser.NewWayPoint(nullptr)};
+    parser.SQL92WayCalc(ways);
+    parser.Expect(ways, tkEof);
+    ASSERT_EQ(ways.size(), 1u) << text;
+    parser.UnrollWay(ways.front());
+    parser.GetWayNode();
+    auto statement = parser.SQL92();
+    EXPECT_EQ(Write(*statement, false), "SELECT a FROM t");
+  }
 }
 
 TEST(ParserErrorsCollector, FormatsMessages) {

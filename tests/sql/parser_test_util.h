@@ -64,9 +64,10 @@ inline std::unique_ptr<TastNode> Parse(TastSyntaxProvider& provider, Entry entry
   return nullptr;
 }
 
-inline std::string Write(const TastNode& node, bool multiLine) {
+inline std::string Write(const TastNode& node, bool multiLine, const char* newLine = "\r\n") {
   std::string text;
   TSQLBuilderPlainText builder(&text);
+  builder.NewLineText = newLine;
   builder.ResetBuilder();
   node.BuildSQL(builder, multiLine);
   return text;

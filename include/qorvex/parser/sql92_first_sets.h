@@ -114,4 +114,18 @@ inline constexpr S kQualifiedJoin = kJoinKindWord | S{tkKwJoin};
 inline constexpr S kJoinedTable = S{tkComma} | S{tkKwCross} | kQualifiedJoin;
 inline constexpr S kJoinRight = kSubTableSource | kTableSourceInner;
 
+// Tokens that never follow a complete part, in any context (each set is a subset of the
+// complement of the part's follow set): a way ending in front of one of them has no
+// future. Together with the error index already standing at or past that token, this
+// lets the way calculation drop such a way at once.
+inline constexpr S kCannotFollowName{tkDot};
+inline constexpr S kCannotFollowColumn{tkDot, tkLParen};
+inline constexpr S kCannotFollowExpression{tkDot,  tkLParen, tkPlus,   tkMinus,
+                                           tkStar, tkSlash,  tkPercent};
+// What may follow a select item: the next item, the clauses after the select list, the
+// end of its query specification and of the statement.
+inline constexpr S kFollowSelectItem{tkComma,    tkKwFrom,  tkKwWhere,  tkKwGroup,
+                                     tkKwHaving, tkKwUnion, tkKwExcept, tkKwIntersect,
+                                     tkKwOrder,  tkRParen,  tkEof,      tkSemicolon};
+
 }  // namespace qorvex::sql92first

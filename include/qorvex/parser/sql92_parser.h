@@ -56,7 +56,7 @@ class SQL92Parser : public TqxBaseParser {
  public:
   // How deep constructs may nest (brackets, sub-queries, NOT and sign chains, operator
   // chains). A text nesting deeper is rejected at the token where the bound is reached.
-  static constexpr std::int32_t kMaxNesting = 1000;
+  static constexpr std::int32_t kMaxNesting = 600;
 
   SQL92Parser(TqxBaseScanner* scanner, TastSyntaxProvider* provider);
   ~SQL92Parser() override;
@@ -207,6 +207,11 @@ class SQL92Parser : public TqxBaseParser {
 
   // Appends the ways of `src` to `dest`, dropping any that stand at the same token as a
   // way already there.
+  // Drops the ways standing before a token for which `dead` says they have no future,
+  // when the error index already stands at that token or beyond (so dropping them
+  // changes neither the first way nor the error position).
+  template <class Dead>
+  void DropDead(TqxWayList& ways, Dead dead);
   void Unite(TqxWayList& dest, const TqxWayList& src);
   void DropTwins(TqxWayList& ways);
   // Appends a child of every parent to `dest` unless a way of `dest` stands there.
@@ -217,6 +222,10 @@ class SQL92Parser : public TqxBaseParser {
   // readings of the nested options directly from the tokens, with the same ways, order
   // and error position as the options themselves.
   void NameWayCalc(TqxWayList& ways, int levels);
+  // Number of name parts that the tokens after `start` up to `end` stand for.
+  std::int32_t NameParts(std::int32_t start, std::int32_t end) const;
+  // Drops the ways (each below one of `starts`) whose name stands for too many parts.
+  void DropLongNames(TqxWayList& ways, const TqxWayList& starts, std::int32_t maxParts);
 
   // Runs `calc` for production `production`, or reuses its earlier result at that token.
   template <class F>

@@ -1,0 +1,6 @@
+// Fuzzes the expression parse entry; see parse_common.h.
+#include "parse_common.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  return qorvex::fuzz::Run(data, size, qorvex::fuzz::Entry::kExpression);
+}
