@@ -1,0 +1,83 @@
+#pragma once
+
+// Small helpers shared by the model's sources.
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "qorvex/ast/node.h"
+#include "qorvex/core/errors.h"
+
+namespace qorvex::model {
+
+inline char UpperChar(char c) {
+  return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
+}
+inline char LowerChar(char c) {
+  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Letter-case folding of SQL words and names is ASCII.
+inline std::string UpperCase(std::string_view Text) {
+  std::string out(Text);
+  for (char& c : out)
+    c = UpperChar(c);
+  return out;
+}
+inline std::string LowerCase(std::string_view Text) {
+  std::string out(Text);
+  for (char& c : out)
+    c = LowerChar(c);
+  return out;
+}
+inline bool SameText(std::string_view A, std::string_view B) {
+  if (A.size() != B.size())
+    return false;
+  for (std::size_t i = 0; i < A.size(); ++i) {
+    if (UpperChar(A[i]) != UpperChar(B[i]))
+      return false;
+  }
+  return true;
+}
+
+inline bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || c == '\v';
+}
+inline std::string Trim(std::string_view Text) {
+  std::size_t begin = 0;
+  std::size_t end = Text.size();
+  while (begin < end && IsBlank(Text[begin]))
+    ++begin;
+  while (end > begin && IsBlank(Text[end - 1]))
+    --end;
+  return std::string(Text.substr(begin, end - begin));
+}
+
+// Whether two nodes write the same one-line text, ignoring letter case (both missing
+// counts as equal).
+inline bool SameNodeText(const TastNode* A, const TastNode* B) {
+  if (A == nullptr || B == nullptr)
+    return A == B;
+  return SameText(A->GetSimpleSQL(), B->GetSimpleSQL());
+}
+
+// The node as T (null when it is of another class).
+template <class T, class U>
+T* As(U* Node) {
+  return dynamic_cast<T*>(Node);
+}
+
+// Takes ownership of a node known to be of class T.
+template <class T, class U>
+std::unique_ptr<T> Downcast(std::unique_ptr<U> Node) {
+  if (!Node)
+    return nullptr;
+  T* typed = dynamic_cast<T*>(Node.get());
+  if (typed == nullptr)
+    throw EqxError("Unexpected node class");
+  Node.release();
+  return std::unique_ptr<T>(typed);
+}
+
+}  // namespace qorvex::model

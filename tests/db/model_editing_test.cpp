@@ -1,0 +1,232 @@
+// Editing a query the way a user does in the designer, on a SQLite database whose
+// metadata (fields, foreign keys) the model reads: every operation is one change report
+// and gives the expected SQL, and the SQL runs.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "db_fixture.h"
+#include "qorvex/ast/from.h"
+#include "qorvex/ast/query.h"
+#include "qorvex/metadata/sqlite_provider.h"
+#include "qorvex/model/model.h"
+#include "qorvex/syntax/components.h"
+
+namespace qorvex::dbtest {
+namespace {
+
+const char* const kSchema = R"sql(
+create table customers (id integer primary key, name text, city text);
+create table products (id integer primary key, name text, price real);
+create table orders (id integer primary key, customer_id integer references customers(id),
+                     total real, status text);
+create table order_items (order_id integer references orders(id),
+                          product_id integer references products(id), qty integer,
+                          primary key (order_id, product_id));
+insert into customers values (1, 'Alice', 'Oslo'), (2, 'Bert', 'Rome'), (3, 'Anna', 'Oslo');
+insert into products values (1, 'Tea', 4.5), (2, 'Cake', 12.0);
+insert into orders values (10, 1, 150, 'open'), (11, 2, 80, 'closed'), (12, 3, 20, 'open');
+insert into order_items values (10, 1, 3), (10, 2, 1), (11, 2, 5), (12, 1, 2);
+)sql";
+
+class ModelEditingTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    file_ = dir_.Path() / "edit.db";
+    SQLiteExec(file_, kSchema);
+    connection_.SetFileName(file_.string());
+    metadata_.SetConnection(&connection_);
+    builder_.SetSyntaxProvider(&syntax_);
+    builder_.SetMetadataProvider(&metadata_);
+    output_.OnSQLUpdated = [this](TqxBaseSQLBuilder*) { ++reports_; };
+    output_.SetQueryBuilder(&builder_);
+  }
+
+  // The published statement on one line.
+  std::string SQL() const {
+    return output_.GetStatement() != nullptr ? output_.GetStatement()->GetSimpleSQL()
+                                             : std::string();
+  }
+
+  // Runs the published SQL on the database; the number of rows.
+  int Run() {
+    sqlite3* db = nullptr;
+    EXPECT_EQ(sqlite3_open(file_.c_str(), &db), SQLITE_OK);
+    sqlite3_stmt* statement = nullptr;
+    const std::string sql = output_.GetSQL();
+    int rows = -1;
+    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK) {
+      rows = 0;
+      while (sqlite3_step(statement) == SQLITE_ROW)
+        ++rows;
+    } else {
+      ADD_FAILURE() << sqlite3_errmsg(db) << " in: " << sql;
+    }
+    sqlite3_finalize(statement);
+    sqlite3_close(db);
+    return rows;
+  }
+
+  // Runs one operation and checks that it sent exactly one change report.
+  template <class F>
+  void Step(F&& Operation, const std::string& Expected) {
+    const int before = reports_;
+    Operation();
+    EXPECT_EQ(reports_ - before, 1) << "reports for: " << Expected;
+    EXPECT_EQ(SQL(), Expected);
+  }
+
+  TqxUnionSubQuery* Operand() { return builder_.GetQuery()->GetFirstOperand(); }
+
+  TempDir dir_;
+  std::filesystem::path file_;
+  TqxSQLiteConnection connection_;
+  TqxSQLiteMetadataProvider metadata_;
+  TqxSQL92SyntaxProvider syntax_;
+  TqxBaseQueryBuilder builder_;
+  TqxSQLBuilderPlainText output_;
+  int reports_ = 0;
+};
+
+TEST_F(ModelEditingTest, BuildingAJoinQueryStepByStep) {
+  TqxUnionSubQuery* q = Operand();
+  TqxDataSourceObject* customers = nullptr;
+  TqxDataSourceObject* orders = nullptr;
+  Step([&] { customers = q->AddObjectWithFK("customers"); }, "SELECT FROM customers");
+  EXPECT_EQ(customers->GetFields(), (std::vector<std::string>{"id", "name", "city"}));
+  Step([&] { orders = q->AddObjectWithFK("orders"); },
+       "SELECT FROM customers INNER JOIN  orders ON customers.id=orders.customer_id");
+  ASSERT_EQ(orders->GetJoinsCount(), 1);
+  TqxLink* link = orders->GetJoins(0);
+  EXPECT_EQ(link->GetLeftCardinality(), qblcOne);
+  EXPECT_EQ(link->GetRightCardinality(), qblcMany);
+
+  TqxSelectList* list = q->GetSelectList();
+  Step(
+      [&] { list->AddField(customers, "name"); },
+      "SELECT customers.name FROM customers INNER JOIN  orders ON customers.id=orders.customer_id");
+  Step([&] { list->AddField(orders, "total"); },
+       "SELECT customers.name, orders.total FROM customers INNER JOIN  orders ON "
+       "customers.id=orders.customer_id");
+  Step([&] { list->AddField(orders, "*"); },
+       "SELECT customers.name, orders.total, orders.* FROM customers INNER JOIN  orders ON "
+       "customers.id=orders.customer_id");
+  EXPECT_EQ(Run(), 3);
+
+  // Criteria in two columns: OR between them.
+  Step([&] { list->GetItems(1)->SetCondition(0, "> 100"); },
+       "SELECT customers.name, orders.total, orders.* FROM customers INNER JOIN  orders ON "
+       "customers.id=orders.customer_id WHERE orders.total>100");
+  Step([&] { list->GetItems(0)->SetCondition(1, "like 'B%'"); },
+       "SELECT customers.name, orders.total, orders.* FROM customers INNER JOIN  orders ON "
+       "customers.id=orders.customer_id WHERE orders.total>100 Or customers.name like 'B%'");
+  EXPECT_EQ(Run(), 2);
+  Step([&] { list->RemoveFields(orders, "*"); },
+       "SELECT customers.name, orders.total FROM customers INNER JOIN  orders ON "
+       "customers.id=orders.customer_id WHERE orders.total>100 Or customers.name like 'B%'");
+
+  Step([&] { link->SetJoinSides(true, false); },
+       "SELECT customers.name, orders.total FROM customers LEFT JOIN  orders ON "
+       "customers.id=orders.customer_id WHERE orders.total>100 Or customers.name like 'B%'");
+  EXPECT_EQ(link->GetLeftType(), ctOuter);
+  Step([&] { customers->SetAlias("c"); },
+       "SELECT c.name, orders.total FROM customers c LEFT JOIN  orders ON c.id=orders.customer_id "
+       "WHERE "
+       "orders.total>100 Or c.name like 'B%'");
+  Step([&] { list->GetItems(0)->SetSortTypeName("Descending"); },
+       "SELECT c.name, orders.total FROM customers c LEFT JOIN  orders ON c.id=orders.customer_id "
+       "WHERE "
+       "orders.total>100 Or c.name like 'B%' ORDER BY c.name DESC");
+  EXPECT_EQ(Run(), 2);
+
+  Step([&] { q->RemoveLink(link); },
+       "SELECT c.name, orders.total FROM customers c CROSS JOIN  orders WHERE orders.total>100 Or "
+       "c.name "
+       "like 'B%' ORDER BY c.name DESC");
+  EXPECT_EQ(Run(), 5);
+  Step([&] { q->RemoveDatasource(orders); },
+       "SELECT c.name FROM customers c WHERE c.name like 'B%' ORDER BY c.name DESC");
+  EXPECT_EQ(Run(), 1);
+}
+
+TEST_F(ModelEditingTest, ATableWithTwoForeignKeysLinksToBoth) {
+  TqxUnionSubQuery* q = Operand();
+  Step([&] { q->AddObjectWithFK("orders"); }, "SELECT FROM orders");
+  Step([&] { q->AddObjectWithFK("products"); }, "SELECT FROM orders,  products");
+  TqxDataSourceObject* items = nullptr;
+  Step([&] { items = q->AddObjectWithFK("order_items", "oi"); },
+       "SELECT FROM orders CROSS JOIN  products INNER JOIN  order_items oi ON "
+       "orders.id=oi.order_id And "
+       "products.id=oi.product_id");
+  EXPECT_EQ(items->GetJoinsCount(), 2);
+  Step([&] { q->GetSelectList()->AddExpression("Sum(oi.qty)"); },
+       "SELECT Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items oi ON "
+       "orders.id=oi.order_id And products.id=oi.product_id");
+  Step([&] { q->GetSelectList()->InsertField(0, q->GetDatasources()[1], "name"); },
+       "SELECT products.name, Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items "
+       "oi ON "
+       "orders.id=oi.order_id And products.id=oi.product_id");
+  Step([&] { q->GetSelectList()->GetItems(0)->SetGroupByTypeName("Group By"); },
+       "SELECT products.name, Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items "
+       "oi ON "
+       "orders.id=oi.order_id And products.id=oi.product_id GROUP BY products.name");
+  Step([&] { q->GetSelectList()->GetItems(1)->SetCondition(0, "> 5"); },
+       "SELECT products.name, Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items "
+       "oi ON "
+       "orders.id=oi.order_id And products.id=oi.product_id GROUP BY products.name HAVING "
+       "Sum(oi.qty)>5");
+  EXPECT_EQ(Run(), 1);
+}
+
+TEST_F(ModelEditingTest, AddingAndBracketingUnionOperands) {
+  builder_.SetSQL("SELECT c.name FROM customers c WHERE c.city = 'Oslo'");
+  builder_.ProcessMessages();
+  TqxUnionGroup* top = builder_.GetQuery()->GetUnionGroup();
+  TqxUnionSubQuery* second = nullptr;
+  Step([&] { second = top->Add(); },
+       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT");
+  TqxDataSourceObject* products = nullptr;
+  Step([&] { products = second->AddObject("products"); },
+       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT FROM products");
+  Step([&] { second->GetSelectList()->AddField(products, "name"); },
+       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT products.name FROM "
+       "products");
+  EXPECT_EQ(Run(), 4);
+  TqxUnionSubQuery* third = nullptr;
+  Step([&] { third = top->Add(); },
+       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT products.name FROM "
+       "products Union "
+       "SELECT");
+  Step([&] { third->GetSelectList()->AddExpression("'none'"); },
+       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT products.name FROM "
+       "products Union "
+       "SELECT 'none'");
+  Step([&] { third->SetUnionOperatorEvent("union all"); },
+       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT products.name FROM "
+       "products Union All "
+       "SELECT 'none'");
+  EXPECT_EQ(Run(), 5);
+  TqxUnionGroup* group = nullptr;
+  Step([&] { group = top->EncloseWithBrackets(second); },
+       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union (SELECT products.name FROM "
+       "products) Union "
+       "All SELECT 'none'");
+  Step([&] { group->AddToEnd(third); },
+       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union (SELECT products.name FROM "
+       "products Union All "
+       "SELECT 'none')");
+  Step([&] { group->RemoveBrackets(); },
+       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT products.name FROM "
+       "products Union All "
+       "SELECT 'none'");
+  Step([&] { top->Remove(second); },
+       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union All SELECT 'none'");
+  EXPECT_EQ(Run(), 3);
+}
+
+}  // namespace
+}  // namespace qorvex::dbtest
