@@ -3,9 +3,10 @@
 // Each statement of the input (split on ";" tokens) is parsed on its own with the
 // entry of the command. Accepted statements are written back through the SQL builders;
 // the plain-text builder breaks lines with "\n" instead of its CR LF, as usual for text
-// on this platform (line breaks inside names and strings stay as they are). Statements are separated in the output by a line holding ";". A rejected
-// statement gives one line on standard error, FILE:LINE:COL: error: MESSAGE near
-// "TOKEN", with positions in the whole input, and the exit status 1.
+// on this platform (line breaks inside names and strings stay as they are). Statements are
+// separated in the output by a line holding ";". A rejected statement gives one line on standard
+// error, FILE:LINE:COL: error: MESSAGE near "TOKEN", with positions in the whole input, and the
+// exit status 1.
 #include <memory>
 #include <ostream>
 #include <string>
@@ -27,6 +28,18 @@ class BaseDialectProvider : public TastSQL92SyntaxProvider {
  public:
   std::string GetQuoteBegin() const override { return TastSyntaxProvider::GetQuoteBegin(); }
   std::string GetQuoteEnd() const override { return TastSyntaxProvider::GetQuoteEnd(); }
+};
+
+// The library's HTML builder has no number or string-literal output by design; the tool
+// completes it, writing them as they stand (like identifiers, unescaped), so that any
+// statement can be shown as a fragment.
+class HtmlFragmentBuilder : public TSQLBuilderHTML {
+ public:
+  using TSQLBuilderHTML::TSQLBuilderHTML;
+
+ protected:
+  void WriteNumberInternal(std::string_view Text) override { WriteToStream(Text); }
+  void WriteStringInternal(std::string_view Text) override { WriteToStream(Text); }
 };
 
 enum class Entry { kSelect, kExpression, kLogical, kObject, kItem };
@@ -96,7 +109,7 @@ std::string WriteBack(const TastNode& node, const Options& o) {
   std::string text;
   std::unique_ptr<TSQLBuilder> builder;
   if (o.html) {
-    builder = std::make_unique<TSQLBuilderHTML>(&text);
+    builder = std::make_unique<HtmlFragmentBuilder>(&text);
   } else {
     auto plain = std::make_unique<TSQLBuilderPlainText>(&text);
     plain->NewLineText = "\n";
