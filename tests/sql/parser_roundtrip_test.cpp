@@ -145,7 +145,7 @@ const Written kWritten[] = {
     {Entry::kObject, "ada", "ada"},
     {Entry::kObject, "[]", "\"\""},
     {Entry::kObject, "[a][]", "a.\"\""},
-    {Entry::kExpression, "[] !< \"\"", "\"\"!<\"\""},
+    {Entry::kLogical, "[] !< \"\"", "\"\"!<\"\""},
     {Entry::kItem, "t.*", "t.*"},
     {Entry::kItem, "x = 1", "x=1"},
     {Entry::kItem, "a + 1 as total", "a+1 AS total"},
