@@ -1,5 +1,6 @@
 #include "qorvex/ast/names.h"
 
+#include <iterator>
 #include <string>
 
 #include "ast/node_util.h"
@@ -66,9 +67,10 @@ void TSQLQualifiedName::BuildFullName(TSQLBuilder& Builder) const {
   for (auto it = Names_.rbegin(); it != Names_.rend(); ++it) {
     if (it != Names_.rbegin())
       Builder.WriteSymbol(".");
-    // A part left empty (db..t) stays empty rather than becoming a quoted empty name,
-    // so that the text reads back as the same name.
-    if (!it->empty())
+    // A qualifying part left empty (db..t) stays empty rather than becoming a quoted
+    // empty name, so that the text reads back as the same name; an empty object name
+    // itself is written quoted, as nothing could stand in its place.
+    if (!it->empty() || std::next(it) == Names_.rend())
       Builder.WriteIdentifier(*it, GetSyntaxProvider());
   }
 }

@@ -90,15 +90,30 @@ struct SQL92Parser::Worked {
   std::int32_t depth;
 };
 
+namespace {
+// Work lists outlive a parse only as empty buffers kept per thread, so that a parse of a
+// short statement does not allocate its lists anew.
+thread_local std::vector<std::unique_ptr<TqxWayList>> spareLists;
+constexpr std::size_t kSpareLists = 64;
+constexpr std::size_t kSpareCapacity = 1024;
+}  // namespace
+
 SQL92Parser::SQL92Parser(TqxBaseScanner* scanner, TastSyntaxProvider* provider)
     : TqxBaseParser(scanner, provider) {
-  const auto tokens = static_cast<std::size_t>(TokenCount());
-  worked_.reserve(tokens / 2 + 8);
-  workedLeaves_.reserve(tokens + 8);
-  workedEnds_.reserve(tokens + 8);
+  pool_.swap(spareLists);
 }
 
-SQL92Parser::~SQL92Parser() = default;
+SQL92Parser::~SQL92Parser() {
+  if (!spareLists.empty())
+    return;
+  if (pool_.size() > kSpareLists)
+    pool_.resize(kSpareLists);
+  for (std::unique_ptr<TqxWayList>& list : pool_) {
+    if (list->capacity() > kSpareCapacity)
+      list = std::make_unique<TqxWayList>();
+  }
+  spareLists.swap(pool_);
+}
 
 template <class F>
 void SQL92Parser::Reuse(int production, TqxWayList& ways, F&& calc) {
@@ -919,8 +934,12 @@ void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels, std::int32_t next) {
     std::stable_sort(many.begin(), many.end(), before);
     begin = many.data();
     end = many.data() + many.size();
-  } else if (readingCount > 1) {
-    std::stable_sort(begin, end, before);
+  } else {
+    // At most levels + 1 readings: a stable insertion sort.
+    for (NameReading* i = begin + 1; i < end; ++i) {
+      for (NameReading* j = i; j > begin && before(*j, *(j - 1)); --j)
+        std::swap(*j, *(j - 1));
+    }
   }
   ways.clear();
   for (NameReading* r = begin; r != end; ++r) {
