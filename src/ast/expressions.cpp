@@ -152,6 +152,7 @@ void TSQLFunction::Assign(const TastExtender& Source) {
   if (function == nullptr || function == this)
     return;
   Name = function->Name;
+  Qualifiers = function->Qualifiers;
   Params_ = CloneChild(function->Params_);
 }
 
@@ -161,12 +162,20 @@ void TSQLFunction::GetMyChildren(std::vector<TastExtender*>& List) const {
 }
 
 void TSQLFunction::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const {
+  for (const std::string& part : Qualifiers) {
+    if (!part.empty())
+      Builder.WriteIdentifier(part, GetSyntaxProvider());
+    Builder.WriteSymbol(".");
+  }
   Builder.WriteIdentifier(Name, GetSyntaxProvider());
   WriteBracketed(Params_.get(), Builder, MultiLine);
 }
 
 std::string TSQLFunction::DumpDetails() const {
-  return Name;
+  std::string text;
+  for (const std::string& part : Qualifiers)
+    text += part + ".";
+  return text + Name;
 }
 
 TSQLOperator::TSQLOperator(TastSyntaxProvider* SyntaxProvider, std::string Text)

@@ -479,7 +479,9 @@ std::unique_ptr<TSQLFromItem> SQL92Parser::tableSourceInner() {
 std::unique_ptr<TSQLFunction> SQL92Parser::SQLfunction() {
   auto function = NewNode<TSQLFunction>(provider);
   auto name = dbObject();
-  function->Name = name->GetQualifiedName();
+  function->Name = name->GetObjName();
+  for (int i = name->Count() - 1; i >= 1; --i)
+    function->Qualifiers.push_back(name->GetNames(i));
   auto params = NewNode<TSQLFunctionParams>(provider);
   Get();  // "("
   if (Decision() == 1) {

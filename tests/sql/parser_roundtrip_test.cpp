@@ -149,6 +149,11 @@ const Written kWritten[] = {
     {Entry::kItem, "t.*", "t.*"},
     {Entry::kItem, "x = 1", "x=1"},
     {Entry::kItem, "a + 1 as total", "a+1 AS total"},
+    // A qualified function keeps its parts as separate names.
+    {Entry::kExpression, "dbo.f(a)", "dbo.f(a)"},
+    {Entry::kExpression, "db..f(1)", "db..f(1)"},
+    {Entry::kExpression, "\"my schema\".f(1)", "\"my schema\".f(1)"},
+    {Entry::kSelect, "select * from s.tf(1) x", "SELECT * FROM s.tf(1) x"},
 };
 
 TEST(ParserTrees, WriteTheExpectedText) {

@@ -54,8 +54,8 @@ class TSQLFunctionParams : public TastNodeWithList {
   using TastNodeWithList::TastNodeWithList;
 };
 
-// A function call: name(arguments). The arguments are the Params child; the inherited
-// item list is not used.
+// A function call: name(arguments), the name optionally qualified (schema.f). The
+// arguments are the Params child; the inherited item list is not used.
 class TSQLFunction : public TastNodeWithList {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLFunctionParams, Params)
@@ -64,6 +64,9 @@ class TSQLFunction : public TastNodeWithList {
   explicit TSQLFunction(TastSyntaxProvider* SyntaxProvider);
   ~TSQLFunction() override;
   std::string Name;
+  // Qualifying parts written before the name, outermost first; an empty part stays
+  // empty (db..f).
+  std::vector<std::string> Qualifiers;
 
   void Assign(const TastExtender& Source) override;
   void GetMyChildren(std::vector<TastExtender*>& List) const override;
