@@ -12,16 +12,10 @@ namespace {
 using namespace qorvex::test;
 
 // A column expression whose name node is remembered in `Out` for the checks.
-Expr Ref(std::initializer_list<const char*> Parts, TSQLObjectColumn*& Out) {
+Expr Ref(const Strings& Parts, TSQLObjectColumn*& Out) {
   Expr column = Col(Parts);
   Out = static_cast<TSQLExpressionColumn&>(*column).GetColumn();
   return column;
-}
-
-template <class T>
-T* Keep(std::unique_ptr<T>& Owner, T*& Out) {
-  Out = Owner.get();
-  return Out;
 }
 
 void Bind(TastNode& Root) {
@@ -30,35 +24,29 @@ void Bind(TastNode& Root) {
   EXPECT_TRUE(stack.empty());
 }
 
-TEST(Binding, AliasBeatsObjectNameWithinABlock) {
-  TSQLObjectColumn* ac = nullptr;
-  auto first = Table({"t"}, "a");
-  auto second = Table({"a"});
-  TSQLFromSource* aliased = first.get();
-  auto statement = Stmt(Block(List(SelectExpr(Ref({"a", "c"}, ac))),
-                              From(Sources(std::move(first), std::move(second)))));
-  Bind(*statement);
-  EXPECT_EQ(ac->GetFromSource(), aliased);
-  EXPECT_EQ(Plain(*statement, false), "SELECT a.c FROM t a,  a");
-}
-
-TEST(Binding, ObjectNameMatchesPreferASourceWithoutAlias) {
-  TSQLObjectColumn* tc = nullptr;
-  auto first = Table({"t"}, "x");
-  auto second = Table({"T"});
-  TSQLFromSource* plain = second.get();
-  auto statement = Stmt(Block(List(SelectExpr(Ref({"t", "c"}, tc))),
-                              From(Sources(std::move(first), std::move(second)))));
-  Bind(*statement);
-  EXPECT_EQ(tc->GetFromSource(), plain);
-  // A bound column is written with its source's own name.
-  EXPECT_EQ(Plain(*statement, false), "SELECT T.c FROM t x,  T");
+TEST(Binding, AliasBeatsObjectNameAndUnaliasedSourcesArePreferred) {
+  // Column qualifier, the two sources' tables and aliases, the source to bind, the text.
+  const struct {
+    Strings column;
+    const char *table1, *alias1, *table2;
+    int bound;
+    const char* text;
+  } cases[] = {{{"a", "c"}, "t", "a", "a", 0, "SELECT a.c FROM t a,  a"},
+               {{"t", "c"}, "t", "x", "T", 1, "SELECT T.c FROM t x,  T"}};
+  for (auto& c : cases) {
+    TSQLObjectColumn* column = nullptr;
+    auto sources = Sources(Table({c.table1}, c.alias1), Table({c.table2}));
+    TSQLFromSource* expected = sources[c.bound].get();
+    auto statement = Stmt(Block(List(SelectExpr(Ref(c.column, column))), From(std::move(sources))));
+    Bind(*statement);
+    EXPECT_EQ(column->GetFromSource(), expected) << c.text;
+    EXPECT_EQ(Plain(*statement, false), c.text);  // bound columns use their source's name
+  }
 }
 
 TEST(Binding, NamesAreWrittenAsTheirSourceIsNamed) {
   struct {
-    std::vector<const char*> column;
-    std::vector<const char*> table;
+    Strings column, table;
     const char* alias;
     const char* text;
     bool bound;
@@ -74,21 +62,9 @@ TEST(Binding, NamesAreWrittenAsTheirSourceIsNamed) {
       {{"my t", "my c"}, {"my t"}, nullptr, "SELECT \"my t\".\"my c\" FROM \"my t\"", true},
   };
   for (auto& c : cases) {
-    auto column = NewNode<TSQLExpressionColumn>(P());
-    auto name = NewNode<TSQLObjectColumn>(P());
-    for (const char* part : c.column)
-      name->AddName(part);
-    TSQLObjectColumn* node = name.get();
-    column->SetColumn(std::move(name));
-    auto table = NewNode<TSQLFromObject>(P());
-    auto object = NewNode<TSQLDatabaseObject>(P());
-    for (const char* part : c.table)
-      object->AddName(part);
-    table->SetDatabaseObject(std::move(object));
-    if (c.alias != nullptr)
-      table->SetAlias(NewNode<TSQLAliasObjectAlias>(P(), std::string(c.alias)));
+    TSQLObjectColumn* node = nullptr;
     auto statement =
-        Stmt(Block(List(SelectExpr(std::move(column))), From(Sources(std::move(table)))));
+        Stmt(Block(List(SelectExpr(Ref(c.column, node))), From(Sources(Table(c.table, c.alias)))));
     Bind(*statement);
     EXPECT_EQ(Plain(*statement, false), c.text);
     EXPECT_EQ(node->GetFromSource() != nullptr, c.bound) << c.text;
@@ -104,8 +80,7 @@ struct Nested {
   TSQLObjectColumn* right = nullptr;
 };
 
-Nested MakeNested(const char* InnerTable, std::initializer_list<const char*> Left,
-                  std::initializer_list<const char*> Right) {
+Nested MakeNested(const char* InnerTable, const Strings& Left, const Strings& Right) {
   Nested n;
   auto outer = Table({"t"});
   auto inner = Table({InnerTable});
@@ -118,18 +93,15 @@ Nested MakeNested(const char* InnerTable, std::initializer_list<const char*> Lef
   return n;
 }
 
-TEST(Binding, EnclosingBlocksAreVisible) {
+TEST(Binding, EnclosingBlocksAreVisibleAndTheNearestIsSearchedFirst) {
   Nested n = MakeNested("u", {"u", "id"}, {"t", "id"});
   Bind(*n.statement);
   EXPECT_EQ(n.left->GetFromSource(), n.inner);
   EXPECT_EQ(n.right->GetFromSource(), n.outer);
-}
-
-TEST(Binding, TheNearestBlockIsSearchedFirst) {
-  Nested n = MakeNested("t", {"t", "id"}, {"t", "k"});
-  Bind(*n.statement);
-  EXPECT_EQ(n.left->GetFromSource(), n.inner);
-  EXPECT_EQ(n.right->GetFromSource(), n.inner);
+  Nested m = MakeNested("t", {"t", "id"}, {"t", "k"});
+  Bind(*m.statement);
+  EXPECT_EQ(m.left->GetFromSource(), m.inner);
+  EXPECT_EQ(m.right->GetFromSource(), m.inner);
 }
 
 TEST(Binding, SiblingBlocksAreNotVisible) {
@@ -153,7 +125,7 @@ TEST(Binding, DerivedTablesSeeTheEnclosingBlock) {
   auto derived = NewNode<TSQLFromQuery>(P());
   derived->SetSubQuery(
       Stmt(Block(List(SelectExpr(Ref({"t", "a"}, ta))), From(Sources(Table({"u"}))))));
-  derived->SetAlias(NewNode<TSQLAliasObjectAlias>(P(), std::string("q")));
+  derived->SetAlias(Named<TSQLAliasObjectAlias>("q"));
   auto statement = Stmt(Block(List(Star()), From(Sources(std::move(outer), std::move(derived)))));
   Bind(*statement);
   EXPECT_EQ(ta->GetFromSource(), t);

@@ -2,57 +2,128 @@
 
 // Builders of hand-made trees and writers of their text, shared by the node tests.
 
-#include <initializer_list>
+#include <gtest/gtest.h>
+
+#include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "qorvex/ast/builder.h"
 #include "qorvex/ast/nodes.h"
+#include "qorvex/core/errors.h"
 #include "qorvex/syntax/sql92_syntax_provider.h"
 
 namespace qorvex::test {
 
+using Strings = std::vector<std::string>;
+
+// A dialect keeping the base answers; the abstract questions answered from its fields.
+class MinimalDialect : public TastSyntaxProvider {
+ public:
+  Strings Star, OneParam, Prefixed;
+  bool Unions = false, DerivedTables = false;
+  const TqxParserClass& GetParserClass() const override { throw EqxError("no parser"); }
+  const TqxScannerClass& GetScannerClass() const override { throw EqxError("no scanner"); }
+  void GetStarAggregateNames(Strings& List) const override { List = Star; }
+  void Get1ParamAggregateNames(Strings& List) const override { List = OneParam; }
+  void GetPrefixed1ParamAggregateNames(Strings& List) const override { List = Prefixed; }
+  bool IsSupportViews() const override { return false; }
+  bool IsSupportUnions() const override { return Unions; }
+  bool IsSupportBracketsInUnions() const override { return false; }
+  bool IsSupportDerivedTables() const override { return DerivedTables; }
+  bool IsSupportSubQueryUnions() const override { return false; }
+  bool IsSupportSubQueryBracketsInUnions() const override { return false; }
+  bool IsSupportSubQueryDerivedTables() const override { return false; }
+};
+
 // The SQL-92 dialect (double-quoted identifiers).
-inline TastSQL92SyntaxProvider& Provider() {
-  static TastSQL92SyntaxProvider provider;
-  return provider;
-}
 inline TastSyntaxProvider* P() {
-  return &Provider();
+  static TastSQL92SyntaxProvider provider;
+  return &provider;
 }
 
+template <class Builder = TSQLBuilderPlainText>
+std::string Write(const TastNode& Node, bool MultiLine) {
+  std::string out;
+  Builder builder(&out);
+  builder.ResetBuilder();
+  Node.BuildSQL(builder, MultiLine);
+  return out;
+}
 inline std::string Plain(const TastNode& Node, bool MultiLine) {
-  std::string out;
-  TSQLBuilderPlainText builder(&out);
-  builder.ResetBuilder();
-  Node.BuildSQL(builder, MultiLine);
-  return out;
+  return Write(Node, MultiLine);
+}
+inline std::string Html(const TastNode& Node, bool MultiLine) {
+  return Write<TSQLBuilderHTML>(Node, MultiLine);
 }
 
-inline std::string Html(const TastNode& Node, bool MultiLine) {
-  std::string out;
-  TSQLBuilderHTML builder(&out);
-  builder.ResetBuilder();
-  Node.BuildSQL(builder, MultiLine);
-  return out;
+// The text of a hand-built node: one line, multi-line (null: same as one line) and the
+// one-line HTML fragment (null: not checked).
+struct TextCase {
+  const char* what;
+  std::function<std::unique_ptr<TastNode>()> make;
+  const char* one;
+  const char* multi;
+  const char* html;
+};
+inline void PrintTo(const TextCase& Case, std::ostream* Out) {
+  *Out << Case.what;
+}
+inline std::string CaseName(const testing::TestParamInfo<TextCase>& Info) {
+  return "case" + std::to_string(Info.index);
+}
+// Checks the three texts, and that a copy is of the same class and writes the same.
+inline void CheckText(const TextCase& Case) {
+  std::unique_ptr<TastNode> node = Case.make();
+  EXPECT_EQ(Plain(*node, false), Case.one);
+  EXPECT_EQ(Plain(*node, true), Case.multi != nullptr ? Case.multi : Case.one);
+  if (Case.html != nullptr)
+    EXPECT_EQ(Html(*node, false), Case.html);
+  std::unique_ptr<TastNode> copy = node->Clone();
+  EXPECT_EQ(&copy->ClassType(), &node->ClassType());
+  EXPECT_EQ(Plain(*copy, true), Plain(*node, true));
 }
 
 using Expr = std::unique_ptr<TSQLExpressionItem>;
 
-// A column reference written a.b.c: parts given outermost first.
-inline std::unique_ptr<TSQLObjectColumn> ObjCol(std::initializer_list<const char*> Parts,
-                                                TastSyntaxProvider* Provider = P()) {
-  auto column = NewNode<TSQLObjectColumn>(Provider);
-  for (const char* part : Parts)
-    column->AddName(part);
-  return column;
+// A vector of move-only values.
+template <class T, class... A>
+std::vector<T> Vec(A... Args) {
+  std::vector<T> items;
+  (items.push_back(std::move(Args)), ...);
+  return items;
+}
+template <class... A>
+std::vector<Expr> Items(A... Args) {
+  return Vec<Expr>(std::move(Args)...);
+}
+template <class... A>
+std::vector<std::unique_ptr<TSQLFromSource>> Sources(A... Args) {
+  return Vec<std::unique_ptr<TSQLFromSource>>(std::move(Args)...);
+}
+template <class... A>
+std::vector<std::unique_ptr<TastNode>> List(A... Args) {
+  return Vec<std::unique_ptr<TastNode>>(std::move(Args)...);
 }
 
-inline Expr Col(std::initializer_list<const char*> Parts, TastSyntaxProvider* Provider = P()) {
-  auto column = NewNode<TSQLExpressionColumn>(Provider);
-  column->SetColumn(ObjCol(Parts, Provider));
+// A name written a.b.c: parts given outermost first.
+template <class T>
+std::unique_ptr<T> Name(const Strings& Parts, TastSyntaxProvider* Provider = P()) {
+  auto name = NewNode<T>(Provider);
+  for (const std::string& part : Parts)
+    name->AddName(part);
+  return name;
+}
+inline std::unique_ptr<TSQLDatabaseObject> DbObj(const Strings& Parts) {
+  return Name<TSQLDatabaseObject>(Parts);
+}
+
+inline Expr Col(const Strings& Parts) {
+  auto column = NewNode<TSQLExpressionColumn>(P());
+  column->SetColumn(Name<TSQLObjectColumn>(Parts));
   return column;
 }
 
@@ -64,39 +135,37 @@ inline std::unique_ptr<TSQLOperator> Op(const char* Text) {
   return NewNode<TSQLOperator>(P(), std::string(Text));
 }
 
+template <class T>
+std::unique_ptr<T> WithInner(Expr Inner) {
+  auto node = NewNode<T>(P());
+  node->SetInner(std::move(Inner));
+  return node;
+}
+inline Expr Brackets(Expr Inner) {
+  return WithInner<TSQLExpressionBrackets>(std::move(Inner));
+}
+inline Expr Not(Expr Inner) {
+  return WithInner<TSQLExpressionNot>(std::move(Inner));
+}
+
 inline Expr Bin(Expr Left, const char* Operator, Expr Right) {
-  auto node = NewNode<TSQLExpressionOperatorBinary>(P());
-  node->SetInner(std::move(Left));
+  auto node = WithInner<TSQLExpressionOperatorBinary>(std::move(Left));
   node->SetOperator(Op(Operator));
   node->SetRight(std::move(Right));
   return node;
 }
-
 // a=1 style comparison of a bare column with a constant.
 inline Expr Cmp(const char* Column, const char* Operator, const char* Value) {
   return Bin(Col({Column}), Operator, Const(Value));
 }
 
-inline Expr Brackets(Expr Inner) {
-  auto node = NewNode<TSQLExpressionBrackets>(P());
-  node->SetInner(std::move(Inner));
-  return node;
-}
-
-inline Expr Not(Expr Inner) {
-  auto node = NewNode<TSQLExpressionNot>(P());
-  node->SetInner(std::move(Inner));
-  return node;
-}
-
 template <class Collection>
-Expr Logical(std::vector<Expr> Items) {
+std::unique_ptr<Collection> Logical(std::vector<Expr> Items) {
   auto node = NewNode<Collection>(P());
   for (auto& item : Items)
     node->Add(std::move(item));
   return node;
 }
-
 inline Expr And(std::vector<Expr> Items) {
   return Logical<TSQLExpressionAnd>(std::move(Items));
 }
@@ -104,41 +173,51 @@ inline Expr Or(std::vector<Expr> Items) {
   return Logical<TSQLExpressionOr>(std::move(Items));
 }
 
-template <class... T>
-std::vector<Expr> Items(T... Args) {
-  std::vector<Expr> items;
-  (items.push_back(std::move(Args)), ...);
-  return items;
+// name(args...); without arguments when Args is empty and NoParams is set.
+inline std::unique_ptr<TSQLFunction> Function(const char* FunctionName, std::vector<Expr> Args,
+                                              bool NoParams = false) {
+  auto function = NewNode<TSQLFunction>(P());
+  function->Name = FunctionName;
+  if (NoParams)
+    return function;
+  auto params = NewNode<TSQLFunctionParams>(P());
+  for (auto& arg : Args) {
+    auto param = NewNode<TSQLFunctionParamExpression>(P());
+    param->SetExpression(std::move(arg));
+    params->Add(std::move(param));
+  }
+  function->SetParams(std::move(params));
+  return function;
 }
 
-inline std::unique_ptr<TSQLDatabaseObject> DbObj(std::initializer_list<const char*> Parts) {
-  auto object = NewNode<TSQLDatabaseObject>(P());
-  for (const char* part : Parts)
-    object->AddName(part);
-  return object;
+template <class T>
+std::unique_ptr<T> Named(const char* Text) {
+  return NewNode<T>(P(), std::string(Text));
 }
 
 // A table source with an optional alias (AS form when As is set).
-inline std::unique_ptr<TSQLFromObject> Table(std::initializer_list<const char*> Parts,
-                                             const char* Alias = nullptr, bool As = false) {
+inline std::unique_ptr<TSQLFromObject> Table(const Strings& Parts, const char* Alias = nullptr,
+                                             bool As = false) {
   auto source = NewNode<TSQLFromObject>(P());
   source->SetDatabaseObject(DbObj(Parts));
-  if (Alias != nullptr) {
-    if (As)
-      source->SetAlias(NewNode<TSQLAliasObjectAsAlias>(P(), std::string(Alias)));
-    else
-      source->SetAlias(NewNode<TSQLAliasObjectAlias>(P(), std::string(Alias)));
-  }
+  if (Alias != nullptr && As)
+    source->SetAlias(Named<TSQLAliasObjectAsAlias>(Alias));
+  else if (Alias != nullptr)
+    source->SetAlias(Named<TSQLAliasObjectAlias>(Alias));
   return source;
 }
 
 template <class Kind>
-std::unique_ptr<TSQLFromSource> Joined(std::unique_ptr<TSQLFromSource> Source, Expr Condition,
-                                       bool Outer = false) {
+std::unique_ptr<Kind> JoinKind(bool Outer = false) {
   auto kind = NewNode<Kind>(P());
   if constexpr (std::is_base_of_v<TSQLJoinKindOuter, Kind>)
     kind->Outer = Outer;
-  Source->SetJoinKind(std::move(kind));
+  return kind;
+}
+template <class Kind>
+std::unique_ptr<TSQLFromSource> Joined(std::unique_ptr<TSQLFromSource> Source, Expr Condition,
+                                       bool Outer = false) {
+  Source->SetJoinKind(JoinKind<Kind>(Outer));
   Source->SetJoinCondition(std::move(Condition));
   return Source;
 }
@@ -151,19 +230,16 @@ std::unique_ptr<Item> From(std::vector<std::unique_ptr<TSQLFromSource>> Sources)
   return item;
 }
 
-template <class... T>
-std::vector<std::unique_ptr<TSQLFromSource>> Sources(T... Args) {
-  std::vector<std::unique_ptr<TSQLFromSource>> sources;
-  (sources.push_back(std::move(Args)), ...);
-  return sources;
-}
-
 inline std::unique_ptr<TSQLSelectItemExpression> SelectExpr(Expr Expression,
                                                             std::unique_ptr<TSQLAlias> Alias = {}) {
   auto item = NewNode<TSQLSelectItemExpression>(P());
   item->SetExpression(std::move(Expression));
   item->SetAlias(std::move(Alias));
   return item;
+}
+
+inline std::unique_ptr<TSQLSelectItemAllColumns> Star() {
+  return NewNode<TSQLSelectItemAllColumns>(P());
 }
 
 // SELECT items FROM sources [WHERE condition].
@@ -179,16 +255,11 @@ inline std::unique_ptr<TSQLSubQuerySelectExpression> Block(
   block->SetWhere(std::move(Where));
   return block;
 }
-
-template <class... T>
-std::vector<std::unique_ptr<TastNode>> List(T... Args) {
-  std::vector<std::unique_ptr<TastNode>> list;
-  (list.push_back(std::move(Args)), ...);
-  return list;
-}
-
-inline std::unique_ptr<TSQLSelectItemAllColumns> Star() {
-  return NewNode<TSQLSelectItemAllColumns>(P());
+// SELECT column [FROM table].
+inline std::unique_ptr<TSQLSubQuerySelectExpression> SelectColumn(const char* Column,
+                                                                  const char* TableName = nullptr) {
+  return Block(List(SelectExpr(Col({Column}))),
+               TableName != nullptr ? From(Sources(Table({TableName}))) : nullptr);
 }
 
 template <class Statement = TSQLSubSelectStatement>
