@@ -123,7 +123,7 @@ inline constexpr S kCannotFollowColumn{tkDot, tkLParen};
 inline constexpr S kCannotFollowExpression{tkDot,  tkLParen, tkPlus,   tkMinus,
                                            tkStar, tkSlash,  tkPercent};
 // What may follow a select item: the next item, the clauses after the select list, the
-// end of its query specification and of the statement.
+// end of its SELECT block and of the statement.
 inline constexpr S kFollowSelectItem{tkComma,    tkKwFrom,  tkKwWhere,  tkKwGroup,
                                      tkKwHaving, tkKwUnion, tkKwExcept, tkKwIntersect,
                                      tkKwOrder,  tkRParen,  tkEof,      tkSemicolon};
