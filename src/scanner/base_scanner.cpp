@@ -7,6 +7,44 @@ namespace qorvex {
 
 QX_DEFINE_ABSTRACT_ROOT_CLASS(TqxBaseScanner)
 
+namespace {
+
+// Token chunks freed by one scan are kept for the next scan on the same thread, up to
+// a bound, so that scanning many texts does not fault fresh pages in for every text.
+class TqxChunkPool {
+ public:
+  static constexpr std::size_t kMaxKept = 256;  // chunks (about 14 MB of tokens)
+
+  ~TqxChunkPool() {
+    for (TqxToken* chunk : free_)
+      alloc_.deallocate(chunk, TqxBaseScanner::kChunkSize);
+  }
+  TqxToken* Take() {
+    if (free_.empty())
+      return alloc_.allocate(TqxBaseScanner::kChunkSize);
+    TqxToken* chunk = free_.back();
+    free_.pop_back();
+    return chunk;
+  }
+  void Give(TqxToken* chunk) {
+    if (free_.size() < kMaxKept)
+      free_.push_back(chunk);
+    else
+      alloc_.deallocate(chunk, TqxBaseScanner::kChunkSize);
+  }
+
+ private:
+  std::allocator<TqxToken> alloc_;
+  std::vector<TqxToken*> free_;
+};
+
+TqxChunkPool& ChunkPool() {
+  static thread_local TqxChunkPool pool;
+  return pool;
+}
+
+}  // namespace
+
 void TqxBaseScanner::Init(std::string_view text) {
   buffer_.Fill(text);
   pos_ = -1;
@@ -17,11 +55,11 @@ void TqxBaseScanner::Init(std::string_view text) {
   ignore_.Clear();
   ignore_.Include(' ');
   InitInternal();
-  std::allocator<TqxToken> alloc;
+  TqxChunkPool& pool = ChunkPool();
   for (;;) {
     if ((count_ & (kChunkSize - 1)) == 0) {
       chunks_.reserve(chunks_.size() + 1);
-      chunks_.push_back(alloc.allocate(kChunkSize));
+      chunks_.push_back(pool.Take());
     }
     // NextToken's result is built right in its slot.
     TqxToken& t = *::new (chunks_.back() + (count_ & (kChunkSize - 1))) TqxToken(NextToken());
@@ -35,12 +73,12 @@ void TqxBaseScanner::Init(std::string_view text) {
 }
 
 TqxBaseScanner::~TqxBaseScanner() {
-  std::allocator<TqxToken> alloc;
+  TqxChunkPool& pool = ChunkPool();
   std::int32_t left = count_;
   for (TqxToken* chunk : chunks_) {
     std::destroy_n(chunk, left < kChunkSize ? left : kChunkSize);
     left -= kChunkSize;
-    alloc.deallocate(chunk, kChunkSize);
+    pool.Give(chunk);
   }
 }
 

@@ -162,12 +162,13 @@ class TqxBaseScanner {
   std::int32_t pendingEols_ = 0;
   TqxCharSet ignore_;
 
- private:
+ public:
   // Tokens live in fixed-size chunks: one allocation per chunk, stable addresses, and
   // indexing in constant time.
   static constexpr std::int32_t kChunkShift = 10;
   static constexpr std::int32_t kChunkSize = 1 << kChunkShift;
 
+ private:
   const TqxToken& LastToken() const noexcept;
 
   // After a lead byte: consumes the continuation bytes of a valid UTF-8 sequence, so
