@@ -92,33 +92,8 @@ TqxODBCMetadataProvider::TqxODBCMetadataProvider(TqxODBCConnection* Connection) 
   SetConnection(Connection);
 }
 
-TqxODBCMetadataProvider::~TqxODBCMetadataProvider() {
-  SetConnection(nullptr);
-  BeginDestroy();
-}
-
-void TqxODBCMetadataProvider::SetConnection(TqxODBCConnection* Value) {
-  if (Value == Connection_)
-    return;
-  if (Connection_ != nullptr)
-    Connection_->RemoveFreeNotification(this);
-  Connection_ = Value;
-  if (Connection_ != nullptr)
-    Connection_->FreeNotification(this);
-}
-
-void TqxODBCMetadataProvider::Notification(TqxComponent* Component, TOperation Operation) {
-  TqxBaseMetadataProvider::Notification(Component, Operation);
-  if (Operation == TOperation::opRemove && Component == Connection_)
-    Connection_ = nullptr;
-}
-
 void* TqxODBCMetadataProvider::OpenHandle(const char* Operation) {
-  if (Connection_ == nullptr)
-    throw EqxError(std::string("TqxODBCMetadataProvider.") + Operation +
-                   ": the Connection property is not set");
-  Connection_->Open();
-  return Connection_->GetHandle();
+  return RequireConnection("TqxODBCMetadataProvider", Operation).GetHandle();
 }
 
 void TqxODBCMetadataProvider::GetNamesOfTypes(std::vector<std::string>& Names, const char* Type1,
@@ -155,7 +130,7 @@ void TqxODBCMetadataProvider::GetViewNames(std::vector<std::string>& Names, bool
 void TqxODBCMetadataProvider::GetFields(const std::string& SQL,
                                         std::vector<std::string>& FieldNames) {
   FieldNames.clear();
-  if (Connection_ == nullptr)
+  if (GetConnection() == nullptr)
     return;
   odbc::Statement statement(static_cast<SQLHDBC>(OpenHandle("GetFields")));
   // Prepared and described only: the statement never runs.
@@ -187,7 +162,7 @@ void TqxODBCMetadataProvider::GetFields(const std::string& SQL,
 
 void TqxODBCMetadataProvider::GetTableRelations(const TSQLDatabaseObject& TableName,
                                                 TSQLMetadataRelations& Relations) {
-  if (Connection_ == nullptr)
+  if (GetConnection() == nullptr)
     return;
   const std::string name = TableName.GetObjName();
   auto connection = static_cast<SQLHDBC>(OpenHandle("GetTableRelations"));

@@ -113,33 +113,8 @@ TqxSQLiteMetadataProvider::TqxSQLiteMetadataProvider(TqxSQLiteConnection* Connec
   SetConnection(Connection);
 }
 
-TqxSQLiteMetadataProvider::~TqxSQLiteMetadataProvider() {
-  SetConnection(nullptr);
-  BeginDestroy();
-}
-
-void TqxSQLiteMetadataProvider::SetConnection(TqxSQLiteConnection* Value) {
-  if (Value == Connection_)
-    return;
-  if (Connection_ != nullptr)
-    Connection_->RemoveFreeNotification(this);
-  Connection_ = Value;
-  if (Connection_ != nullptr)
-    Connection_->FreeNotification(this);
-}
-
-void TqxSQLiteMetadataProvider::Notification(TqxComponent* Component, TOperation Operation) {
-  TqxBaseMetadataProvider::Notification(Component, Operation);
-  if (Operation == TOperation::opRemove && Component == Connection_)
-    Connection_ = nullptr;
-}
-
 sqlite3* TqxSQLiteMetadataProvider::OpenHandle(const char* Operation) {
-  if (Connection_ == nullptr)
-    throw EqxError(std::string("TqxSQLiteMetadataProvider.") + Operation +
-                   ": the Connection property is not set");
-  Connection_->Open();
-  return Connection_->GetHandle();
+  return RequireConnection("TqxSQLiteMetadataProvider", Operation).GetHandle();
 }
 
 void TqxSQLiteMetadataProvider::GetTableNames(std::vector<std::string>& Names, bool System) {
@@ -160,7 +135,7 @@ void TqxSQLiteMetadataProvider::GetViewNames(std::vector<std::string>& Names, bo
 void TqxSQLiteMetadataProvider::GetFields(const std::string& SQL,
                                           std::vector<std::string>& FieldNames) {
   FieldNames.clear();
-  if (Connection_ == nullptr)
+  if (GetConnection() == nullptr)
     return;
   sqlite3* database = OpenHandle("GetFields");
   // Prepared only, never stepped: describing a statement must not run it.
@@ -181,7 +156,7 @@ void TqxSQLiteMetadataProvider::GetFields(const std::string& SQL,
 
 void TqxSQLiteMetadataProvider::GetTableRelations(const TSQLDatabaseObject& TableName,
                                                   TSQLMetadataRelations& Relations) {
-  if (Connection_ == nullptr)
+  if (GetConnection() == nullptr)
     return;
   sqlite3* database = OpenHandle("GetTableRelations");
   const std::string name = TableName.GetObjName();

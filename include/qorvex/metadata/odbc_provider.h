@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "qorvex/ast/metadata_provider.h"
+#include "qorvex/metadata/connected_provider.h"
 
 namespace qorvex {
 
@@ -37,16 +38,10 @@ class TqxODBCConnection : public TqxComponent {
 // Metadata from any ODBC data source through the catalogue functions: SQLTables for
 // table and view names, SQLPrepare + SQLDescribeCol for the result columns of a
 // statement (which is never executed) and SQLForeignKeys for relations.
-class TqxODBCMetadataProvider : public TqxBaseMetadataProvider {
+class TqxODBCMetadataProvider : public TqxConnectedMetadataProvider<TqxODBCConnection> {
  public:
   TqxODBCMetadataProvider() = default;
   explicit TqxODBCMetadataProvider(TqxODBCConnection* Connection);
-  ~TqxODBCMetadataProvider() override;
-
-  TqxODBCConnection* GetConnection() const { return Connection_; }
-  // Follows the connection with free notification: the property becomes null when the
-  // connection component is destroyed.
-  void SetConnection(TqxODBCConnection* Value);
 
   // Rows of type "TABLE", and of type "SYSTEM TABLE" when `System` is set. Raises
   // EqxError without a connection.
@@ -60,15 +55,10 @@ class TqxODBCMetadataProvider : public TqxBaseMetadataProvider {
   void GetTableRelations(const TSQLDatabaseObject& TableName,
                          TSQLMetadataRelations& Relations) override;
 
- protected:
-  void Notification(TqxComponent* Component, TOperation Operation) override;
-
  private:
   void* OpenHandle(const char* Operation);
   void GetNamesOfTypes(std::vector<std::string>& Names, const char* Type1, const char* Type2,
                        const char* Operation);
-
-  TqxODBCConnection* Connection_ = nullptr;
 };
 
 }  // namespace qorvex

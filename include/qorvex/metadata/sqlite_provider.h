@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "qorvex/ast/metadata_provider.h"
+#include "qorvex/metadata/connected_provider.h"
 
 struct sqlite3;
 
@@ -42,16 +43,10 @@ class TqxSQLiteConnection : public TqxComponent {
 // Metadata read from SQLite itself: sqlite_master for table and view names (names
 // beginning "sqlite_" are system tables), the prepared but never stepped statement for
 // its result columns, and the foreign-key pragmas for relations.
-class TqxSQLiteMetadataProvider : public TqxBaseMetadataProvider {
+class TqxSQLiteMetadataProvider : public TqxConnectedMetadataProvider<TqxSQLiteConnection> {
  public:
   TqxSQLiteMetadataProvider() = default;
   explicit TqxSQLiteMetadataProvider(TqxSQLiteConnection* Connection);
-  ~TqxSQLiteMetadataProvider() override;
-
-  TqxSQLiteConnection* GetConnection() const { return Connection_; }
-  // Follows the connection with free notification: the property becomes null when the
-  // connection component is destroyed.
-  void SetConnection(TqxSQLiteConnection* Value);
 
   // Raises EqxError without a connection.
   void GetTableNames(std::vector<std::string>& Names, bool System) override;
@@ -64,13 +59,8 @@ class TqxSQLiteMetadataProvider : public TqxBaseMetadataProvider {
   void GetTableRelations(const TSQLDatabaseObject& TableName,
                          TSQLMetadataRelations& Relations) override;
 
- protected:
-  void Notification(TqxComponent* Component, TOperation Operation) override;
-
  private:
   sqlite3* OpenHandle(const char* Operation);
-
-  TqxSQLiteConnection* Connection_ = nullptr;
 };
 
 }  // namespace qorvex
