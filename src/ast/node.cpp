@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "core/small_blocks.h"
 #include "qorvex/ast/builder.h"
 #include "qorvex/ast/syntax_provider.h"
 #include "qorvex/core/errors.h"
@@ -19,6 +20,14 @@ QX_DEFINE_CLASS(TastNodeWithList, TastNode)
 TastExtender::TastExtender(TastSyntaxProvider* SyntaxProvider) : SyntaxProvider_(SyntaxProvider) {}
 
 TastExtender::~TastExtender() = default;
+
+void* TastExtender::operator new(std::size_t Size) {
+  return AllocateSmallBlock(Size);
+}
+
+void TastExtender::operator delete(void* Block, std::size_t Size) noexcept {
+  FreeSmallBlock(Block, Size);
+}
 
 void TastExtender::Assign(const TastExtender& Source) {
   SyntaxProvider_ = Source.SyntaxProvider_;

@@ -60,17 +60,46 @@ void TqxWayPoint::RemoveFromParent() {
   // `parent` stays: a reused stretch of way may still be read through this point.
 }
 
-// Blocks double in size from 256 way points, so a short statement costs one small block
-// and a long one few allocations. Way points have trivial destructors: a block is freed
-// as raw memory.
-void TqxWayArena::FreeBlock::operator()(TqxWayPoint* p) const {
-  ::operator delete(static_cast<void*>(p));
+// Blocks double in size from 1,024 way points (a typical statement fits the first), up
+// to 65,536. Way points have trivial destructors: blocks are freed as raw memory.
+namespace {
+constexpr std::size_t kFirstBlock = 1024;
+constexpr std::size_t kLargestBlock = 65536;
+
+struct SpareBlock {
+  TqxWayPoint* block = nullptr;
+  ~SpareBlock() { ::operator delete(static_cast<void*>(block)); }
+};
+thread_local SpareBlock spareBlock;
+
+// Per-thread buffers of the parser that a parse leaves empty for the next one.
+thread_local std::vector<std::int32_t> spareKinds;
+thread_local std::vector<const TqxWayPoint*> spareWay;
+}  // namespace
+
+TqxWayArena::~TqxWayArena() {
+  for (std::size_t i = 0; i < blocks_.size(); ++i) {
+    if (i == 0 && spareBlock.block == nullptr)
+      spareBlock.block = blocks_[0];
+    else
+      ::operator delete(static_cast<void*>(blocks_[i]));
+  }
 }
 
 void TqxWayArena::Grow() {
-  capacity_ = capacity_ == 0 ? 256 : std::min<std::size_t>(capacity_ * 2, 65536);
-  current_ = static_cast<TqxWayPoint*>(::operator new(capacity_ * sizeof(TqxWayPoint)));
-  blocks_.emplace_back(current_);
+  capacity_ = capacity_ == 0 ? kFirstBlock : std::min(capacity_ * 2, kLargestBlock);
+  if (capacity_ == kFirstBlock && spareBlock.block != nullptr) {
+    current_ = spareBlock.block;
+    spareBlock.block = nullptr;
+  } else {
+    current_ = static_cast<TqxWayPoint*>(::operator new(capacity_ * sizeof(TqxWayPoint)));
+  }
+  try {
+    blocks_.push_back(current_);
+  } catch (...) {
+    ::operator delete(static_cast<void*>(current_));
+    throw;
+  }
   used_ = 0;
 }
 
@@ -108,23 +137,30 @@ void TqxParserErrors::Exception(const std::string& message) {
 
 TqxBaseParser::TqxBaseParser(TqxBaseScanner* scanner, TastSyntaxProvider* provider)
     : scanner(scanner), provider(provider) {
+  kinds_.swap(spareKinds);
+  way.swap(spareWay);
   tokenCount_ = scanner != nullptr ? scanner->GetTokenCount() : 0;
   kinds_.resize(static_cast<std::size_t>(tokenCount_));
-  tokens_.resize(static_cast<std::size_t>(tokenCount_));
-  for (std::int32_t i = 0; i < tokenCount_; ++i) {
-    const TqxToken& token = scanner->GetToken(i);
-    kinds_[static_cast<std::size_t>(i)] = token.kind;
-    tokens_[static_cast<std::size_t>(i)] = &token;
+  for (std::int32_t i = 0; i < tokenCount_; ++i)
+    kinds_[static_cast<std::size_t>(i)] = scanner->GetToken(i).kind;
+}
+
+// The buffers go back to the thread unless they have grown large.
+TqxBaseParser::~TqxBaseParser() {
+  constexpr std::size_t kKeep = 16384;
+  if (kinds_.capacity() <= kKeep && spareKinds.capacity() == 0) {
+    kinds_.clear();
+    kinds_.swap(spareKinds);
+  }
+  if (way.capacity() <= kKeep && spareWay.capacity() == 0) {
+    way.clear();
+    way.swap(spareWay);
   }
 }
 
-TqxBaseParser::~TqxBaseParser() = default;
-
 const TqxToken& TqxBaseParser::Get() {
   ++tokenIndex;
-  t = static_cast<std::uint32_t>(tokenIndex) < tokens_.size()
-          ? tokens_[static_cast<std::size_t>(tokenIndex)]
-          : &scanner->GetToken(tokenIndex);
+  t = &scanner->GetToken(tokenIndex);
   return *t;
 }
 
@@ -143,7 +179,8 @@ void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
     const TqxWayPoint* at;
     const TqxWayPoint* stop;
   };
-  std::vector<Run> runs;
+  static thread_local std::vector<Run> runs;
+  runs.clear();
   if (leaf != nullptr)
     runs.push_back({leaf, nullptr});
   while (!runs.empty()) {

@@ -119,8 +119,7 @@ std::unique_ptr<TSQLDatabaseObject> SQL92Parser::dbObject() {
   parts.clear();
   Qualifiers(kObjectQualifiers, parts);
   namePart(parts);
-  for (std::string& part : parts)
-    object->AddName(std::move(part));
+  object->SetWrittenParts(parts);
   return object;
 }
 
@@ -130,8 +129,7 @@ std::unique_ptr<TSQLObjectColumn> SQL92Parser::dbColumn() {
   parts.clear();
   Qualifiers(kColumnQualifiers, parts);
   namePart(parts);
-  for (std::string& part : parts)
-    column->AddName(std::move(part));
+  column->SetWrittenParts(parts);
   return column;
 }
 

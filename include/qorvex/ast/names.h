@@ -23,6 +23,8 @@ class TSQLQualifiedName : public TastNode {
   void AddName(std::string Name);
   // Appends a new outermost prefix.
   void AddPrefix(std::string Prefix);
+  // Replaces all parts by `Parts`, given outermost first as they are written.
+  void SetWrittenParts(std::vector<std::string>& Parts);
   // Index 0; empty when there are no parts.
   std::string GetObjName() const;
   // Replaces index 0 (adds it when there are no parts).

@@ -43,6 +43,11 @@ class TastExtender {
   TastExtender& operator=(const TastExtender&) = delete;
   virtual ~TastExtender();
 
+  // Trees are made and freed a node at a time in large numbers: nodes and extenders
+  // take their memory from per-thread lists of recycled blocks.
+  static void* operator new(std::size_t Size);
+  static void operator delete(void* Block, std::size_t Size) noexcept;
+
   TastSyntaxProvider* GetSyntaxProvider() const { return SyntaxProvider_; }
   std::uint32_t GetExtenderData() const { return ExtenderData_; }
   void SetExtenderData(std::uint32_t Value) { ExtenderData_ = Value; }

@@ -57,12 +57,14 @@ class TqxWayPoint {
   TqxWayPoint* nextSibling_ = nullptr;
 };
 
-// Allocates way points in blocks and frees them all at once.
+// Allocates way points in blocks and frees them all at once. The first block of a
+// thread's arenas is kept for the thread's next arena, so a short parse allocates none.
 class TqxWayArena {
  public:
   TqxWayArena() = default;
   TqxWayArena(const TqxWayArena&) = delete;
   TqxWayArena& operator=(const TqxWayArena&) = delete;
+  ~TqxWayArena();
 
   // A new way point; with a parent it becomes the parent's last child and starts at the
   // parent's token index, without one it starts at -1.
@@ -88,11 +90,8 @@ class TqxWayArena {
   std::size_t Size() const { return size_; }
 
  private:
-  struct FreeBlock {
-    void operator()(TqxWayPoint* p) const;
-  };
   void Grow();
-  std::vector<std::unique_ptr<TqxWayPoint, FreeBlock>> blocks_;
+  std::vector<TqxWayPoint*> blocks_;
   TqxWayPoint* current_ = nullptr;
   std::size_t used_ = 0;
   std::size_t capacity_ = 0;
@@ -213,8 +212,8 @@ class TqxBaseParser {
 
  private:
   TqxWayArena arena_;
+  // Token kinds by index, for the way calculation's many look-ahead tests.
   std::vector<std::int32_t> kinds_;
-  std::vector<const TqxToken*> tokens_;
   std::int32_t tokenCount_ = 0;
 };
 
