@@ -178,7 +178,7 @@ void SQL92Parser::DropDead(TqxWayList& ways, Dead dead) {
     return;
   std::size_t keep = 0;
   for (TqxWayPoint* w : ways) {
-    if (maxErrIndex > w->tokenIndex && dead(NextKind(w->tokenIndex)))
+    if ((!exactErrors_ || maxErrIndex > w->tokenIndex) && dead(NextKind(w->tokenIndex)))
       continue;
     ways[keep++] = w;
   }
@@ -295,16 +295,34 @@ std::uint32_t& SQL92Parser::Stamp(std::int32_t tokenIndex) {
 
 template <class F>
 void SQL92Parser::Opt(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
+  OptFollowed(ways, first, nullptr, std::forward<F>(part));
+}
+
+// With `follow`, a way that skips the part is kept only when its next token can start what
+// follows the option: the first operation after the option would drop it by its
+// look-ahead test anyway, so dropping it here changes no reading and no error position,
+// and it keeps a list that took the part down to one way.
+template <class F>
+void SQL92Parser::OptFollowed(TqxWayList& ways, const TqxTokenSet& first, const TqxTokenSet* follow,
+                              F&& part) {
   if (ways.empty())
     return;
+  if (plain_)
+    follow = nullptr;
   if (ways.size() == 1) {
     TqxWayPoint* w = ways.front();
-    if (!first.Has(NextKind(w->tokenIndex))) {
-      ways.front() = NewWayPoint(w, 0);
+    const std::int32_t kind = NextKind(w->tokenIndex);
+    if (!first.Has(kind)) {
+      if (follow != nullptr && !follow->Has(kind))
+        ways.clear();
+      else
+        ways.front() = NewWayPoint(w, 0);
       return;
     }
     ways.front() = NewWayPoint(w, 1);
     part(ways);
+    if (follow != nullptr && !follow->Has(kind))
+      return;
     if (!plain_) {
       for (const TqxWayPoint* d : ways) {
         if (d->tokenIndex == w->tokenIndex)
@@ -317,8 +335,10 @@ void SQL92Parser::Opt(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
   ListRef skip = TakeList();
   std::size_t k = 0;
   for (TqxWayPoint* w : ways) {
-    skip->push_back(w);
-    if (first.Has(NextKind(w->tokenIndex)))
+    const std::int32_t kind = NextKind(w->tokenIndex);
+    if (follow == nullptr || follow->Has(kind))
+      skip->push_back(w);
+    if (first.Has(kind))
       ways[k++] = NewWayPoint(w, 1);
   }
   ways.resize(k);
@@ -477,6 +497,11 @@ void SQL92Parser::OptToken(TqxWayList& ways, std::int32_t kind) {
   Opt(ways, TqxTokenSet{kind}, [&](TqxWayList& w) { Expect(w, kind); });
 }
 
+// [ "as" ] before alias1, whose choice drops a way standing before anything but an alias.
+void SQL92Parser::OptAs(TqxWayList& ways) {
+  OptFollowed(ways, TqxTokenSet{tkKwAs}, &kAlias, [&](TqxWayList& w) { Expect(w, tkKwAs); });
+}
+
 void SQL92Parser::ExpectSize(TqxWayList& ways) {
   std::size_t keep = 0;
   for (TqxWayPoint* w : ways) {
@@ -500,20 +525,52 @@ void SQL92Parser::ExpectSize(TqxWayList& ways) {
 
 // ---- entries ------------------------------------------------------------------------
 
+// The first pass drops every way that can no longer be completed, which may lower the
+// error index below the farthest point a dying way reaches. When no way completes, the
+// text is worked out again keeping each dying way long enough to raise the error index
+// where it fails, so the error is reported at the farthest token.
+template <class F>
+void SQL92Parser::Entry(TqxWayList& ways, F&& calc) {
+  if (plain_ || ways.empty()) {
+    calc(ways);
+    return;
+  }
+  const TqxWayList start = ways;
+  const std::int32_t startErr = maxErrIndex;
+  exactErrors_ = false;
+  calc(ways);
+  exactErrors_ = true;
+  for (const TqxWayPoint* w : ways) {
+    if (NextKind(w->tokenIndex) == tkEof)
+      return;
+  }
+  ways = start;
+  maxErrIndex = startErr;
+  ForgetWorked();
+  calc(ways);
+}
+
+void SQL92Parser::ForgetWorked() {
+  std::fill(workedIndex_.begin(), workedIndex_.end(), 0);
+  worked_.clear();
+  workedLeaves_.clear();
+  workedEnds_.clear();
+}
+
 void SQL92Parser::ParseSelectWayCalc(TqxWayList& ways) {
-  selectStatementWayCalc(ways);
+  Entry(ways, [&](TqxWayList& w) { selectStatementWayCalc(w); });
 }
 void SQL92Parser::ParseObjectNameWayCalc(TqxWayList& ways) {
-  dbObjectWayCalc(ways);
+  Entry(ways, [&](TqxWayList& w) { dbObjectWayCalc(w); });
 }
 void SQL92Parser::ParseExpressionWayCalc(TqxWayList& ways) {
-  expressionWayCalc(ways);
+  Entry(ways, [&](TqxWayList& w) { expressionWayCalc(w); });
 }
 void SQL92Parser::ParseSelectItemWayCalc(TqxWayList& ways) {
-  selectItemWayCalc(ways);
+  Entry(ways, [&](TqxWayList& w) { selectItemWayCalc(w); });
 }
 void SQL92Parser::ParseLogicalExpressionWayCalc(TqxWayList& ways) {
-  expressionLogicalWayCalc(ways);
+  Entry(ways, [&](TqxWayList& w) { expressionLogicalWayCalc(w); });
 }
 
 void SQL92Parser::SQL92WayCalc(TqxWayList& ways) {
@@ -562,17 +619,23 @@ void SQL92Parser::subQueryExpressionWayCalc(TqxWayList& ways) {
 // querySpecification: selectClause [ fromClause ] [ "where" expressionLogical ]
 //                     [ groupByList ] [ "having" expressionLogical ]
 void SQL92Parser::querySpecificationWayCalc(TqxWayList& ways) {
+  // After each clause, the ways standing where the block cannot go on are dropped, so a
+  // list that read the clause stays one way.
   selectClauseWayCalc(ways);
   Opt(ways, kFromClause, [&](TqxWayList& w) { fromClauseWayCalc(w); });
+  DropDead(ways, [](std::int32_t kind) { return !kFollowFromClause.Has(kind); });
   Opt(ways, TqxTokenSet{tkKwWhere}, [&](TqxWayList& w) {
     Expect(w, tkKwWhere);
     expressionLogicalWayCalc(w);
   });
+  DropDead(ways, [](std::int32_t kind) { return !kFollowWhere.Has(kind); });
   Opt(ways, kGroupByList, [&](TqxWayList& w) { groupByListWayCalc(w); });
+  DropDead(ways, [](std::int32_t kind) { return !kFollowGroupBy.Has(kind); });
   Opt(ways, TqxTokenSet{tkKwHaving}, [&](TqxWayList& w) {
     Expect(w, tkKwHaving);
     expressionLogicalWayCalc(w);
   });
+  DropDead(ways, [](std::int32_t kind) { return !kFollowQuerySpecification.Has(kind); });
 }
 
 // selectClause: "select" [ "all" | "distinct" ] selectList
@@ -591,6 +654,9 @@ void SQL92Parser::selectListWayCalc(TqxWayList& ways) {
       selectItemWayCalc(x);
     });
   });
+  // The way that read no item, and those that stopped before a further item, stand where
+  // no select list ends.
+  DropDead(ways, [](std::int32_t kind) { return !kFollowSelectList.Has(kind); });
 }
 
 // selectItem: "*" | alias2 "=" expression | dbObject ".*" | expression [ [ "as" ] alias1 ]
@@ -621,7 +687,7 @@ void SQL92Parser::selectItemWayCalc(TqxWayList& ways) {
          Alt(kSelectItemExpression, [&](TqxWayList& w) {
            expressionWayCalc(w);
            Opt(w, kAsAlias, [&](TqxWayList& x) {
-             OptToken(x, tkKwAs);
+             OptAs(x);
              alias1WayCalc(x);
            });
          }));
@@ -690,7 +756,7 @@ void SQL92Parser::tableSourceWayCalc(TqxWayList& ways) {
 void SQL92Parser::subTableSourceWayCalc(TqxWayList& ways) {
   auto optAlias = [&](TqxWayList& w) {
     Opt(w, kAsAlias, [&](TqxWayList& x) {
-      OptToken(x, tkKwAs);
+      OptAs(x);
       alias1WayCalc(x);
     });
   };
@@ -707,7 +773,7 @@ void SQL92Parser::subTableSourceWayCalc(TqxWayList& ways) {
                       Alt(kSubSelectStatement, [&](TqxWayList& x) {
                         subSelectStatementWayCalc(x);
                         Expect(x, tkRParen);
-                        OptToken(x, tkKwAs);
+                        OptAs(x);
                         alias1WayCalc(x);
                         Opt(x, TqxTokenSet{tkLParen}, [&](TqxWayList& y) {
                           Expect(y, tkLParen);
@@ -1009,6 +1075,8 @@ void SQL92Parser::expressionAndWayCalc(TqxWayList& ways) {
     Expect(w, tkKwAnd);
     expressionNotWayCalc(w);
   });
+  // The ways that stopped before a further "and" (no condition is followed by one).
+  DropDead(ways, [](std::int32_t kind) { return kCannotFollowCondition.Has(kind); });
 }
 
 // expressionNot: "not" expressionNot | expressionLogicalTerm
@@ -1035,7 +1103,8 @@ void SQL92Parser::expressionLogicalTermWayCalc(TqxWayList& ways) {
              }),
          Alt(kLogicalPredicate,
              [&](TqxWayList& w) {
-               Opt(w, kExpression, [&](TqxWayList& x) { expressionWayCalc(x); });
+               OptFollowed(w, kExpression, &kPredicate,
+                           [&](TqxWayList& x) { expressionWayCalc(x); });
                predicateWayCalc(w);
              }),
          Alt(kLogicalExists, [&](TqxWayList& w) {
@@ -1153,6 +1222,8 @@ void SQL92Parser::expressionFactorWayCalc(TqxWayList& ways) {
     expressionUnaryWayCalc(w);
   });
   depth_ = depth;
+  // The ways that stopped before a further factor operator.
+  DropDead(ways, [](std::int32_t kind) { return kCannotFollowFactor.Has(kind); });
 }
 
 // expressionUnary: ( "-" | "+" | "~" ) expressionUnary | expressionTerm
@@ -1236,6 +1307,8 @@ void SQL92Parser::constantWayCalc(TqxWayList& ways) {
 // dbColumn: [ [ [ [ part "." ] part "." ] part "." ] part "." ] name
 void SQL92Parser::dbColumnWayCalc(TqxWayList& ways) {
   NameWayCalc(ways, kColumnQualifiers);
+  // A column read as a qualifier of a longer name, or as a function's name, ends here.
+  DropDead(ways, [](std::int32_t kind) { return kCannotFollowColumn.Has(kind); });
 }
 
 // SQLAggregateFunction:

@@ -120,12 +120,23 @@ inline constexpr S kJoinRight = kSubTableSource | kTableSourceInner;
 // lets the way calculation drop such a way at once.
 inline constexpr S kCannotFollowName{tkDot};
 inline constexpr S kCannotFollowColumn{tkDot, tkLParen};
+inline constexpr S kCannotFollowFactor{tkDot, tkLParen, tkStar, tkSlash, tkPercent};
 inline constexpr S kCannotFollowExpression{tkDot,  tkLParen, tkPlus,   tkMinus,
                                            tkStar, tkSlash,  tkPercent};
-// What may follow a select item: the next item, the clauses after the select list, the
-// end of its SELECT block and of the statement.
-inline constexpr S kFollowSelectItem{tkComma,    tkKwFrom,  tkKwWhere,  tkKwGroup,
-                                     tkKwHaving, tkKwUnion, tkKwExcept, tkKwIntersect,
-                                     tkKwOrder,  tkRParen,  tkEof,      tkSemicolon};
+// A condition (expressionLogical, expressionAnd) is never followed by "and" (BETWEEN takes
+// value expressions) nor by what cannot follow a value expression.
+inline constexpr S kCannotFollowCondition = kCannotFollowExpression | S{tkKwAnd};
+// What may follow a SELECT block (querySpecification) and its FROM clause.
+inline constexpr S kFollowQuerySpecification{tkKwUnion, tkKwExcept, tkKwIntersect, tkKwOrder,
+                                             tkRParen,  tkEof,      tkSemicolon};
+inline constexpr S kFollowGroupBy = kFollowQuerySpecification | S{tkKwHaving};
+inline constexpr S kFollowWhere = kFollowGroupBy | S{tkKwGroup};
+inline constexpr S kFollowFromClause = kFollowWhere | S{tkKwWhere};
+// What may follow a select list: the clauses after it, the end of its SELECT block and of
+// the statement; a select item may also be followed by the next item.
+inline constexpr S kFollowSelectList{tkKwFrom,  tkKwWhere,  tkKwGroup,     tkKwHaving,
+                                     tkKwUnion, tkKwExcept, tkKwIntersect, tkKwOrder,
+                                     tkRParen,  tkEof,      tkSemicolon};
+inline constexpr S kFollowSelectItem = kFollowSelectList | S{tkComma};
 
 }  // namespace qorvex::sql92first

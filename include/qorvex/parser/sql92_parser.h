@@ -188,6 +188,9 @@ class SQL92Parser : public TqxBaseParser {
   // The four shapes of grammar operation (sequence is plain code).
   template <class F>
   void Opt(TqxWayList& ways, const TqxTokenSet& first, F&& part);
+  // An option whose skipping ways must stand before a token of `follow` to go on.
+  template <class F>
+  void OptFollowed(TqxWayList& ways, const TqxTokenSet& first, const TqxTokenSet* follow, F&& part);
   template <class... A>
   void Choice(TqxWayList& ways, A&&... alternatives);
   template <class F>
@@ -197,6 +200,7 @@ class SQL92Parser : public TqxBaseParser {
   void TokenRangeChoice(TqxWayList& ways, std::int32_t firstKind, std::int32_t lastKind);
   // An optional single token.
   void OptToken(TqxWayList& ways, std::int32_t kind);
+  void OptAs(TqxWayList& ways);
   // An integer literal that fits a type size.
   void ExpectSize(TqxWayList& ways);
   // Optional qualifying parts of a name: `levels` nested options of [part] ".".
@@ -205,13 +209,17 @@ class SQL92Parser : public TqxBaseParser {
   void namePartWayCalc(TqxWayList& ways);
   void namePart(std::vector<std::string>& parts);
 
-  // Appends the ways of `src` to `dest`, dropping any that stand at the same token as a
-  // way already there.
-  // Drops the ways standing before a token for which `dead` says they have no future,
-  // when the error index already stands at that token or beyond (so dropping them
-  // changes neither the first way nor the error position).
+  // Runs the way calculation of a parse entry (twice when the text has no reading).
+  template <class F>
+  void Entry(TqxWayList& ways, F&& calc);
+  void ForgetWorked();
+  // Drops the ways standing before a token for which `dead` says they have no future. While
+  // errors are worked out exactly, only when the error index already stands at that token
+  // or beyond (so dropping them changes neither the first way nor the error position).
   template <class Dead>
   void DropDead(TqxWayList& ways, Dead dead);
+  // Appends the ways of `src` to `dest`, dropping any that stand at the same token as a
+  // way already there.
   void Unite(TqxWayList& dest, const TqxWayList& src);
   void DropTwins(TqxWayList& ways);
   // Appends a child of every parent to `dest` unless a way of `dest` stands there.
@@ -240,6 +248,8 @@ class SQL92Parser : public TqxBaseParser {
 
   struct Worked;
   bool plain_ = false;
+  // False while a parse entry looks for the first reading only.
+  bool exactErrors_ = true;
   std::int32_t depth_ = 0;
   std::int32_t peakDepth_ = 0;
   std::vector<std::unique_ptr<TqxWayList>> pool_;
