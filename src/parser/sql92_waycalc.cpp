@@ -877,7 +877,7 @@ void SQL92Parser::dbObjectBeforeWayCalc(TqxWayList& ways, std::int32_t next) {
 }
 
 void SQL92Parser::dbObjectWayCalc(TqxWayList& ways) {
-  NameWayCalc(ways, kObjectQualifiers);
+  NameWayCalc(ways, kObjectQualifiers, -1, &kCannotFollowName);
 }
 
 namespace {
@@ -913,7 +913,13 @@ struct NameReading {
 // levels and skips the next one; it survives when a name follows. Expected points that
 // are missing raise the error index exactly where the options would: at a part not
 // followed by a point, and at any other token where a group could start.
-void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels, std::int32_t next) {
+void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels, std::int32_t next,
+                              const TqxTokenSet* dead) {
+  if (exactErrors_)
+    dead = nullptr;
+  if (dead != nullptr && dead->Has(tkDot) && next < 0 && ways.size() == 1 &&
+      NameChainWayCalc(ways, levels, *dead))
+    return;
   if (ways.empty())
     return;
   if (plain_) {
@@ -976,6 +982,8 @@ void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels, std::int32_t next) {
         RaiseMaxErr(s + 2);
         continue;
       }
+      if (dead != nullptr && dead->Has(NextKind(s + 1)))
+        continue;
       NameReading& r = slot();
       r.start = w;
       r.groups = j;
@@ -1047,6 +1055,44 @@ void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels, std::int32_t next) {
     ++w->tokenIndex;
     ways.push_back(w);
   }
+}
+
+// A plain chain part.part...part (each token one part) read by one way while looking for the
+// first reading: every shorter reading stands before a "." and is dead, so the one reading
+// left is the whole chain, recorded with the same decisions as above. False for anything
+// else (empty parts, bracketed multi-part tokens), which the general reading handles.
+bool SQL92Parser::NameChainWayCalc(TqxWayList& ways, int levels, const TqxTokenSet& dead) {
+  TqxWayPoint* w = ways.front();
+  const std::int32_t first = w->tokenIndex + 1;
+  std::int32_t last = first;
+  for (;;) {
+    if (!kNamePart.Has(KindAt(last)) || NameParts(last - 1, last) != 1)
+      return false;
+    if (KindAt(last + 1) != tkDot)
+      break;
+    last += 2;
+  }
+  const std::int32_t groups = (last - first) / 2;
+  if (groups > levels || dead.Has(KindAt(last + 1))) {
+    ways.clear();
+    return true;
+  }
+  for (std::int32_t l = 0; l < groups; ++l)
+    w = NewWayPoint(w, 1);
+  if (groups < levels)
+    w = NewWayPoint(w, 0);
+  for (std::int32_t at = first; at <= last; at += 2) {
+    const std::int32_t kind = KindAt(at);
+    if (at != last)
+      w = NewWayPoint(w, 1);  // a written qualifying part
+    const bool keyword = !kIdentifier.Has(kind);
+    w = NewWayPoint(w, keyword ? 1 : 0);
+    w = NewWayPoint(
+        w, keyword ? kind - kFirstNonReservedKeyword : (kind == tkQuotedIdentifier ? 1 : 0));
+    w->tokenIndex = at == last ? at : at + 1;  // the part, and its "."
+  }
+  ways.front() = w;
+  return true;
 }
 
 // identifier: identifier token | quoted identifier token
@@ -1259,6 +1305,8 @@ bool SQL92Parser::SimpleOperandWayCalc(TqxWayList& ways) {
     return true;
   }
   const std::int32_t after = NextKind(p + 1);
+  if (after == tkDot && !exactErrors_ && kNamePart.Has(kind))
+    return QualifiedOperandWayCalc(ways);
   if (!kNamePart.Has(kind) || after == tkDot || after == tkLParen || NameParts(p, p + 1) != 1)
     return false;
   RaiseMaxErr(p + 2);  // a qualifier without its point, a function without its bracket
@@ -1270,6 +1318,22 @@ bool SQL92Parser::SimpleOperandWayCalc(TqxWayList& ways) {
                   keyword ? kind - kFirstNonReservedKeyword : (kind == tkQuotedIdentifier ? 1 : 0));
   ++w->tokenIndex;
   ways.front() = w;
+  return true;
+}
+
+// A qualified column a.b, a.b.c, ... not followed by a bracket: of the alternatives of
+// expressionTerm only dbColumn can read it (a function or an aggregate needs the bracket),
+// so its readings are the way's, with the same decisions. Only while looking for the first
+// reading, since the other alternatives would raise the error index on their way out.
+bool SQL92Parser::QualifiedOperandWayCalc(TqxWayList& ways) {
+  std::int32_t at = ways.front()->tokenIndex + 1;  // a name part followed by "."
+  while (NextKind(at) == tkDot && kNamePart.Has(NextKind(at + 1)))
+    at += 2;
+  if (NextKind(at) == tkDot || NextKind(at) == tkLParen)
+    return false;
+  TqxWayPoint* w = NewWayPoint(NewWayPoint(ways.front(), 1), 2);  // term; dbColumn
+  ways.front() = w;
+  dbColumnWayCalc(ways);
   return true;
 }
 
@@ -1306,7 +1370,7 @@ void SQL92Parser::constantWayCalc(TqxWayList& ways) {
 
 // dbColumn: [ [ [ [ part "." ] part "." ] part "." ] part "." ] name
 void SQL92Parser::dbColumnWayCalc(TqxWayList& ways) {
-  NameWayCalc(ways, kColumnQualifiers);
+  NameWayCalc(ways, kColumnQualifiers, -1, &kCannotFollowColumn);
   // A column read as a qualifier of a longer name, or as a function's name, ends here.
   DropDead(ways, [](std::int32_t kind) { return kCannotFollowColumn.Has(kind); });
 }

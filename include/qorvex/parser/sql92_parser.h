@@ -230,11 +230,16 @@ class SQL92Parser : public TqxBaseParser {
   // readings of the nested options directly from the tokens, with the same ways, order
   // and error position as the options themselves.
   // With `next` >= 0 only the readings followed by a token of that kind are kept.
-  void NameWayCalc(TqxWayList& ways, int levels, std::int32_t next = -1);
+  // While looking for the first reading, the readings followed by a token of `dead` are
+  // left out.
+  void NameWayCalc(TqxWayList& ways, int levels, std::int32_t next = -1,
+                   const TqxTokenSet* dead = nullptr);
   void dbObjectBeforeWayCalc(TqxWayList& ways, std::int32_t next);
+  bool NameChainWayCalc(TqxWayList& ways, int levels, const TqxTokenSet& dead);
   // expressionUnary of one way standing before a constant or a one-part name; false
   // when the way stands before anything else.
   bool SimpleOperandWayCalc(TqxWayList& ways);
+  bool QualifiedOperandWayCalc(TqxWayList& ways);
   // Number of name parts that the tokens after `start` up to `end` stand for.
   std::int32_t NameParts(std::int32_t start, std::int32_t end) const;
   // Drops the ways (each below one of `starts`) whose name stands for too many parts.
