@@ -661,6 +661,26 @@ void SQL92Parser::selectListWayCalc(TqxWayList& ways) {
 
 // selectItem: "*" | alias2 "=" expression | dbObject ".*" | expression [ [ "as" ] alias1 ]
 void SQL92Parser::selectItemWayCalc(TqxWayList& ways) {
+  auto expressionItem = [&](TqxWayList& w) {
+    expressionWayCalc(w);
+    Opt(w, kAsAlias, [&](TqxWayList& x) {
+      OptAs(x);
+      alias1WayCalc(x);
+    });
+  };
+  // While looking for the first reading, an item that is neither "*", nor followed by "="
+  // after its first token, nor a name chain ending in ".*" can only be an expression.
+  if (!exactErrors_ && ways.size() == 1) {
+    const std::int32_t t = ways.front()->tokenIndex;
+    const std::int32_t kind = NextKind(t);
+    if (kSelectItemExpression.Has(kind) && NextKind(t + 1) != tkEqual &&
+        NextKind(NameRunEnd(t)) != tkDotStar) {
+      ways.front() = NewWayPoint(ways.front(), 3);
+      expressionItem(ways);
+      DropDead(ways, [](std::int32_t k) { return !kFollowSelectItem.Has(k); });
+      return;
+    }
+  }
   Choice(ways, Alt(kSelectItemStar, [&](TqxWayList& w) { Expect(w, tkStar); }),
          Alt(kSelectItemAliasEquals,
              [&](TqxWayList& w) {
@@ -684,13 +704,7 @@ void SQL92Parser::selectItemWayCalc(TqxWayList& ways) {
                dbObjectBeforeWayCalc(w, tkDotStar);
                Expect(w, tkDotStar);
              }),
-         Alt(kSelectItemExpression, [&](TqxWayList& w) {
-           expressionWayCalc(w);
-           Opt(w, kAsAlias, [&](TqxWayList& x) {
-             OptAs(x);
-             alias1WayCalc(x);
-           });
-         }));
+         Alt(kSelectItemExpression, expressionItem));
   DropDead(ways, [](std::int32_t kind) { return !kFollowSelectItem.Has(kind); });
 }
 
@@ -760,6 +774,17 @@ void SQL92Parser::subTableSourceWayCalc(TqxWayList& ways) {
       alias1WayCalc(x);
     });
   };
+  // While looking for the first reading, a name chain not followed by "(" can only be a
+  // database object (a function needs the bracket).
+  if (!exactErrors_ && ways.size() == 1) {
+    const std::int32_t t = ways.front()->tokenIndex;
+    if (kDbObject.Has(NextKind(t)) && NextKind(NameRunEnd(t)) != tkLParen) {
+      ways.front() = NewWayPoint(ways.front(), 2);
+      dbObjectWayCalc(ways);
+      optAlias(ways);
+      return;
+    }
+  }
   Choice(ways,
          Alt(kSubTableSourceBrackets,
              [&](TqxWayList& w) {
@@ -1055,6 +1080,13 @@ void SQL92Parser::NameWayCalc(TqxWayList& ways, int levels, std::int32_t next,
     ++w->tokenIndex;
     ways.push_back(w);
   }
+}
+
+// The index of the last token of the run of name parts and points after `tokenIndex`.
+std::int32_t SQL92Parser::NameRunEnd(std::int32_t tokenIndex) const {
+  while (kQualifier.Has(NextKind(tokenIndex)))
+    ++tokenIndex;
+  return tokenIndex;
 }
 
 // A plain chain part.part...part (each token one part) read by one way while looking for the

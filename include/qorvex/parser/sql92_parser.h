@@ -236,6 +236,7 @@ class SQL92Parser : public TqxBaseParser {
                    const TqxTokenSet* dead = nullptr);
   void dbObjectBeforeWayCalc(TqxWayList& ways, std::int32_t next);
   bool NameChainWayCalc(TqxWayList& ways, int levels, const TqxTokenSet& dead);
+  std::int32_t NameRunEnd(std::int32_t tokenIndex) const;
   // expressionUnary of one way standing before a constant or a one-part name; false
   // when the way stands before anything else.
   bool SimpleOperandWayCalc(TqxWayList& ways);
