@@ -782,6 +782,7 @@ void SQL92Parser::subTableSourceWayCalc(TqxWayList& ways) {
       ways.front() = NewWayPoint(ways.front(), 2);
       dbObjectWayCalc(ways);
       optAlias(ways);
+      DropDead(ways, [](std::int32_t kind) { return !kFollowSubTableSource.Has(kind); });
       return;
     }
   }
@@ -820,6 +821,8 @@ void SQL92Parser::subTableSourceWayCalc(TqxWayList& ways) {
            dbObjectWayCalc(w);
            optAlias(w);
          }));
+  // The ways that skipped an alias stand before it, where no table source ends.
+  DropDead(ways, [](std::int32_t kind) { return !kFollowSubTableSource.Has(kind); });
 }
 
 // joinedTable: "," subTableSource

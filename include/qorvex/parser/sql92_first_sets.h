@@ -132,6 +132,9 @@ inline constexpr S kFollowQuerySpecification{tkKwUnion, tkKwExcept, tkKwIntersec
 inline constexpr S kFollowGroupBy = kFollowQuerySpecification | S{tkKwHaving};
 inline constexpr S kFollowWhere = kFollowGroupBy | S{tkKwGroup};
 inline constexpr S kFollowFromClause = kFollowWhere | S{tkKwWhere};
+// What may follow a table source: a join, its "on", the end of a bracketed join and what
+// follows the FROM clause.
+inline constexpr S kFollowSubTableSource = kJoinedTable | S{tkKwOn, tkRParen} | kFollowFromClause;
 // What may follow a select list: the clauses after it, the end of its SELECT block and of
 // the statement; a select item may also be followed by the next item.
 inline constexpr S kFollowSelectList{tkKwFrom,  tkKwWhere,  tkKwGroup,     tkKwHaving,
