@@ -395,6 +395,10 @@ void SQL92Parser::Iter(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
     ways.front() = NewWayPoint(ways.front(), 0);
     return;
   }
+  if (!exactErrors_) {
+    IterGreedy(ways, first, part);
+    return;
+  }
   ListRef result = TakeList();
   // The farthest token of the stopping ways: a way that went past it after one more
   // iteration cannot have a twin among them, which keeps long repetitions linear.
@@ -429,6 +433,44 @@ void SQL92Parser::Iter(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
       for (const TqxWayPoint* w : ways)
         farthest = std::max(farthest, w->tokenIndex);
     }
+  }
+  ways.swap(*result);
+}
+
+// No repetition of this grammar can be followed by a token that starts a further
+// iteration (a list is never followed by its separator, a chain of operators never by
+// its operator). So a way standing before such a token does not stop there: stopping
+// would leave it with no future. While looking for the first reading only, the ways
+// stop only where they cannot go on.
+template <class F>
+void SQL92Parser::IterGreedy(TqxWayList& ways, const TqxTokenSet& first, F&& part) {
+  while (ways.size() == 1) {
+    TqxWayPoint* w = ways.front();
+    if (!first.Has(NextKind(w->tokenIndex))) {
+      ways.front() = NewWayPoint(w, 0);
+      return;
+    }
+    ways.front() = NewWayPoint(w, 1);
+    part(ways);
+  }
+  if (ways.empty())
+    return;
+  ListRef result = TakeList();
+  ListRef stopping = TakeList();
+  for (;;) {
+    stopping->clear();
+    std::size_t k = 0;
+    for (TqxWayPoint* w : ways) {
+      if (first.Has(NextKind(w->tokenIndex)))
+        ways[k++] = NewWayPoint(w, 1);
+      else
+        stopping->push_back(w);
+    }
+    ways.resize(k);
+    AppendChildren(*result, *stopping, 0);
+    if (k == 0)
+      break;
+    part(ways);
   }
   ways.swap(*result);
 }

@@ -195,6 +195,8 @@ class SQL92Parser : public TqxBaseParser {
   void Choice(TqxWayList& ways, A&&... alternatives);
   template <class F>
   void Iter(TqxWayList& ways, const TqxTokenSet& first, F&& part);
+  template <class F>
+  void IterGreedy(TqxWayList& ways, const TqxTokenSet& first, F&& part);
   // A choice among single tokens: alternative i is kinds[i].
   void TokenChoice(TqxWayList& ways, const std::int32_t* kinds, std::int32_t count);
   void TokenRangeChoice(TqxWayList& ways, std::int32_t firstKind, std::int32_t lastKind);
