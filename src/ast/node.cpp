@@ -115,8 +115,11 @@ TastNode::TastNode(TastSyntaxProvider* SyntaxProvider) : TastExtender(SyntaxProv
 
 TastNode::~TastNode() = default;
 
+// A new node has no extender, so with no provider or an empty registry there is
+// nothing to attach and the registry lookup is skipped.
 void TastNode::AfterConstruction() {
-  UpdateExtender();
+  if (SyntaxProvider_ != nullptr && !SyntaxProvider_->GetExtenders().empty())
+    UpdateExtender();
 }
 
 void TastNode::UpdateExtender() {
