@@ -1003,7 +1003,7 @@ void TSQLExpressionItemsList::Delete(int Index) {
 }
 
 void TSQLExpressionItemsList::Clear() {
-  std::vector<std::unique_ptr<TSQLExpressionItem>> old;
+  decltype(Items_) old;
   old.swap(Items_);
 }
 

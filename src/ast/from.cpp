@@ -362,7 +362,7 @@ void TSQLFromItem::Delete(int Index) {
 }
 
 void TSQLFromItem::Clear() {
-  std::vector<std::unique_ptr<TSQLFromSource>> old;
+  decltype(Sources_) old;
   old.swap(Sources_);
 }
 

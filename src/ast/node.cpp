@@ -29,6 +29,14 @@ void TastExtender::operator delete(void* Block, std::size_t Size) noexcept {
   FreeSmallBlock(Block, Size);
 }
 
+void* AllocateTreeBlock(std::size_t Size) {
+  return AllocateSmallBlock(Size);
+}
+
+void FreeTreeBlock(void* Block, std::size_t Size) noexcept {
+  FreeSmallBlock(Block, Size);
+}
+
 void TastExtender::Assign(const TastExtender& Source) {
   SyntaxProvider_ = Source.SyntaxProvider_;
   ExtenderData_ = Source.ExtenderData_;
@@ -271,7 +279,7 @@ void TastNodeWithList::Insert(int Index, std::unique_ptr<TastNode> Node) {
 
 void TastNodeWithList::Clear() {
   // Moved out first so that the list is already empty while the items are freed.
-  std::vector<std::unique_ptr<TastNode>> old;
+  decltype(Items_) old;
   old.swap(Items_);
 }
 
