@@ -990,6 +990,9 @@ void TSQLExpressionOverlaps::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine
 TSQLExpressionItemsList::~TSQLExpressionItemsList() = default;
 
 void TSQLExpressionItemsList::Add(std::unique_ptr<TSQLExpressionItem> Item) {
+  // Lists seldom stay at one item: room for four saves the first regrowths.
+  if (Items_.capacity() == 0)
+    Items_.reserve(4);
   Items_.push_back(std::move(Item));
 }
 

@@ -268,6 +268,9 @@ void TastNodeWithList::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) cons
 }
 
 void TastNodeWithList::Add(std::unique_ptr<TastNode> Node) {
+  // Lists seldom stay at one item: room for four saves the first regrowths.
+  if (Items_.capacity() == 0)
+    Items_.reserve(4);
   Items_.push_back(std::move(Node));
 }
 
