@@ -990,6 +990,9 @@ void TSQLExpressionOverlaps::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine
 TSQLExpressionItemsList::~TSQLExpressionItemsList() = default;
 
 void TSQLExpressionItemsList::Add(std::unique_ptr<TSQLExpressionItem> Item) {
+  // Lists seldom stay at one item: room for four saves the first regrowths.
+  if (Items_.capacity() == 0)
+    Items_.reserve(4);
   Items_.push_back(std::move(Item));
 }
 
@@ -1003,7 +1006,7 @@ void TSQLExpressionItemsList::Delete(int Index) {
 }
 
 void TSQLExpressionItemsList::Clear() {
-  std::vector<std::unique_ptr<TSQLExpressionItem>> old;
+  decltype(Items_) old;
   old.swap(Items_);
 }
 

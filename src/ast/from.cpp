@@ -349,6 +349,9 @@ TSQLFromItem::TSQLFromItem(TastSyntaxProvider* SyntaxProvider) : TSQLFromSource(
 TSQLFromItem::~TSQLFromItem() = default;
 
 void TSQLFromItem::Add(std::unique_ptr<TSQLFromSource> Source) {
+  // Lists seldom stay at one item: room for four saves the first regrowths.
+  if (Sources_.capacity() == 0)
+    Sources_.reserve(4);
   Sources_.push_back(std::move(Source));
 }
 
@@ -362,7 +365,7 @@ void TSQLFromItem::Delete(int Index) {
 }
 
 void TSQLFromItem::Clear() {
-  std::vector<std::unique_ptr<TSQLFromSource>> old;
+  decltype(Sources_) old;
   old.swap(Sources_);
 }
 

@@ -24,13 +24,6 @@ void TSQLQualifiedName::AddName(std::string Name) {
   Names_.insert(Names_.begin(), std::move(Name));
 }
 
-void TSQLQualifiedName::SetWrittenParts(std::vector<std::string>& Parts) {
-  Names_.clear();
-  Names_.reserve(Parts.size());
-  for (auto it = Parts.rbegin(); it != Parts.rend(); ++it)
-    Names_.push_back(std::move(*it));
-}
-
 void TSQLQualifiedName::AddPrefix(std::string Prefix) {
   Names_.push_back(std::move(Prefix));
 }

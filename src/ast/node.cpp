@@ -29,6 +29,14 @@ void TastExtender::operator delete(void* Block, std::size_t Size) noexcept {
   FreeSmallBlock(Block, Size);
 }
 
+void* AllocateTreeBlock(std::size_t Size) {
+  return AllocateSmallBlock(Size);
+}
+
+void FreeTreeBlock(void* Block, std::size_t Size) noexcept {
+  FreeSmallBlock(Block, Size);
+}
+
 void TastExtender::Assign(const TastExtender& Source) {
   SyntaxProvider_ = Source.SyntaxProvider_;
   ExtenderData_ = Source.ExtenderData_;
@@ -115,8 +123,11 @@ TastNode::TastNode(TastSyntaxProvider* SyntaxProvider) : TastExtender(SyntaxProv
 
 TastNode::~TastNode() = default;
 
+// A new node has no extender, so with no provider or an empty registry there is
+// nothing to attach and the registry lookup is skipped.
 void TastNode::AfterConstruction() {
-  UpdateExtender();
+  if (SyntaxProvider_ != nullptr && !SyntaxProvider_->GetExtenders().empty())
+    UpdateExtender();
 }
 
 void TastNode::UpdateExtender() {
@@ -257,6 +268,9 @@ void TastNodeWithList::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) cons
 }
 
 void TastNodeWithList::Add(std::unique_ptr<TastNode> Node) {
+  // Lists seldom stay at one item: room for four saves the first regrowths.
+  if (Items_.capacity() == 0)
+    Items_.reserve(4);
   Items_.push_back(std::move(Node));
 }
 
@@ -268,7 +282,7 @@ void TastNodeWithList::Insert(int Index, std::unique_ptr<TastNode> Node) {
 
 void TastNodeWithList::Clear() {
   // Moved out first so that the list is already empty while the items are freed.
-  std::vector<std::unique_ptr<TastNode>> old;
+  decltype(Items_) old;
   old.swap(Items_);
 }
 

@@ -331,7 +331,7 @@ std::unique_ptr<TSQLSubQueryExpression> TSQLSubQueryExpressions::Extract(
 }
 
 void TSQLSubQueryExpressions::Clear() {
-  std::vector<std::unique_ptr<TSQLSubQueryExpression>> old;
+  decltype(Operands_) old;
   old.swap(Operands_);
 }
 

@@ -152,53 +152,60 @@ TqxBaseParser::~TqxBaseParser() {
     kinds_.clear();
     kinds_.swap(spareKinds);
   }
-  if (way.capacity() <= kKeep && spareWay.capacity() == 0) {
-    way.clear();
+  if (way.capacity() <= kKeep && spareWay.capacity() == 0)
     way.swap(spareWay);
-  }
 }
 
-const TqxToken& TqxBaseParser::Get() {
-  ++tokenIndex;
-  t = &scanner->GetToken(tokenIndex);
-  return *t;
+void TqxBaseParser::WayOverrun() {
+  throw EqxError("The parser read past the end of its way");
 }
 
-const TqxWayPoint* TqxBaseParser::GetWayNode() {
-  ++wayIndex;
-  if (static_cast<std::size_t>(wayIndex) >= way.size())
-    throw EqxError("The parser read past the end of its way");
-  return way[static_cast<std::size_t>(wayIndex)];
-}
-
+// Walks from the leaf to the root and stores each point from the back of `way`, so the
+// path ends up root first without a second pass. A point standing for a reused stretch
+// is replaced by that stretch; the stretches still to finish wait on a stack, which
+// keeps deep nesting off the call stack.
 void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
-  way.clear();
-  // Walks from the leaf to the root; a point standing for a reused stretch is replaced
-  // by that stretch. An explicit stack keeps deep nesting off the call stack.
   struct Run {
     const TqxWayPoint* at;
     const TqxWayPoint* stop;
   };
   static thread_local std::vector<Run> runs;
   runs.clear();
-  if (leaf != nullptr)
-    runs.push_back({leaf, nullptr});
-  while (!runs.empty()) {
-    Run& run = runs.back();
-    if (run.at == run.stop) {
-      runs.pop_back();
-      continue;
+  if (way.size() < way.capacity() || way.size() < 256)
+    way.resize(std::max<std::size_t>(way.capacity(), 256));
+  std::size_t end = way.size();
+  std::size_t pos = end;
+  const TqxWayPoint** slots = way.data();
+  const TqxWayPoint* p = leaf;
+  const TqxWayPoint* stop = nullptr;
+  for (;;) {
+    while (p != stop) {
+      if (p->link != nullptr) [[unlikely]] {
+        runs.push_back({p->parent, stop});
+        stop = p->linkBase;
+        p = p->link;
+        continue;
+      }
+      if (pos == 0) [[unlikely]] {
+        // Doubles the storage, moving what is written to the back half.
+        way.insert(way.begin(), end, nullptr);
+        pos = end;
+        end = way.size();
+        slots = way.data();
+      }
+      slots[--pos] = p;
+      p = p->parent;
     }
-    const TqxWayPoint* p = run.at;
-    run.at = p->parent;
-    if (p->link != nullptr)
-      runs.push_back({p->link, p->linkBase});
-    else
-      way.push_back(p);
+    if (runs.empty())
+      break;
+    p = runs.back().at;
+    stop = runs.back().stop;
+    runs.pop_back();
   }
-  std::reverse(way.begin(), way.end());
+  wayFirst_ = way.data() + pos;
+  wayNext_ = wayFirst_;
+  wayEnd_ = way.data() + end;
   tokenIndex = -1;
-  wayIndex = -1;
   t = nullptr;
   maxErrIndex = -1;
 }

@@ -30,7 +30,7 @@ int SizeValue(const std::string& text) {
 // A quoted identifier stands for the text inside its quotes (a doubled quote stands for
 // one); a bracketed one for the text inside its brackets, and [a][b] for the two parts
 // a and b.
-void SQL92Parser::NameParts(const TqxToken& token, std::vector<std::string>& parts) const {
+void SQL92Parser::NameParts(const TqxToken& token, TastVector<std::string>& parts) const {
   const std::string& v = token.val;
   if (token.kind != tkQuotedIdentifier || v.size() < 2) {
     parts.push_back(v);
@@ -61,7 +61,7 @@ void SQL92Parser::NameParts(const TqxToken& token, std::vector<std::string>& par
 }
 
 std::string SQL92Parser::NameText(const TqxToken& token) const {
-  std::vector<std::string> parts;
+  TastVector<std::string> parts;
   NameParts(token, parts);
   std::string text;
   for (std::size_t i = 0; i < parts.size(); ++i) {
@@ -72,7 +72,7 @@ std::string SQL92Parser::NameText(const TqxToken& token) const {
   return text;
 }
 
-void SQL92Parser::identifier(std::vector<std::string>& parts) {
+void SQL92Parser::identifier(TastVector<std::string>& parts) {
   Decision();
   NameParts(Get(), parts);
 }
@@ -95,41 +95,51 @@ std::string SQL92Parser::stringLiteral() {
   return text;
 }
 
-void SQL92Parser::namePart(std::vector<std::string>& parts) {
-  if (Decision() == 0)
-    identifier(parts);
+// An identifier or a keyword used as one: either way two decisions (which of the two,
+// and which identifier form or keyword) and one token, whose text NameParts reads (a
+// keyword's text is kept as typed).
+void SQL92Parser::namePart(TastVector<std::string>& parts) {
+  GetWayNode();
+  GetWayNode();
+  const TqxToken& token = Get();
+  if (token.kind != tkQuotedIdentifier)
+    parts.push_back(token.val);
   else
-    parts.push_back(keywordAsIdentifier());
+    NameParts(token, parts);
 }
 
-void SQL92Parser::Qualifiers(int levels, std::vector<std::string>& parts) {
-  if (levels == 0 || Decision() == 0)
-    return;
-  Qualifiers(levels - 1, parts);
-  if (Decision() == 1)
-    namePart(parts);
-  else
-    parts.emplace_back();  // an empty qualifying part
-  Get();                   // "."
+// The nested options [[[part] "."] part "."] ...: first the decisions to enter each
+// level, outermost first, then the parts of the levels entered, in the order written.
+void SQL92Parser::Qualifiers(int levels, TastVector<std::string>& parts) {
+  int entered = 0;
+  while (entered < levels && Decision() == 1)
+    ++entered;
+  for (; entered > 0; --entered) {
+    if (Decision() == 1)
+      namePart(parts);
+    else
+      parts.emplace_back();  // an empty qualifying part
+    Get();                   // "."
+  }
 }
 
 std::unique_ptr<TSQLDatabaseObject> SQL92Parser::dbObject() {
   auto object = NewNode<TSQLDatabaseObject>(provider);
-  std::vector<std::string>& parts = nameScratch_;
-  parts.clear();
+  TastVector<std::string> parts;
+  parts.reserve(2);
   Qualifiers(kObjectQualifiers, parts);
   namePart(parts);
-  object->SetWrittenParts(parts);
+  object->SetWrittenParts(std::move(parts));
   return object;
 }
 
 std::unique_ptr<TSQLObjectColumn> SQL92Parser::dbColumn() {
   auto column = NewNode<TSQLObjectColumn>(provider);
-  std::vector<std::string>& parts = nameScratch_;
-  parts.clear();
+  TastVector<std::string> parts;
+  parts.reserve(2);
   Qualifiers(kColumnQualifiers, parts);
   namePart(parts);
-  column->SetWrittenParts(parts);
+  column->SetWrittenParts(std::move(parts));
   return column;
 }
 
@@ -137,7 +147,7 @@ std::unique_ptr<TSQLObjectColumn> SQL92Parser::dbColumn() {
 std::string SQL92Parser::alias1() {
   switch (Decision()) {
     case 0: {
-      std::vector<std::string> parts;
+      TastVector<std::string> parts;
       identifier(parts);
       std::string text;
       for (std::size_t i = 0; i < parts.size(); ++i)
@@ -842,7 +852,7 @@ std::unique_ptr<TSQLType> SQL92Parser::SQLType() {
 }
 
 std::unique_ptr<TSQLType> SQL92Parser::SQLTypeUser() {
-  std::vector<std::string> parts;
+  TastVector<std::string> parts;
   if (Decision() == 1) {
     identifier(parts);
     Get();  // "."

@@ -359,6 +359,50 @@ TEST_F(WayOperations, WayTreeShapeAndUnroll) {
   EXPECT_EQ(parser_.Get().val, ",");
 }
 
+// A point standing for a stretch of another way is replaced by that stretch (from its
+// `link` up to, not including, `linkBase`), also inside a stretch; a way far longer
+// than the replay's first storage comes out whole, root first; and the replay stops
+// with an error at its end.
+TEST_F(WayOperations, UnrollWayExpandsStretchesAndLongWays) {
+  TqxWayPoint* root = parser_.NewWayPoint(nullptr);
+  // Branch a: decisions 1..4 below root; branch b: 10, then a point for a's 2..3, then 11.
+  std::vector<TqxWayPoint*> a{root};
+  for (int d = 1; d <= 4; ++d)
+    a.push_back(parser_.NewWayPoint(a.back(), d));
+  TqxWayPoint* b = parser_.NewWayPoint(root, 10);
+  TqxWayPoint* link = parser_.NewWayPoint(b);
+  link->link = a[3];
+  link->linkBase = a[1];
+  b = parser_.NewWayPoint(link, 11);
+  // The way replayed: 600 points of decision 7, a point for b's 10..11 (which holds
+  // the stretch of a), then 12.
+  TqxWayPoint* leaf = root;
+  for (int i = 0; i < 600; ++i)
+    leaf = parser_.NewWayPoint(leaf, 7);
+  TqxWayPoint* outer = parser_.NewWayPoint(leaf);
+  outer->link = b;
+  outer->linkBase = root;
+  leaf = parser_.NewWayPoint(outer, 12);
+
+  std::vector<std::int32_t> expected{0};
+  expected.insert(expected.end(), 600, 7);
+  expected.insert(expected.end(), {10, 2, 3, 11, 12});
+  for (int round = 0; round < 2; ++round) {  // the second unroll reuses the storage
+    parser_.UnrollWay(leaf);
+    std::vector<std::int32_t> decisions;
+    for (const TqxWayPoint* w : parser_.GetWay())
+      decisions.push_back(w->decision);
+    EXPECT_EQ(decisions, expected);
+    EXPECT_EQ(parser_.GetWayNode(), root);
+    for (std::size_t i = 1; i < expected.size(); ++i)
+      ASSERT_EQ(parser_.GetWayNode()->decision, expected[i]) << i;
+    EXPECT_THROW(parser_.GetWayNode(), EqxError);
+  }
+  parser_.UnrollWay(nullptr);
+  EXPECT_TRUE(parser_.GetWay().empty());
+  EXPECT_THROW(parser_.GetWayNode(), EqxError);
+}
+
 TEST_F(WayOperations, GetPastTheEndGivesTheEndToken) {
   for (int i = 0; i < 5; ++i)
     parser_.Get();

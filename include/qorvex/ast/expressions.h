@@ -264,7 +264,7 @@ class TSQLExpressionCaseFunction : public TSQLExpressionItem {
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
 
  private:
-  std::vector<std::unique_ptr<TSQLCaseFunctionItem>> Items_;
+  TastVector<std::unique_ptr<TSQLCaseFunctionItem>> Items_;
 };
 
 // An aggregate over the star: name(*).
@@ -686,7 +686,7 @@ class TSQLExpressionItemsList : public TSQLExpressionItem {
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
 
  private:
-  std::vector<std::unique_ptr<TSQLExpressionItem>> Items_;
+  TastVector<std::unique_ptr<TSQLExpressionItem>> Items_;
 };
 
 // Conditions joined by one logical operator, written without added brackets.

@@ -269,7 +269,7 @@ class TSQLFromItem : public TSQLFromSource {
   void BuildExpression(TSQLBuilder& Builder, bool MultiLine) const override;
 
  private:
-  std::vector<std::unique_ptr<TSQLFromSource>> Sources_;
+  TastVector<std::unique_ptr<TSQLFromSource>> Sources_;
 };
 
 // Pairs every source of From, nested groups included, with the source at the same place

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -23,8 +24,14 @@ class TSQLQualifiedName : public TastNode {
   void AddName(std::string Name);
   // Appends a new outermost prefix.
   void AddPrefix(std::string Prefix);
-  // Replaces all parts by `Parts`, given outermost first as they are written.
-  void SetWrittenParts(std::vector<std::string>& Parts);
+  // Replaces all parts by `Parts`, given outermost first as they are written; takes
+  // over their storage.
+  void SetWrittenParts(TastVector<std::string>&& Parts) {
+    if (Parts.size() > 1)
+      std::reverse(Parts.begin(), Parts.end());
+    Names_.swap(Parts);
+    Parts.clear();
+  }
   // Index 0; empty when there are no parts.
   std::string GetObjName() const;
   // Replaces index 0 (adds it when there are no parts).
@@ -36,7 +43,8 @@ class TSQLQualifiedName : public TastNode {
   void SetNames(int Index, std::string Name);
   int Count() const { return static_cast<int>(Names_.size()); }
   void Clear() { Names_.clear(); }
-  const std::vector<std::string>& GetNameParts() const { return Names_; }
+  // A copy of the parts, innermost first.
+  std::vector<std::string> GetNameParts() const { return {Names_.begin(), Names_.end()}; }
   // The parts outermost first joined by "." (no quoting).
   std::string GetQualifiedName() const;
 
@@ -49,7 +57,7 @@ class TSQLQualifiedName : public TastNode {
   std::string DumpDetails() const override;
 
  private:
-  std::vector<std::string> Names_;
+  TastVector<std::string> Names_;
 };
 
 // The name of a table, view or other database object, with the FROM source it was bound

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -19,6 +20,31 @@ class TSQLSubSelectStatement;
 class TSQLSubSelectStatementProxy;
 class TqxBaseMetadataProvider;
 class TqxQueryBuilderControlOwner;  // model object; opaque to the syntax tree
+
+// Memory for the containers inside nodes (child lists, name parts), taken from the same
+// per-thread recycled blocks as the nodes themselves: a tree is built and freed a node
+// at a time, and most of these containers hold a handful of entries.
+void* AllocateTreeBlock(std::size_t Size);
+void FreeTreeBlock(void* Block, std::size_t Size) noexcept;
+
+template <class T>
+class TastAllocator {
+ public:
+  using value_type = T;
+  TastAllocator() noexcept = default;
+  template <class U>
+  TastAllocator(const TastAllocator<U>& /*Other*/) noexcept {}
+  T* allocate(std::size_t Count) { return static_cast<T*>(AllocateTreeBlock(Count * sizeof(T))); }
+  void deallocate(T* Block, std::size_t Count) noexcept { FreeTreeBlock(Block, Count * sizeof(T)); }
+  template <class U>
+  bool operator==(const TastAllocator<U>& /*Other*/) const noexcept {
+    return true;
+  }
+};
+
+// A vector whose storage comes from the tree's blocks.
+template <class T>
+using TastVector = std::vector<T, TastAllocator<T>>;
 
 // Class reference of the tree family: node and extender classes are created by class
 // with the syntax provider as the only argument.
@@ -155,7 +181,7 @@ class TastNodeWithList : public TastNode {
   void SetItems(int Index, std::unique_ptr<TastNode> Node);
 
  protected:
-  std::vector<std::unique_ptr<TastNode>> Items_;
+  TastVector<std::unique_ptr<TastNode>> Items_;
 };
 
 // Creates a node of class T and attaches its extender.

@@ -205,7 +205,7 @@ class TSQLSubQueryExpressions : public TSQLSubQueryExpression {
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
 
  protected:
-  std::vector<std::unique_ptr<TSQLSubQueryExpression>> Operands_;
+  TastVector<std::unique_ptr<TSQLSubQueryExpression>> Operands_;
 };
 
 // A statement: the chain plus an ORDER BY for the whole chain.

@@ -5,6 +5,7 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -156,9 +157,17 @@ class TqxBaseParser {
   virtual std::unique_ptr<TSQLExpressionItem> ParseLogicalExpression() = 0;
 
   // The next token of the replay (the end token past the end).
-  const TqxToken& Get();
-  // The next way point of the replayed way.
-  const TqxWayPoint* GetWayNode();
+  const TqxToken& Get() {
+    ++tokenIndex;
+    t = &scanner->GetToken(tokenIndex);
+    return *t;
+  }
+  // The next way point of the replayed way; reading past its end raises EqxError.
+  const TqxWayPoint* GetWayNode() {
+    if (wayNext_ == wayEnd_) [[unlikely]]
+      WayOverrun();
+    return *wayNext_++;
+  }
   // Makes the path from the root to `leaf` the way to replay and resets the replay.
   void UnrollWay(const TqxWayPoint* leaf);
 
@@ -183,7 +192,12 @@ class TqxBaseParser {
 
   TqxBaseScanner* GetScanner() const { return scanner; }
   TastSyntaxProvider* GetProvider() const { return provider; }
-  const std::vector<const TqxWayPoint*>& GetWay() const { return way; }
+  // The way being replayed, root first.
+  std::span<const TqxWayPoint* const> GetWay() const {
+    return {wayFirst_, static_cast<std::size_t>(wayEnd_ - wayFirst_)};
+  }
+  // Index of the way point that GetWayNode gave last (-1 before the first).
+  std::int32_t GetWayIndex() const { return static_cast<std::int32_t>(wayNext_ - wayFirst_) - 1; }
   std::size_t GetWayPointCount() const { return arena_.Size(); }
 
   // The largest token index at which some way missed an expected token.
@@ -207,10 +221,15 @@ class TqxBaseParser {
   TastSyntaxProvider* provider;
   std::int32_t tokenIndex = -1;
   const TqxToken* t = nullptr;
-  std::int32_t wayIndex = -1;
+  // Storage of the replayed way: UnrollWay fills it from the back, so the way is the
+  // stretch from wayFirst_ to wayEnd_ and wayNext_ is the replay's next way point.
   std::vector<const TqxWayPoint*> way;
+  const TqxWayPoint* const* wayFirst_ = nullptr;
+  const TqxWayPoint* const* wayNext_ = nullptr;
+  const TqxWayPoint* const* wayEnd_ = nullptr;
 
  private:
+  [[noreturn]] static void WayOverrun();
   TqxWayArena arena_;
   // Token kinds by index, for the way calculation's many look-ahead tests.
   std::vector<std::int32_t> kinds_;

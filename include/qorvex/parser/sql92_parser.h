@@ -124,7 +124,7 @@ class SQL92Parser : public TqxBaseParser {
   std::unique_ptr<TSQLDatabaseObject> dbObject();
   void identifierWayCalc(TqxWayList& ways);
   // The name parts a name token stands for: one, or several for [a][b].
-  void identifier(std::vector<std::string>& parts);
+  void identifier(TastVector<std::string>& parts);
 
   // ---- expressions
   void expressionLogicalWayCalc(TqxWayList& ways);
@@ -207,9 +207,9 @@ class SQL92Parser : public TqxBaseParser {
   void ExpectSize(TqxWayList& ways);
   // Optional qualifying parts of a name: `levels` nested options of [part] ".".
   void QualifiersWayCalc(TqxWayList& ways, int levels);
-  void Qualifiers(int levels, std::vector<std::string>& parts);
+  void Qualifiers(int levels, TastVector<std::string>& parts);
   void namePartWayCalc(TqxWayList& ways);
-  void namePart(std::vector<std::string>& parts);
+  void namePart(TastVector<std::string>& parts);
 
   // Runs the way calculation of a parse entry (twice when the text has no reading).
   template <class F>
@@ -267,12 +267,11 @@ class SQL92Parser : public TqxBaseParser {
   std::vector<Worked> worked_;
   std::vector<const TqxWayPoint*> workedLeaves_;
   std::vector<std::int32_t> workedEnds_;
-  std::vector<std::string> nameScratch_;
 
   // Building helpers.
   std::int32_t Decision() { return GetWayNode()->decision; }
   std::string NameText(const TqxToken& token) const;
-  void NameParts(const TqxToken& token, std::vector<std::string>& parts) const;
+  void NameParts(const TqxToken& token, TastVector<std::string>& parts) const;
   std::unique_ptr<TSQLAlias> MakeAlias(bool withAs, std::string name);
 };
 
