@@ -138,7 +138,7 @@ void TqxParserErrors::Exception(const std::string& message) {
 TqxBaseParser::TqxBaseParser(TqxBaseScanner* scanner, TastSyntaxProvider* provider)
     : scanner(scanner), provider(provider) {
   kinds_.swap(spareKinds);
-  way.swap(spareWay);
+  wayBuffer_.swap(spareWay);
   tokenCount_ = scanner != nullptr ? scanner->GetTokenCount() : 0;
   kinds_.resize(static_cast<std::size_t>(tokenCount_));
   for (std::int32_t i = 0; i < tokenCount_; ++i)
@@ -152,8 +152,8 @@ TqxBaseParser::~TqxBaseParser() {
     kinds_.clear();
     kinds_.swap(spareKinds);
   }
-  if (way.capacity() <= kKeep && spareWay.capacity() == 0)
-    way.swap(spareWay);
+  if (wayBuffer_.capacity() <= kKeep && spareWay.capacity() == 0)
+    wayBuffer_.swap(spareWay);
 }
 
 void TqxBaseParser::WayOverrun() {
@@ -171,11 +171,11 @@ void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
   };
   static thread_local std::vector<Run> runs;
   runs.clear();
-  if (way.size() < way.capacity() || way.size() < 256)
-    way.resize(std::max<std::size_t>(way.capacity(), 256));
-  std::size_t end = way.size();
+  if (wayBuffer_.size() < wayBuffer_.capacity() || wayBuffer_.size() < 256)
+    wayBuffer_.resize(std::max<std::size_t>(wayBuffer_.capacity(), 256));
+  std::size_t end = wayBuffer_.size();
   std::size_t pos = end;
-  const TqxWayPoint** slots = way.data();
+  const TqxWayPoint** slots = wayBuffer_.data();
   const TqxWayPoint* p = leaf;
   const TqxWayPoint* stop = nullptr;
   for (;;) {
@@ -188,10 +188,10 @@ void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
       }
       if (pos == 0) [[unlikely]] {
         // Doubles the storage, moving what is written to the back half.
-        way.insert(way.begin(), end, nullptr);
+        wayBuffer_.insert(wayBuffer_.begin(), end, nullptr);
         pos = end;
-        end = way.size();
-        slots = way.data();
+        end = wayBuffer_.size();
+        slots = wayBuffer_.data();
       }
       slots[--pos] = p;
       p = p->parent;
@@ -202,9 +202,9 @@ void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
     stop = runs.back().stop;
     runs.pop_back();
   }
-  wayFirst_ = way.data() + pos;
-  wayNext_ = wayFirst_;
-  wayEnd_ = way.data() + end;
+  wayFirst_ = wayBuffer_.data() + pos;
+  wayLength_ = static_cast<std::uint32_t>(end - pos);
+  wayIndex = -1;
   tokenIndex = -1;
   t = nullptr;
   maxErrIndex = -1;

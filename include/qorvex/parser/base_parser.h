@@ -164,9 +164,9 @@ class TqxBaseParser {
   }
   // The next way point of the replayed way; reading past its end raises EqxError.
   const TqxWayPoint* GetWayNode() {
-    if (wayNext_ == wayEnd_) [[unlikely]]
+    if (static_cast<std::uint32_t>(++wayIndex) >= wayLength_) [[unlikely]]
       WayOverrun();
-    return *wayNext_++;
+    return wayFirst_[wayIndex];
   }
   // Makes the path from the root to `leaf` the way to replay and resets the replay.
   void UnrollWay(const TqxWayPoint* leaf);
@@ -193,11 +193,9 @@ class TqxBaseParser {
   TqxBaseScanner* GetScanner() const { return scanner; }
   TastSyntaxProvider* GetProvider() const { return provider; }
   // The way being replayed, root first.
-  std::span<const TqxWayPoint* const> GetWay() const {
-    return {wayFirst_, static_cast<std::size_t>(wayEnd_ - wayFirst_)};
-  }
+  std::span<const TqxWayPoint* const> GetWay() const { return {wayFirst_, wayLength_}; }
   // Index of the way point that GetWayNode gave last (-1 before the first).
-  std::int32_t GetWayIndex() const { return static_cast<std::int32_t>(wayNext_ - wayFirst_) - 1; }
+  std::int32_t GetWayIndex() const { return wayIndex; }
   std::size_t GetWayPointCount() const { return arena_.Size(); }
 
   // The largest token index at which some way missed an expected token.
@@ -221,12 +219,13 @@ class TqxBaseParser {
   TastSyntaxProvider* provider;
   std::int32_t tokenIndex = -1;
   const TqxToken* t = nullptr;
-  // Storage of the replayed way: UnrollWay fills it from the back, so the way is the
-  // stretch from wayFirst_ to wayEnd_ and wayNext_ is the replay's next way point.
-  std::vector<const TqxWayPoint*> way;
+  // Index of the way point that GetWayNode gave last (-1 before the first).
+  std::int32_t wayIndex = -1;
+  // Storage of the replayed way: UnrollWay fills it from the back, so the way (root
+  // first) is the last wayLength_ entries, starting at wayFirst_.
+  std::vector<const TqxWayPoint*> wayBuffer_;
   const TqxWayPoint* const* wayFirst_ = nullptr;
-  const TqxWayPoint* const* wayNext_ = nullptr;
-  const TqxWayPoint* const* wayEnd_ = nullptr;
+  std::uint32_t wayLength_ = 0;
 
  private:
   [[noreturn]] static void WayOverrun();
