@@ -46,7 +46,8 @@ TqxChunkPool& ChunkPool() {
 }  // namespace
 
 void TqxBaseScanner::Init(std::string_view text) {
-  buffer_.Fill(text);
+  // The text is read in place: Init does not return before it is done with it.
+  buffer_.Attach(text);
   pos_ = -1;
   line_ = 1;
   lineStart_ = 0;
@@ -69,7 +70,7 @@ void TqxBaseScanner::Init(std::string_view text) {
       break;
     }
   }
-  buffer_ = TqxBuffer();
+  buffer_.Clear();
 }
 
 TqxBaseScanner::~TqxBaseScanner() {
@@ -88,6 +89,78 @@ const TqxToken& TqxBaseScanner::LastToken() const noexcept {
     return kNoText;
   }
   return GetToken(count_ - 1);
+}
+
+void TqxBaseScanner::NextChSlow() noexcept {
+  if (pendingEols_ > 0) {
+    ch_ = 13;
+    origCh_ = 13;
+    --pendingEols_;
+    chByte_ = buffer_.GetPos();
+    return;
+  }
+  chByte_ = buffer_.GetPos();
+  ch_ = buffer_.Read();
+  ++pos_;
+  if (ch_ < 0x80) {
+    if (ch_ == 10 && buffer_.Peek() != 13)
+      ch_ = 13;
+    if (ch_ == 13) {
+      if (buffer_.Peek() == 10)
+        buffer_.Read();
+      ++line_;
+      lineStart_ = pos_ + 1;
+    }
+    origCh_ = static_cast<char>(ch_);
+    if (ch_ >= 'A' && ch_ <= 'Z')
+      ch_ += 'a' - 'A';
+  } else if (ch_ != kEndOfInput) {
+    origCh_ = static_cast<char>(ch_);
+    SkipUtf8Tail();
+  } else {
+    origCh_ = 0;
+  }
+}
+
+void TqxBaseScanner::SkipBlanksAndLineBreaksSlow(const TqxByteClasses& classes,
+                                                 std::uint8_t blankMask) noexcept {
+  // Pending line breaks are ignored characters too and move nothing but `chByte_`,
+  // which the final NextCh sets.
+  pendingEols_ = 0;
+  const unsigned char* bytes = buffer_.Bytes();
+  const std::int32_t end = buffer_.GetLen();
+  std::int32_t at = buffer_.GetPos();
+  std::int32_t pos = pos_;
+  std::int32_t line = line_;
+  std::int32_t lineStart = lineStart_;
+  while (at < end) {
+    const unsigned char b = bytes[at];
+    if ((classes[b] & blankMask) != 0) {
+      ++at;
+      ++pos;
+      continue;
+    }
+    if (b != 13 && b != 10)
+      break;
+    // The same decisions as NextCh: a LF followed by CR is an ordinary (ignored)
+    // character; otherwise CR or LF is a line break that swallows one LF after it.
+    ++at;
+    ++pos;
+    if (at < end) {
+      const unsigned char next = bytes[at];
+      if (b == 10 && next == 13)
+        continue;
+      if (next == 10)
+        ++at;
+    }
+    ++line;
+    lineStart = pos + 1;
+  }
+  pos_ = pos;
+  line_ = line;
+  lineStart_ = lineStart;
+  buffer_.SetPos(at);
+  NextCh();
 }
 
 void TqxBaseScanner::SkipUtf8Tail() noexcept {

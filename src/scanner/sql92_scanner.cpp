@@ -1,6 +1,8 @@
 #include "qorvex/scanner/sql92_scanner.h"
 
 #include <array>
+#include <bit>
+#include <cstring>
 
 namespace qorvex {
 
@@ -214,12 +216,15 @@ constexpr std::array<TqxKeyword, 148> kKeywords = {{
 
 constexpr std::size_t kMaxKeywordLength = 27;  // "datetime_interval_precision"
 
-// The table is lower case, within kMaxKeywordLength, and free of duplicates.
+// The table is lower case, starts each word with a letter, is within kMaxKeywordLength, and free of
+// duplicates.
 constexpr bool KeywordTableIsSound() {
   std::size_t longest = 0;
   for (std::size_t i = 0; i < kKeywords.size(); ++i) {
     const std::string_view w = kKeywords[i].word;
     longest = w.size() > longest ? w.size() : longest;
+    if (w.empty() || w[0] < 'a' || w[0] > 'z')
+      return false;  // the lookup buckets by first letter
     for (char c : w) {
       if (!((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'))
         return false;
@@ -233,34 +238,53 @@ constexpr bool KeywordTableIsSound() {
 }
 static_assert(KeywordTableIsSound());
 
-constexpr char Fold(char c) noexcept {
-  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + ('a' - 'A')) : c;
-}
+// ASCII folded to lower case, indexed by byte.
+constexpr std::array<char, 256> kLower = [] {
+  std::array<char, 256> table{};
+  for (int b = 0; b < 256; ++b)
+    table[b] = static_cast<char>(b >= 'A' && b <= 'Z' ? b + ('a' - 'A') : b);
+  return table;
+}();
 
-// A cheap hash of the folded word: its length and three of its letters.
-constexpr std::uint32_t Hash(std::string_view s) noexcept {
-  const std::size_t n = s.size();
-  const auto at = [&](std::size_t i) { return static_cast<std::uint32_t>(Fold(s[i])); };
-  return (static_cast<std::uint32_t>(n) * 0x9E3779B1u) ^ (at(0) * 0x85EBCA6Bu) ^
-         (at(n - 1) * 0xC2B2AE35u) ^ (at(n / 2) * 0x27D4EB2Fu);
+// Keyword lookup: the keywords grouped by length and first letter. Bucket
+// (length, letter) holds kByBucket[kBucketStart[i] .. kBucketStart[i + 1]) with
+// i = length * 26 + (letter - 'a'); within a bucket the table order is kept.
+constexpr std::size_t kBuckets = (kMaxKeywordLength + 1) * 26;
+constexpr std::size_t BucketOf(std::size_t length, char first) noexcept {
+  return length * 26 + static_cast<std::size_t>(first - 'a');
 }
+constexpr std::array<std::uint8_t, kBuckets + 1> kBucketStart = [] {
+  std::array<std::uint8_t, kBuckets + 1> start{};
+  for (const TqxKeyword& k : kKeywords)
+    ++start[BucketOf(k.word.size(), k.word[0]) + 1];
+  for (std::size_t i = 1; i <= kBuckets; ++i)
+    start[i] = static_cast<std::uint8_t>(start[i] + start[i - 1]);
+  return start;
+}();
+constexpr std::array<std::uint8_t, kKeywords.size()> kByBucket = [] {
+  std::array<std::uint8_t, kKeywords.size()> order{};
+  std::array<std::uint8_t, kBuckets + 1> next = kBucketStart;
+  for (std::size_t i = 0; i < kKeywords.size(); ++i)
+    order[next[BucketOf(kKeywords[i].word.size(), kKeywords[i].word[0])]++] =
+        static_cast<std::uint8_t>(i);
+  return order;
+}();
+static_assert(kBucketStart[kBuckets] == kKeywords.size());
 
-// Open-addressing index over the keyword table: slot -> table index + 1 (0 is empty).
-// The table holds no duplicates, so finding the one equal entry is the same as trying
-// the entries in order.
-constexpr std::size_t kSlots = 1024;
-constexpr std::size_t Slot(std::uint32_t hash) noexcept {
-  return (hash >> 16) & (kSlots - 1);
-}
-constexpr std::array<std::uint8_t, kSlots> kKeywordIndex = [] {
-  std::array<std::uint8_t, kSlots> index{};
-  for (std::size_t i = 0; i < kKeywords.size(); ++i) {
-    std::size_t h = Slot(Hash(kKeywords[i].word));
-    while (index[h] != 0)
-      h = (h + 1) & (kSlots - 1);
-    index[h] = static_cast<std::uint8_t>(i + 1);
+// The keywords as little-endian 64-bit words of their bytes with bit 0x20 set, zero
+// beyond the end, for comparing 8 bytes at a time. Setting bit 0x20 folds letters and
+// keeps digits and "_" apart from every other name character, so for a word of name
+// characters equal words mean equal keywords (letter case ignored).
+constexpr std::size_t kKeywordWords = (kMaxKeywordLength + 7) / 8;
+constexpr std::uint64_t kCaseBits = 0x2020202020202020u;
+constexpr std::array<std::array<std::uint64_t, kKeywordWords>, kKeywords.size()> kPacked = [] {
+  std::array<std::array<std::uint64_t, kKeywordWords>, kKeywords.size()> packed{};
+  for (std::size_t k = 0; k < kKeywords.size(); ++k) {
+    const std::string_view w = kKeywords[k].word;
+    for (std::size_t i = 0; i < w.size(); ++i)
+      packed[k][i / 8] |= std::uint64_t{static_cast<unsigned char>(w[i]) | 0x20u} << (8 * (i % 8));
   }
-  return index;
+  return packed;
 }();
 
 constexpr bool IsDigit(std::int32_t c) noexcept {
@@ -279,25 +303,52 @@ constexpr bool IsHexDigit(std::int32_t c) noexcept {
 constexpr bool IsBlank(std::int32_t c) noexcept {
   return c == '\t' || c == 10 || c == 13 || c == ' ';
 }
+// Characters skipped between tokens: the control characters and the blank.
+constexpr bool IsIgnored(std::int32_t c) noexcept {
+  return c >= 1 && c <= 32;
+}
 
-// Runs of ASCII characters that a token's loop passes over without a decision; see
-// NextChWhile.
-template <class Pred>
-constexpr TqxCharSet AsciiSet(Pred pred) {
-  TqxCharSet set;
+// Byte classes: runs of ASCII characters that a token's loop passes over without a
+// decision (see NextChWhile), and the blanks between tokens other than line breaks.
+enum : std::uint8_t {
+  kNameRun = 1,
+  kDigitRun = 2,
+  kHexRun = 4,
+  kSingleQuotedRun = 8,
+  kDoubleQuotedRun = 16,
+  kBracketedRun = 32,
+  kBlankRun = 64,
+  kIgnoredChar = 128,  // all ignored characters, line breaks included; no run
+};
+constexpr TqxByteClasses kClasses = [] {
+  TqxByteClasses classes{};
   for (std::int32_t c = 0; c < 128; ++c) {
+    if (c == 10 || c == 13) {
+      classes[static_cast<std::size_t>(c)] = kIgnoredChar;
+      continue;
+    }
     const std::int32_t folded = (c >= 'A' && c <= 'Z') ? c + ('a' - 'A') : c;
-    if (c != 10 && c != 13 && pred(folded))
+    std::uint8_t bits = 0;
+    bits |= IsNamePart(folded) ? kNameRun : 0;
+    bits |= IsDigit(folded) ? kDigitRun : 0;
+    bits |= IsHexDigit(folded) ? kHexRun : 0;
+    bits |= folded != '\'' ? kSingleQuotedRun : 0;
+    bits |= folded != '"' ? kDoubleQuotedRun : 0;
+    bits |= folded != ']' ? kBracketedRun : 0;
+    bits |= IsIgnored(folded) ? kBlankRun | kIgnoredChar : 0;
+    classes[static_cast<std::size_t>(c)] = bits;
+  }
+  return classes;
+}();
+
+constexpr TqxCharSet kIgnored = [] {
+  TqxCharSet set;
+  for (std::int32_t c = 0; c < 256; ++c) {
+    if (IsIgnored(c))
       set.Include(c);
   }
   return set;
-}
-constexpr TqxCharSet kNameRun = AsciiSet(IsNamePart);
-constexpr TqxCharSet kDigitRun = AsciiSet(IsDigit);
-constexpr TqxCharSet kHexRun = AsciiSet(IsHexDigit);
-constexpr TqxCharSet kSingleQuotedRun = AsciiSet([](std::int32_t c) { return c != '\''; });
-constexpr TqxCharSet kDoubleQuotedRun = AsciiSet([](std::int32_t c) { return c != '"'; });
-constexpr TqxCharSet kBracketedRun = AsciiSet([](std::int32_t c) { return c != ']'; });
+}();
 
 }  // namespace
 
@@ -309,12 +360,14 @@ std::int32_t SQL92Scanner::FindKeyword(std::string_view word) noexcept {
   const std::size_t n = word.size();
   if (n == 0 || n > kMaxKeywordLength)
     return 0;
-  for (std::size_t h = Slot(Hash(word)); kKeywordIndex[h] != 0; h = (h + 1) & (kSlots - 1)) {
-    const TqxKeyword& k = kKeywords[kKeywordIndex[h] - 1];
-    if (k.word.size() != n)
-      continue;
-    std::size_t i = 0;
-    while (i < n && Fold(word[i]) == k.word[i])
+  const char first = kLower[static_cast<unsigned char>(word[0])];
+  if (!IsLetter(first))
+    return 0;
+  const std::size_t bucket = BucketOf(n, first);
+  for (std::size_t at = kBucketStart[bucket]; at < kBucketStart[bucket + 1]; ++at) {
+    const TqxKeyword& k = kKeywords[kByBucket[at]];
+    std::size_t i = 1;
+    while (i < n && kLower[static_cast<unsigned char>(word[i])] == k.word[i])
       ++i;
     if (i == n)
       return k.kind;
@@ -322,12 +375,44 @@ std::int32_t SQL92Scanner::FindKeyword(std::string_view word) noexcept {
   return 0;
 }
 
+std::int32_t SQL92Scanner::FindNameKeyword(const unsigned char* word, std::size_t n,
+                                           const unsigned char* textEnd) noexcept {
+  if constexpr (std::endian::native != std::endian::little)
+    return FindKeyword({reinterpret_cast<const char*>(word), n});
+  if (n > kMaxKeywordLength)
+    return 0;
+  const char first = static_cast<char>(word[0] | 0x20);
+  if (!IsLetter(first))
+    return 0;
+  const std::size_t bucket = BucketOf(n, first);
+  std::size_t at = kBucketStart[bucket];
+  const std::size_t last = kBucketStart[bucket + 1];
+  if (at == last)
+    return 0;
+  const std::size_t words = (n + 7) / 8;
+  if (static_cast<std::size_t>(textEnd - word) < words * 8)
+    return FindKeyword({reinterpret_cast<const char*>(word), n});
+  // The word's bytes in words, the bytes beyond its end masked out.
+  std::uint64_t w[kKeywordWords];
+  for (std::size_t i = 0; i < words; ++i) {
+    std::memcpy(&w[i], word + 8 * i, 8);
+    w[i] |= kCaseBits;
+  }
+  if (n % 8 != 0)
+    w[words - 1] &= (std::uint64_t{1} << (8 * (n % 8))) - 1;
+  for (; at < last; ++at) {
+    const std::array<std::uint64_t, kKeywordWords>& k = kPacked[kByBucket[at]];
+    std::size_t i = 0;
+    while (i < words && w[i] == k[i])
+      ++i;
+    if (i == words)
+      return kKeywords[kByBucket[at]].kind;
+  }
+  return 0;
+}
+
 void SQL92Scanner::InitInternal() {
-  for (std::int32_t c = 1; c <= 32; ++c)
-    ignore_.Include(c);
-  blankRun_ = ignore_;
-  blankRun_.Exclude(10);
-  blankRun_.Exclude(13);
+  ignore_ = kIgnored;
 }
 
 void SQL92Scanner::CheckLiteral(TqxToken& token) {
@@ -368,18 +453,16 @@ bool SQL92Scanner::Comment0() {
 
 TqxToken SQL92Scanner::NextToken() {
   for (;;) {
-    while (ignore_.Contains(ch_)) {
-      if (ch_ == 10 || ch_ == 13)
-        NextCh();
-      else
-        NextChWhile(blankRun_);
-    }
+    if ((kClasses[static_cast<std::size_t>(ch_)] & kIgnoredChar) != 0)
+      SkipBlanksAndLineBreaks(kClasses, kBlankRun);
     if (ch_ == '-' && Comment0())
       continue;  // the comment is skipped; scan what follows it
     break;
   }
 
-  TqxToken t = StartToken();
+  const std::int32_t pos = pos_;
+  const std::int32_t col = pos_ - lineStart_ + 1;
+  const std::int32_t line = line_;
   const std::int32_t begin = chByte_;
   const std::int32_t start = kStart[static_cast<std::size_t>(ch_)];
   NextCh();
@@ -391,24 +474,22 @@ TqxToken SQL92Scanner::NextToken() {
       break;
 
     case ID:
-      NextChWhile(kNameRun);
-      t.kind = tkIdentifier;
-      t.val = TextFrom(begin);
-      CheckLiteral(t);
-      return t;
+      NextChWhile(kClasses, kNameRun);
+      kind = tkIdentifier;
+      break;
 
     case D0:
       if (ch_ == 'x') {
         NextCh();
         if (!IsHexDigit(ch_))
           break;
-        NextChWhile(kHexRun);
+        NextChWhile(kClasses, kHexRun);
         kind = tkHex;
         break;
       }
       [[fallthrough]];
     case D1:
-      NextChWhile(kDigitRun);
+      NextChWhile(kClasses, kDigitRun);
       if (ch_ != '.') {
         kind = tkInteger;
         break;
@@ -428,14 +509,14 @@ TqxToken SQL92Scanner::NextToken() {
         break;
       }
       // Fraction digits, at least one present; then the optional exponent.
-      NextChWhile(kDigitRun);
+      NextChWhile(kClasses, kDigitRun);
       if (ch_ == 'e') {
         NextCh();
         if (ch_ == '+' || ch_ == '-')
           NextCh();
         if (!IsDigit(ch_))
           break;
-        NextChWhile(kDigitRun);
+        NextChWhile(kClasses, kDigitRun);
       }
       kind = tkDecimal;
       break;
@@ -443,9 +524,9 @@ TqxToken SQL92Scanner::NextToken() {
     case SQ:
     case DQ: {
       const std::int32_t quote = start == SQ ? '\'' : '"';
-      const TqxCharSet& run = start == SQ ? kSingleQuotedRun : kDoubleQuotedRun;
+      const std::uint8_t run = start == SQ ? kSingleQuotedRun : kDoubleQuotedRun;
       for (;;) {
-        NextChWhile(run);
+        NextChWhile(kClasses, run);
         if (ch_ == kEndOfInput)
           break;
         if (ch_ == quote) {
@@ -462,7 +543,7 @@ TqxToken SQL92Scanner::NextToken() {
 
     case LB:
       for (;;) {
-        NextChWhile(kBracketedRun);
+        NextChWhile(kClasses, kBracketedRun);
         if (ch_ == kEndOfInput)
           break;
         if (ch_ == ']') {
@@ -477,7 +558,7 @@ TqxToken SQL92Scanner::NextToken() {
       break;
 
     case AT:
-      NextChWhile(kNameRun);
+      NextChWhile(kClasses, kNameRun);
       kind = tkParameter;
       break;
 
@@ -590,9 +671,16 @@ TqxToken SQL92Scanner::NextToken() {
     default:  // no token starts with this character
       break;
   }
-  t.kind = kind;
-  t.val = TextFrom(begin);
-  return t;
+  const std::string_view text = TextFrom(begin);
+  if (kind == tkIdentifier) {
+    // What CheckLiteral does, straight from the input.
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+    if (const std::int32_t keyword =
+            FindNameKeyword(bytes, text.size(), buffer_.Bytes() + buffer_.GetLen());
+        keyword != 0)
+      kind = keyword;
+  }
+  return TqxToken{kind, pos, col, line, std::string(text), begin};
 }
 
 }  // namespace qorvex

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -35,6 +36,10 @@ class TqxCharSet {
  private:
   std::uint64_t bits_[4] = {0, 0, 0, 0};
 };
+
+// Byte classes of a dialect's scanner: bit flags per byte value; index 256 (end of
+// input) belongs to no class.
+using TqxByteClasses = std::array<std::uint8_t, 257>;
 
 // The dialect-independent half of scanning: reads characters from a TqxBuffer with
 // line-break normalisation and line/column counting, and turns the whole text into a
@@ -83,51 +88,55 @@ class TqxBaseScanner {
   // line. Like the LF of CR LF, a LF right after a lone LF is swallowed, so LF LF is one
   // line break.
   void NextCh() noexcept {
-    if (pendingEols_ > 0) {
-      ch_ = 13;
-      origCh_ = 13;
-      --pendingEols_;
-      chByte_ = buffer_.GetPos();
-      return;
-    }
-    chByte_ = buffer_.GetPos();
-    ch_ = buffer_.Read();
-    ++pos_;
-    if (ch_ < 0x80) {
-      if (ch_ == 10 && buffer_.Peek() != 13)
-        ch_ = 13;
-      if (ch_ == 13) {
-        if (buffer_.Peek() == 10)
-          buffer_.Read();
-        ++line_;
-        lineStart_ = pos_ + 1;
+    const std::int32_t at = buffer_.GetPos();
+    if (pendingEols_ == 0 && at < buffer_.GetLen()) {
+      const unsigned char b = buffer_.Bytes()[at];
+      const std::uint8_t folded = kPlainFold[b];
+      if (folded != kNotPlain) {
+        chByte_ = at;
+        buffer_.SetPos(at + 1);
+        ++pos_;
+        origCh_ = static_cast<char>(b);
+        ch_ = folded;
+        return;
       }
-      origCh_ = static_cast<char>(ch_);
-      if (ch_ >= 'A' && ch_ <= 'Z')
-        ch_ += 'a' - 'A';
-    } else if (ch_ != kEndOfInput) {
-      origCh_ = static_cast<char>(ch_);
-      SkipUtf8Tail();
-    } else {
-      origCh_ = 0;
     }
+    NextChSlow();
   }
 
-  // `while (run.Contains(ch_)) NextCh();` with the characters after the current one
-  // taken straight from the buffer. `run` must hold no line break (10, 13), no byte
-  // above 127, and each letter in both cases.
-  [[gnu::always_inline]] void NextChWhile(const TqxCharSet& run) noexcept {
-    if (!run.Contains(ch_))
+  // `while (classes[ch_] & mask) NextCh();` with the characters after the current one
+  // taken straight from the buffer. The classes in `mask` must hold no line break (10,
+  // 13) and no byte above 127.
+  [[gnu::always_inline]] void NextChWhile(const TqxByteClasses& classes,
+                                          std::uint8_t mask) noexcept {
+    if ((classes[static_cast<std::size_t>(ch_)] & mask) == 0)
       return;
-    const std::string_view text = buffer_.View();
+    const unsigned char* bytes = buffer_.Bytes();
     const std::int32_t from = buffer_.GetPos();
-    const auto end = static_cast<std::int32_t>(text.size());
+    const std::int32_t end = buffer_.GetLen();
     std::int32_t at = from;
-    while (at < end && run.Contains(static_cast<unsigned char>(text[static_cast<std::size_t>(at)])))
+    while (at < end && (classes[bytes[at]] & mask) != 0)
       ++at;
     pos_ += at - from;
     buffer_.SetPos(at);
     NextCh();
+  }
+
+  // `while (ch_ is blank or a line break) NextCh();` for a dialect that ignores line
+  // breaks: runs of blanks (the classes in `blankMask`, which must hold no line break
+  // and no byte above 127) and line breaks are passed over in one loop, with the lines
+  // counted as NextCh counts them. The current character must be ignored already.
+  void SkipBlanksAndLineBreaks(const TqxByteClasses& classes, std::uint8_t blankMask) noexcept {
+    // Mostly one blank between two tokens.
+    const std::int32_t at = buffer_.GetPos();
+    if (pendingEols_ == 0 && at < buffer_.GetLen()) {
+      const unsigned char b = buffer_.Bytes()[at];
+      if ((classes[b] & blankMask) == 0 && b != 10 && b != 13) {
+        NextCh();
+        return;
+      }
+    }
+    SkipBlanksAndLineBreaksSlow(classes, blankMask);
   }
 
   // The input bytes from `beginByte` up to the current character (not included): the
@@ -140,16 +149,6 @@ class TqxBaseScanner {
       return {};
     return all.substr(static_cast<std::size_t>(beginByte),
                       static_cast<std::size_t>(chByte_ - beginByte));
-  }
-
-  // A token with the position, column and line of the current character.
-  TqxToken StartToken() const {
-    TqxToken t;
-    t.pos = pos_;
-    t.col = pos_ - lineStart_ + 1;
-    t.line = line_;
-    t.offset = chByte_;
-    return t;
   }
 
   TqxBuffer buffer_;
@@ -170,6 +169,25 @@ class TqxBaseScanner {
 
  private:
   const TqxToken& LastToken() const noexcept;
+
+  void SkipBlanksAndLineBreaksSlow(const TqxByteClasses& classes, std::uint8_t blankMask) noexcept;
+
+  // NextCh for a pending line break, a line break, a byte above 127 and the end.
+  void NextChSlow() noexcept;
+
+  // ASCII folded to lower case, indexed by byte; kNotPlain for 10, 13 and bytes above
+  // 127, which NextChSlow handles.
+  static constexpr std::uint8_t kNotPlain = 0xFF;
+  static constexpr std::array<std::uint8_t, 256> kPlainFold = [] {
+    std::array<std::uint8_t, 256> table{};
+    for (int b = 0; b < 256; ++b) {
+      if (b >= 128 || b == 10 || b == 13)
+        table[b] = kNotPlain;
+      else
+        table[b] = static_cast<std::uint8_t>(b >= 'A' && b <= 'Z' ? b + ('a' - 'A') : b);
+    }
+    return table;
+  }();
 
   // After a lead byte: consumes the continuation bytes of a valid UTF-8 sequence, so
   // the sequence is one character. Invalid or truncated sequences leave the byte alone.

@@ -37,7 +37,10 @@ class SQL92Scanner : public TqxBaseScanner {
   // again) when it is not one.
   bool Comment0();
 
-  TqxCharSet blankRun_;  // ignored characters other than line breaks
+  // FindKeyword for `n` name characters (letters, digits, "_") at `word`, comparing
+  // eight bytes at a time where the text (ending at `textEnd`) allows.
+  static std::int32_t FindNameKeyword(const unsigned char* word, std::size_t n,
+                                      const unsigned char* textEnd) noexcept;
 };
 
 }  // namespace qorvex
