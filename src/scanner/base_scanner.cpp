@@ -94,7 +94,6 @@ const TqxToken& TqxBaseScanner::LastToken() const noexcept {
 void TqxBaseScanner::NextChSlow() noexcept {
   if (pendingEols_ > 0) {
     ch_ = 13;
-    origCh_ = 13;
     --pendingEols_;
     chByte_ = buffer_.GetPos();
     return;
@@ -111,14 +110,10 @@ void TqxBaseScanner::NextChSlow() noexcept {
       ++line_;
       lineStart_ = pos_ + 1;
     }
-    origCh_ = static_cast<char>(ch_);
     if (ch_ >= 'A' && ch_ <= 'Z')
       ch_ += 'a' - 'A';
   } else if (ch_ != kEndOfInput) {
-    origCh_ = static_cast<char>(ch_);
     SkipUtf8Tail();
-  } else {
-    origCh_ = 0;
   }
 }
 

@@ -389,6 +389,20 @@ std::int32_t SQL92Scanner::FindNameKeyword(const unsigned char* word, std::size_
   const std::size_t last = kBucketStart[bucket + 1];
   if (at == last)
     return 0;
+  if (static_cast<std::size_t>(textEnd - word) < 8)
+    return FindKeyword({reinterpret_cast<const char*>(word), n});
+  if (n <= 8) {
+    std::uint64_t w;
+    std::memcpy(&w, word, 8);
+    w |= kCaseBits;
+    if (n < 8)
+      w &= (std::uint64_t{1} << (8 * n)) - 1;
+    for (; at < last; ++at) {
+      if (kPacked[kByBucket[at]][0] == w)
+        return kKeywords[kByBucket[at]].kind;
+    }
+    return 0;
+  }
   const std::size_t words = (n + 7) / 8;
   if (static_cast<std::size_t>(textEnd - word) < words * 8)
     return FindKeyword({reinterpret_cast<const char*>(word), n});
@@ -465,211 +479,212 @@ TqxToken SQL92Scanner::NextToken() {
   const std::int32_t line = line_;
   const std::int32_t begin = chByte_;
   const std::int32_t start = kStart[static_cast<std::size_t>(ch_)];
-  NextCh();
-
   std::int32_t kind = tkError;
-  switch (start) {
-    case EF:
-      kind = tkEof;
-      break;
+  if (start == ID) {
+    // Letters, digits and "_" are single bytes: the name is one run from its first
+    // character on.
+    NextChRun(kClasses, kNameRun);
+    kind = tkIdentifier;
+  } else {
+    NextCh();
+    switch (start) {
+      case EF:
+        kind = tkEof;
+        break;
 
-    case ID:
-      NextChWhile(kClasses, kNameRun);
-      kind = tkIdentifier;
-      break;
-
-    case D0:
-      if (ch_ == 'x') {
-        NextCh();
-        if (!IsHexDigit(ch_))
+      case D0:
+        if (ch_ == 'x') {
+          NextCh();
+          if (!IsHexDigit(ch_))
+            break;
+          NextChWhile(kClasses, kHexRun);
+          kind = tkHex;
           break;
-        NextChWhile(kClasses, kHexRun);
-        kind = tkHex;
-        break;
-      }
-      [[fallthrough]];
-    case D1:
-      NextChWhile(kClasses, kDigitRun);
-      if (ch_ != '.') {
-        kind = tkInteger;
-        break;
-      }
-      NextCh();
-      if (!IsDigit(ch_))
-        break;
-      [[fallthrough]];
-    case PT:
-      if (start == PT && !IsDigit(ch_)) {
-        if (ch_ == '*') {
-          NextCh();
-          kind = tkDotStar;
-        } else {
-          kind = tkDot;
         }
-        break;
-      }
-      // Fraction digits, at least one present; then the optional exponent.
-      NextChWhile(kClasses, kDigitRun);
-      if (ch_ == 'e') {
+        [[fallthrough]];
+      case D1:
+        NextChWhile(kClasses, kDigitRun);
+        if (ch_ != '.') {
+          kind = tkInteger;
+          break;
+        }
         NextCh();
-        if (ch_ == '+' || ch_ == '-')
-          NextCh();
         if (!IsDigit(ch_))
           break;
+        [[fallthrough]];
+      case PT:
+        if (start == PT && !IsDigit(ch_)) {
+          if (ch_ == '*') {
+            NextCh();
+            kind = tkDotStar;
+          } else {
+            kind = tkDot;
+          }
+          break;
+        }
+        // Fraction digits, at least one present; then the optional exponent.
         NextChWhile(kClasses, kDigitRun);
-      }
-      kind = tkDecimal;
-      break;
+        if (ch_ == 'e') {
+          NextCh();
+          if (ch_ == '+' || ch_ == '-')
+            NextCh();
+          if (!IsDigit(ch_))
+            break;
+          NextChWhile(kClasses, kDigitRun);
+        }
+        kind = tkDecimal;
+        break;
 
-    case SQ:
-    case DQ: {
-      const std::int32_t quote = start == SQ ? '\'' : '"';
-      const std::uint8_t run = start == SQ ? kSingleQuotedRun : kDoubleQuotedRun;
-      for (;;) {
-        NextChWhile(kClasses, run);
-        if (ch_ == kEndOfInput)
+      case SQ:
+      case DQ: {
+        const std::int32_t quote = start == SQ ? '\'' : '"';
+        const std::uint8_t run = start == SQ ? kSingleQuotedRun : kDoubleQuotedRun;
+        for (;;) {
+          NextChWhile(kClasses, run);
+          if (ch_ == kEndOfInput)
+            break;
+          if (ch_ == quote) {
+            NextCh();
+            if (ch_ != quote) {
+              kind = start == SQ ? tkString : tkQuotedIdentifier;
+              break;
+            }
+          }
+          NextCh();
+        }
+        break;
+      }
+
+      case LB:
+        for (;;) {
+          NextChWhile(kClasses, kBracketedRun);
+          if (ch_ == kEndOfInput)
+            break;
+          if (ch_ == ']') {
+            NextCh();
+            if (ch_ != '[') {
+              kind = tkQuotedIdentifier;
+              break;
+            }
+          }
+          NextCh();
+        }
+        break;
+
+      case AT:
+        NextChWhile(kClasses, kNameRun);
+        kind = tkParameter;
+        break;
+
+      case LC: {
+        if (IsBlank(ch_))
+          NextCh();
+        if (ch_ == 'd') {
+          NextCh();
+        } else if (ch_ == 't') {
+          NextCh();
+          if (ch_ == 's')
+            NextCh();
+        } else {
           break;
-        if (ch_ == quote) {
-          NextCh();
-          if (ch_ != quote) {
-            kind = start == SQ ? tkString : tkQuotedIdentifier;
-            break;
-          }
         }
-        NextCh();
-      }
-      break;
-    }
-
-    case LB:
-      for (;;) {
-        NextChWhile(kClasses, kBracketedRun);
-        if (ch_ == kEndOfInput)
+        if (IsBlank(ch_))
+          NextCh();
+        if (ch_ == 'n')
+          NextCh();
+        if (ch_ != '\'')
           break;
-        if (ch_ == ']') {
-          NextCh();
-          if (ch_ != '[') {
-            kind = tkQuotedIdentifier;
-            break;
+        NextCh();
+        bool closed = false;
+        while (ch_ != kEndOfInput) {
+          if (ch_ == '\'') {
+            NextCh();
+            if (ch_ != '\'') {
+              closed = true;
+              break;
+            }
           }
-        }
-        NextCh();
-      }
-      break;
-
-    case AT:
-      NextChWhile(kClasses, kNameRun);
-      kind = tkParameter;
-      break;
-
-    case LC: {
-      if (IsBlank(ch_))
-        NextCh();
-      if (ch_ == 'd') {
-        NextCh();
-      } else if (ch_ == 't') {
-        NextCh();
-        if (ch_ == 's')
           NextCh();
-      } else {
-        break;
-      }
-      if (IsBlank(ch_))
-        NextCh();
-      if (ch_ == 'n')
-        NextCh();
-      if (ch_ != '\'')
-        break;
-      NextCh();
-      bool closed = false;
-      while (ch_ != kEndOfInput) {
-        if (ch_ == '\'') {
-          NextCh();
-          if (ch_ != '\'') {
-            closed = true;
-            break;
-          }
         }
+        if (!closed)
+          break;
+        if (IsBlank(ch_))
+          NextCh();
+        if (ch_ != '}')
+          break;
         NextCh();
+        kind = tkEscape;
+        break;
       }
-      if (!closed)
+
+      case LT:
+        if (ch_ == '>') {
+          NextCh();
+          kind = tkNotEqual;
+        } else if (ch_ == '=') {
+          NextCh();
+          kind = tkLessEqual;
+        } else {
+          kind = tkLess;
+        }
         break;
-      if (IsBlank(ch_))
+      case GT:
+        if (ch_ == '=') {
+          NextCh();
+          kind = tkGreaterEqual;
+        } else {
+          kind = tkGreater;
+        }
+        break;
+      case EX:
+        if (ch_ == '=')
+          kind = tkBangEqual;
+        else if (ch_ == '>')
+          kind = tkBangGreater;
+        else if (ch_ == '<')
+          kind = tkBangLess;
+        else
+          break;
         NextCh();
-      if (ch_ != '}')
         break;
-      NextCh();
-      kind = tkEscape;
-      break;
+
+      case SC:
+        kind = tkSemicolon;
+        break;
+      case CM:
+        kind = tkComma;
+        break;
+      case LP:
+        kind = tkLParen;
+        break;
+      case RP:
+        kind = tkRParen;
+        break;
+      case ST:
+        kind = tkStar;
+        break;
+      case EQ:
+        kind = tkEqual;
+        break;
+      case PL:
+        kind = tkPlus;
+        break;
+      case MI:
+        kind = tkMinus;
+        break;
+      case SL:
+        kind = tkSlash;
+        break;
+      case PC:
+        kind = tkPercent;
+        break;
+      case TL:
+        kind = tkTilde;
+        break;
+
+      default:  // no token starts with this character
+        break;
     }
-
-    case LT:
-      if (ch_ == '>') {
-        NextCh();
-        kind = tkNotEqual;
-      } else if (ch_ == '=') {
-        NextCh();
-        kind = tkLessEqual;
-      } else {
-        kind = tkLess;
-      }
-      break;
-    case GT:
-      if (ch_ == '=') {
-        NextCh();
-        kind = tkGreaterEqual;
-      } else {
-        kind = tkGreater;
-      }
-      break;
-    case EX:
-      if (ch_ == '=')
-        kind = tkBangEqual;
-      else if (ch_ == '>')
-        kind = tkBangGreater;
-      else if (ch_ == '<')
-        kind = tkBangLess;
-      else
-        break;
-      NextCh();
-      break;
-
-    case SC:
-      kind = tkSemicolon;
-      break;
-    case CM:
-      kind = tkComma;
-      break;
-    case LP:
-      kind = tkLParen;
-      break;
-    case RP:
-      kind = tkRParen;
-      break;
-    case ST:
-      kind = tkStar;
-      break;
-    case EQ:
-      kind = tkEqual;
-      break;
-    case PL:
-      kind = tkPlus;
-      break;
-    case MI:
-      kind = tkMinus;
-      break;
-    case SL:
-      kind = tkSlash;
-      break;
-    case PC:
-      kind = tkPercent;
-      break;
-    case TL:
-      kind = tkTilde;
-      break;
-
-    default:  // no token starts with this character
-      break;
   }
   const std::string_view text = TextFrom(begin);
   if (kind == tkIdentifier) {

@@ -96,7 +96,6 @@ class TqxBaseScanner {
         chByte_ = at;
         buffer_.SetPos(at + 1);
         ++pos_;
-        origCh_ = static_cast<char>(b);
         ch_ = folded;
         return;
       }
@@ -139,6 +138,30 @@ class TqxBaseScanner {
     SkipBlanksAndLineBreaksSlow(classes, blankMask);
   }
 
+  // NextCh followed by NextChWhile(classes, mask), for a current character that is a
+  // member of `mask` (so a single ASCII byte).
+  [[gnu::always_inline]] void NextChRun(const TqxByteClasses& classes, std::uint8_t mask) noexcept {
+    const unsigned char* bytes = buffer_.Bytes();
+    const std::int32_t from = buffer_.GetPos();
+    const std::int32_t end = buffer_.GetLen();
+    std::int32_t at = from;
+    while (at < end && (classes[bytes[at]] & mask) != 0)
+      ++at;
+    pos_ += at - from;
+    buffer_.SetPos(at);
+    NextCh();
+  }
+
+  // The current character's first byte as written (before folding; 13 for a line break
+  // delivered from LF, 0 at the end).
+  char OrigCh() const noexcept {
+    if (ch_ == kEndOfInput)
+      return 0;
+    if (ch_ == 10 || ch_ == 13)
+      return static_cast<char>(ch_);
+    return static_cast<char>(buffer_.Bytes()[chByte_]);
+  }
+
   // The input bytes from `beginByte` up to the current character (not included): the
   // text of a token that started at `beginByte`.
   std::string_view TextFrom(std::int32_t beginByte) const noexcept {
@@ -153,7 +176,6 @@ class TqxBaseScanner {
 
   TqxBuffer buffer_;
   std::int32_t ch_ = kEndOfInput;  // current character folded; 256 is end of input
-  char origCh_ = 0;                // current character's first byte as written
   std::int32_t chByte_ = 0;        // byte offset of the current character
   std::int32_t pos_ = -1;          // index of `ch_` counted in characters
   std::int32_t line_ = 1;
