@@ -57,18 +57,23 @@ void TqxBaseScanner::Init(std::string_view text) {
   ignore_.Include(' ');
   InitInternal();
   TqxChunkPool& pool = ChunkPool();
+  TqxToken* slot = nullptr;
+  if ((count_ & (kChunkSize - 1)) != 0)
+    slot = chunks_.back() + (count_ & (kChunkSize - 1));
   for (;;) {
-    if ((count_ & (kChunkSize - 1)) == 0) {
+    if (slot == nullptr) {
       chunks_.reserve(chunks_.size() + 1);
       chunks_.push_back(pool.Take());
+      slot = chunks_.back();
     }
     // NextToken's result is built right in its slot.
-    TqxToken& t = *::new (chunks_.back() + (count_ & (kChunkSize - 1))) TqxToken(NextToken());
+    TqxToken& t = *::new (slot) TqxToken(NextToken());
     ++count_;
     if (t.kind == tkEof) {
       t.val = "EOF";
       break;
     }
+    slot = (count_ & (kChunkSize - 1)) != 0 ? slot + 1 : nullptr;
   }
   buffer_.Clear();
 }
@@ -154,7 +159,7 @@ void TqxBaseScanner::SkipBlanksAndLineBreaksSlow(const TqxByteClasses& classes,
   pos_ = pos;
   line_ = line;
   lineStart_ = lineStart;
-  buffer_.SetPos(at);
+  buffer_.MoveTo(at);
   NextCh();
 }
 

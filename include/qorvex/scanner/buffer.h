@@ -50,6 +50,8 @@ class TqxBuffer {
       value = bufLen_;
     bufPos_ = value;
   }
+  // SetPos for a value known to lie in 0 .. GetLen().
+  void MoveTo(std::int32_t value) noexcept { bufPos_ = value; }
   std::int32_t GetPos() const noexcept { return bufPos_; }
   std::int32_t GetLen() const noexcept { return bufLen_; }
 
