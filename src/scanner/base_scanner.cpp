@@ -48,6 +48,10 @@ TqxChunkPool& ChunkPool() {
 void TqxBaseScanner::Init(std::string_view text) {
   // The text is read in place: Init does not return before it is done with it.
   buffer_.Attach(text);
+  struct Detach {
+    TqxBuffer& buffer;
+    ~Detach() { buffer.Clear(); }
+  } detach{buffer_};
   pos_ = -1;
   line_ = 1;
   lineStart_ = 0;
@@ -56,26 +60,20 @@ void TqxBaseScanner::Init(std::string_view text) {
   ignore_.Clear();
   ignore_.Include(' ');
   InitInternal();
-  TqxChunkPool& pool = ChunkPool();
-  TqxToken* slot = nullptr;
-  if ((count_ & (kChunkSize - 1)) != 0)
-    slot = chunks_.back() + (count_ & (kChunkSize - 1));
-  for (;;) {
-    if (slot == nullptr) {
-      chunks_.reserve(chunks_.size() + 1);
-      chunks_.push_back(pool.Take());
-      slot = chunks_.back();
-    }
-    // NextToken's result is built right in its slot.
-    TqxToken& t = *::new (slot) TqxToken(NextToken());
-    ++count_;
-    if (t.kind == tkEof) {
-      t.val = "EOF";
-      break;
-    }
-    slot = (count_ & (kChunkSize - 1)) != 0 ? slot + 1 : nullptr;
+  ScanTokens();
+  const std::int32_t last = count_ - 1;
+  chunks_[static_cast<std::size_t>(last) >> kChunkShift][last & (kChunkSize - 1)].val = "EOF";
+}
+
+void TqxBaseScanner::ScanTokens() {
+  while (AppendToken([this] { return NextToken(); }).kind != tkEof) {
   }
-  buffer_.Clear();
+}
+
+TqxToken* TqxBaseScanner::NewChunk() {
+  chunks_.reserve(chunks_.size() + 1);
+  chunks_.push_back(ChunkPool().Take());
+  return chunks_.back();
 }
 
 TqxBaseScanner::~TqxBaseScanner() {

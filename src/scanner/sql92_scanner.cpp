@@ -271,21 +271,77 @@ constexpr std::array<std::uint8_t, kKeywords.size()> kByBucket = [] {
 }();
 static_assert(kBucketStart[kBuckets] == kKeywords.size());
 
-// The keywords as little-endian 64-bit words of their bytes with bit 0x20 set, zero
-// beyond the end, for comparing 8 bytes at a time. Setting bit 0x20 folds letters and
-// keeps digits and "_" apart from every other name character, so for a word of name
-// characters equal words mean equal keywords (letter case ignored).
+// The keywords in bucket order as little-endian 64-bit words of their bytes with bit
+// 0x20 set, zero beyond the end, for comparing 8 bytes at a time. Setting bit 0x20 folds
+// letters and keeps digits and "_" apart from every other name character, so for a word
+// of name characters equal words mean equal keywords (letter case ignored).
 constexpr std::size_t kKeywordWords = (kMaxKeywordLength + 7) / 8;
 constexpr std::uint64_t kCaseBits = 0x2020202020202020u;
-constexpr std::array<std::array<std::uint64_t, kKeywordWords>, kKeywords.size()> kPacked = [] {
-  std::array<std::array<std::uint64_t, kKeywordWords>, kKeywords.size()> packed{};
-  for (std::size_t k = 0; k < kKeywords.size(); ++k) {
-    const std::string_view w = kKeywords[k].word;
-    for (std::size_t i = 0; i < w.size(); ++i)
-      packed[k][i / 8] |= std::uint64_t{static_cast<unsigned char>(w[i]) | 0x20u} << (8 * (i % 8));
+struct TPackedKeyword {
+  std::uint64_t words[kKeywordWords];
+  std::int32_t kind;
+};
+constexpr std::array<TPackedKeyword, kKeywords.size()> kPacked = [] {
+  std::array<TPackedKeyword, kKeywords.size()> packed{};
+  for (std::size_t b = 0; b < kKeywords.size(); ++b) {
+    const TqxKeyword& k = kKeywords[kByBucket[b]];
+    for (std::size_t i = 0; i < k.word.size(); ++i) {
+      packed[b].words[i / 8] |= std::uint64_t{static_cast<unsigned char>(k.word[i]) | 0x20u}
+                                << (8 * (i % 8));
+    }
+    packed[b].kind = k.kind;
   }
   return packed;
 }();
+
+// The keyword kind of a word of `n` name characters (letters, digits, "_") at `word`,
+// where at least `avail` bytes from `word` on may be read; 0 when it is no keyword.
+std::int32_t FindLongNameKeyword(const unsigned char* word, std::size_t n, std::size_t avail,
+                                 std::size_t at, std::size_t last) noexcept {
+  const std::size_t words = (n + 7) / 8;
+  if constexpr (std::endian::native != std::endian::little)
+    return SQL92Scanner::FindKeyword({reinterpret_cast<const char*>(word), n});
+  if (avail < words * 8)
+    return SQL92Scanner::FindKeyword({reinterpret_cast<const char*>(word), n});
+  // The word's bytes in words, the bytes beyond its end masked out.
+  std::uint64_t w[kKeywordWords];
+  for (std::size_t i = 0; i < words; ++i) {
+    std::memcpy(&w[i], word + 8 * i, 8);
+    w[i] |= kCaseBits;
+  }
+  if (n % 8 != 0)
+    w[words - 1] &= (std::uint64_t{1} << (8 * (n % 8))) - 1;
+  for (; at < last; ++at) {
+    std::size_t i = 0;
+    while (i < words && w[i] == kPacked[at].words[i])
+      ++i;
+    if (i == words)
+      return kPacked[at].kind;
+  }
+  return 0;
+}
+
+[[gnu::always_inline]] inline std::int32_t FindNameKeyword(const unsigned char* word, std::size_t n,
+                                                           std::size_t avail) noexcept {
+  const unsigned first = word[0] | 0x20u;
+  if (n > kMaxKeywordLength || first < 'a' || first > 'z')
+    return 0;
+  const std::size_t bucket = n * 26 + (first - 'a');
+  std::size_t at = kBucketStart[bucket];
+  const std::size_t last = kBucketStart[bucket + 1];
+  if (at == last)
+    return 0;
+  if (n > 8 || avail < 8 || std::endian::native != std::endian::little)
+    return FindLongNameKeyword(word, n, avail, at, last);
+  std::uint64_t w;
+  std::memcpy(&w, word, 8);
+  w = (w | kCaseBits) & (~std::uint64_t{0} >> (64 - 8 * n));
+  for (; at < last; ++at) {
+    if (kPacked[at].words[0] == w)
+      return kPacked[at].kind;
+  }
+  return 0;
+}
 
 constexpr bool IsDigit(std::int32_t c) noexcept {
   return c >= '0' && c <= '9';
@@ -375,56 +431,6 @@ std::int32_t SQL92Scanner::FindKeyword(std::string_view word) noexcept {
   return 0;
 }
 
-std::int32_t SQL92Scanner::FindNameKeyword(const unsigned char* word, std::size_t n,
-                                           const unsigned char* textEnd) noexcept {
-  if constexpr (std::endian::native != std::endian::little)
-    return FindKeyword({reinterpret_cast<const char*>(word), n});
-  if (n > kMaxKeywordLength)
-    return 0;
-  const char first = static_cast<char>(word[0] | 0x20);
-  if (!IsLetter(first))
-    return 0;
-  const std::size_t bucket = BucketOf(n, first);
-  std::size_t at = kBucketStart[bucket];
-  const std::size_t last = kBucketStart[bucket + 1];
-  if (at == last)
-    return 0;
-  if (static_cast<std::size_t>(textEnd - word) < 8)
-    return FindKeyword({reinterpret_cast<const char*>(word), n});
-  if (n <= 8) {
-    std::uint64_t w;
-    std::memcpy(&w, word, 8);
-    w |= kCaseBits;
-    if (n < 8)
-      w &= (std::uint64_t{1} << (8 * n)) - 1;
-    for (; at < last; ++at) {
-      if (kPacked[kByBucket[at]][0] == w)
-        return kKeywords[kByBucket[at]].kind;
-    }
-    return 0;
-  }
-  const std::size_t words = (n + 7) / 8;
-  if (static_cast<std::size_t>(textEnd - word) < words * 8)
-    return FindKeyword({reinterpret_cast<const char*>(word), n});
-  // The word's bytes in words, the bytes beyond its end masked out.
-  std::uint64_t w[kKeywordWords];
-  for (std::size_t i = 0; i < words; ++i) {
-    std::memcpy(&w[i], word + 8 * i, 8);
-    w[i] |= kCaseBits;
-  }
-  if (n % 8 != 0)
-    w[words - 1] &= (std::uint64_t{1} << (8 * (n % 8))) - 1;
-  for (; at < last; ++at) {
-    const std::array<std::uint64_t, kKeywordWords>& k = kPacked[kByBucket[at]];
-    std::size_t i = 0;
-    while (i < words && w[i] == k[i])
-      ++i;
-    if (i == words)
-      return kKeywords[kByBucket[at]].kind;
-  }
-  return 0;
-}
-
 void SQL92Scanner::InitInternal() {
   ignore_ = kIgnored;
 }
@@ -466,6 +472,15 @@ bool SQL92Scanner::Comment0() {
 }
 
 TqxToken SQL92Scanner::NextToken() {
+  return Scan();
+}
+
+void SQL92Scanner::ScanTokens() {
+  while (AppendToken([this] { return Scan(); }).kind != tkEof) {
+  }
+}
+
+[[gnu::always_inline]] inline TqxToken SQL92Scanner::Scan() {
   for (;;) {
     if ((kClasses[static_cast<std::size_t>(ch_)] & kIgnoredChar) != 0)
       SkipBlanksAndLineBreaks(kClasses, kBlankRun);
@@ -690,9 +705,8 @@ TqxToken SQL92Scanner::NextToken() {
   if (kind == tkIdentifier) {
     // What CheckLiteral does, straight from the input.
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
-    if (const std::int32_t keyword =
-            FindNameKeyword(bytes, text.size(), buffer_.Bytes() + buffer_.GetLen());
-        keyword != 0)
+    const auto avail = static_cast<std::size_t>(buffer_.GetLen() - begin);
+    if (const std::int32_t keyword = FindNameKeyword(bytes, text.size(), avail); keyword != 0)
       kind = keyword;
   }
   return TqxToken{kind, pos, col, line, std::string(text), begin};

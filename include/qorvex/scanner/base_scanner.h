@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -82,6 +83,21 @@ class TqxBaseScanner {
   virtual TqxToken NextToken() = 0;
   // Fills the ignore set beyond the blank.
   virtual void InitInternal() = 0;
+  // Appends the tokens of the whole text, the end token last. By default NextToken is
+  // called for each; a dialect may override it to run its recogniser without a virtual
+  // call per token.
+  virtual void ScanTokens();
+
+  // Appends the token that `make()` returns, built right in its slot.
+  template <class Make>
+  TqxToken& AppendToken(Make&& make) {
+    if (slot_ == nullptr)
+      slot_ = NewChunk();
+    TqxToken& t = *::new (slot_) TqxToken(make());
+    ++count_;
+    slot_ = (count_ & (kChunkSize - 1)) != 0 ? slot_ + 1 : nullptr;
+    return t;
+  }
 
   // Advances to the next character: CR LF, a lone CR and a lone LF are each one line
   // break delivered as 13; a LF directly followed by CR stays 10 and the CR counts the
@@ -122,12 +138,16 @@ class TqxBaseScanner {
   // and no byte above 127) and line breaks are passed over in one loop, with the lines
   // counted as NextCh counts them. The current character must be ignored already.
   void SkipBlanksAndLineBreaks(const TqxByteClasses& classes, std::uint8_t blankMask) noexcept {
-    // Mostly one blank between two tokens.
+    // Mostly one blank between two tokens: then the next character is plain ASCII.
     const std::int32_t at = buffer_.GetPos();
     if (pendingEols_ == 0 && at < buffer_.GetLen()) {
       const unsigned char b = buffer_.Bytes()[at];
-      if ((classes[b] & blankMask) == 0 && b != 10 && b != 13) {
-        NextCh();
+      const std::uint8_t folded = kPlainFold[b];
+      if ((classes[b] & blankMask) == 0 && folded != kNotPlain) {
+        chByte_ = at;
+        buffer_.MoveTo(at + 1);
+        ++pos_;
+        ch_ = folded;
         return;
       }
     }
@@ -205,6 +225,8 @@ class TqxBaseScanner {
 
  private:
   const TqxToken& LastToken() const noexcept;
+  // A fresh chunk appended to the token list; its first slot.
+  TqxToken* NewChunk();
 
   void SkipBlanksAndLineBreaksSlow(const TqxByteClasses& classes, std::uint8_t blankMask) noexcept;
 
@@ -231,6 +253,7 @@ class TqxBaseScanner {
 
   std::vector<TqxToken*> chunks_;  // the token list: raw storage, `count_` constructed
   std::int32_t count_ = 0;
+  TqxToken* slot_ = nullptr;  // where the next token goes; null when a chunk is full
 };
 
 }  // namespace qorvex

@@ -31,16 +31,14 @@ class SQL92Scanner : public TqxBaseScanner {
   void CheckLiteral(TqxToken& token) override;
   TqxToken NextToken() override;
   void InitInternal() override;
+  void ScanTokens() override;
 
  private:
   // Skips a "--" line comment starting at the current "-"; false (with the "-" current
   // again) when it is not one.
   bool Comment0();
-
-  // FindKeyword for `n` name characters (letters, digits, "_") at `word`, comparing
-  // eight bytes at a time where the text (ending at `textEnd`) allows.
-  static std::int32_t FindNameKeyword(const unsigned char* word, std::size_t n,
-                                      const unsigned char* textEnd) noexcept;
+  // NextToken's body, inlined into the scanning loop.
+  TqxToken Scan();
 };
 
 }  // namespace qorvex
