@@ -701,7 +701,10 @@ void SQL92Scanner::ScanTokens() {
         break;
     }
   }
-  const std::string_view text = TextFrom(begin);
+  // The token's text: its bytes up to the current character, which has moved on from
+  // the token's start (a step back in Comment0 happens before a token starts).
+  const std::string_view text(buffer_.View().data() + begin,
+                              static_cast<std::size_t>(chByte_ - begin));
   if (kind == tkIdentifier) {
     // What CheckLiteral does, straight from the input.
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());

@@ -195,16 +195,6 @@ class TqxBaseScanner {
     return static_cast<char>(buffer_.Bytes()[chByte_]);
   }
 
-  // The input bytes from `beginByte` up to the current character (not included): the
-  // text of a token that started at `beginByte`.
-  std::string_view TextFrom(std::int32_t beginByte) const noexcept {
-    if (beginByte < 0)
-      beginByte = 0;
-    if (beginByte > chByte_)
-      return {};
-    return {buffer_.View().data() + beginByte, static_cast<std::size_t>(chByte_ - beginByte)};
-  }
-
   // The fields NextCh writes (the buffer's position, `ch_`, `chByte_`, `pos_`) are kept
   // apart: when adjacent, the compiler packs their stores into vector moves that cost
   // more than the plain stores.
