@@ -66,8 +66,7 @@ void TqxBaseScanner::Init(std::string_view text) {
 }
 
 void TqxBaseScanner::ScanTokens() {
-  while (AppendToken([this] { return NextToken(); }).kind != tkEof) {
-  }
+  AppendTokensUpToEnd([this] { return NextToken(); });
 }
 
 TqxToken* TqxBaseScanner::NewChunk() {

@@ -22,7 +22,7 @@ void TqxBuffer::Attach(std::string_view text) {
   if (text.size() > kMaxTextLength)
     throw EqxError("SQL text is too long");
   copy_.clear();
-  data_ = text.data();
+  data_ = text.data() != nullptr ? text.data() : "";  // never null while attached
   bufLen_ = static_cast<std::int32_t>(text.size());
   bufPos_ = 0;
 }

@@ -205,6 +205,13 @@ TEST(ScannerPositions, EndToken) {
     EXPECT_EQ(end.pos, c.pos);
     EXPECT_EQ(end.offset, static_cast<int>(c.text.size()));
   }
+  // A view without storage reads as the empty text.
+  SQL92Scanner none;
+  none.Init(std::string_view{});
+  ASSERT_EQ(none.GetTokenCount(), 1);
+  EXPECT_EQ(none.GetToken(0).val, "EOF");
+  EXPECT_EQ(none.GetToken(0).col, 1);
+  EXPECT_EQ(none.GetToken(0).offset, 0);
 }
 
 TEST(ScannerPositions, OutOfRangeIndexGivesEndToken) {

@@ -88,15 +88,31 @@ class TqxBaseScanner {
   // call per token.
   virtual void ScanTokens();
 
-  // Appends the token that `make()` returns, built right in its slot.
+  // Appends the tokens that `make()` returns, each built right in its slot, up to and
+  // including the end token.
   template <class Make>
-  TqxToken& AppendToken(Make&& make) {
-    if (slot_ == nullptr)
-      slot_ = NewChunk();
-    TqxToken& t = *::new (slot_) TqxToken(make());
-    ++count_;
-    slot_ = (count_ & (kChunkSize - 1)) != 0 ? slot_ + 1 : nullptr;
-    return t;
+  void AppendTokensUpToEnd(Make&& make) {
+    // The list's end is kept in locals while scanning and stored back at the end, also
+    // when `make` throws (the tokens built so far stay counted).
+    TqxToken* slot = slot_;
+    std::int32_t count = count_;
+    try {
+      for (;;) {
+        if (slot == nullptr)
+          slot = NewChunk();
+        const TqxToken& t = *::new (slot) TqxToken(make());
+        ++count;
+        slot = (count & (kChunkSize - 1)) != 0 ? slot + 1 : nullptr;
+        if (t.kind == tkEof)
+          break;
+      }
+    } catch (...) {
+      slot_ = slot;
+      count_ = count;
+      throw;
+    }
+    slot_ = slot;
+    count_ = count;
   }
 
   // Advances to the next character: CR LF, a lone CR and a lone LF are each one line

@@ -20,7 +20,7 @@ class TqxBuffer {
   // not fit 32-bit positions.
   void Fill(std::string_view text);
   // Like Fill, but reads `text` in place: the caller keeps it alive and unchanged until
-  // Clear or the next Fill/Attach.
+  // Clear or the next Fill/Attach. Bytes() is never null afterwards.
   void Attach(std::string_view text);
   // Drops the text (and its copy, if any); the buffer is empty again.
   void Clear() noexcept;
