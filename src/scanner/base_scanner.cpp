@@ -61,8 +61,10 @@ void TqxBaseScanner::Init(std::string_view text) {
   ignore_.Include(' ');
   InitInternal();
   ScanTokens();
-  const std::int32_t last = count_ - 1;
-  chunks_[static_cast<std::size_t>(last) >> kChunkShift][last & (kChunkSize - 1)].val = "EOF";
+  if (count_ > 0) {
+    const std::int32_t last = count_ - 1;  // the end token
+    chunks_[static_cast<std::size_t>(last) >> kChunkShift][last & (kChunkSize - 1)].val = "EOF";
+  }
 }
 
 void TqxBaseScanner::ScanTokens() {

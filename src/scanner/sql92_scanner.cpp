@@ -481,6 +481,7 @@ void SQL92Scanner::ScanTokens() {
 
 [[gnu::always_inline]] inline TqxToken SQL92Scanner::Scan() {
   for (;;) {
+    // kIgnoredChar is the ignore set InitInternal installs, as a byte class.
     if ((kClasses[static_cast<std::size_t>(ch_)] & kIgnoredChar) != 0)
       SkipBlanksAndLineBreaks(kClasses, kBlankRun);
     if (ch_ == '-' && Comment0())
