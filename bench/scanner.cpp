@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "qorvex/scanner/sql92_scanner.h"
 
@@ -61,5 +63,27 @@ void BM_ScanSql(benchmark::State& state) {
   state.counters["bytes"] = static_cast<double>(text.size());
 }
 BENCHMARK(BM_ScanSql)->Unit(benchmark::kMillisecond);
+
+// The same text one statement at a time, each with a fresh scanner, as parsing does it.
+void BM_ScanStatements(benchmark::State& state) {
+  const std::string text = MakeSqlText(1 << 20);
+  std::vector<std::string_view> statements;
+  for (std::size_t begin = 0, end; (end = text.find(';', begin)) != std::string::npos;
+       begin = end + 1)
+    statements.push_back(std::string_view(text).substr(begin, end - begin));
+  std::int64_t bytes = 0;
+  for (std::string_view s : statements)
+    bytes += static_cast<std::int64_t>(s.size());
+  for (auto _ : state) {
+    for (std::string_view s : statements) {
+      qorvex::SQL92Scanner scanner;
+      scanner.Init(s);
+      benchmark::DoNotOptimize(scanner.GetToken(0).kind);
+    }
+  }
+  state.SetBytesProcessed(state.iterations() * bytes);
+  state.counters["statements"] = static_cast<double>(statements.size());
+}
+BENCHMARK(BM_ScanStatements)->Unit(benchmark::kMillisecond);
 
 }  // namespace

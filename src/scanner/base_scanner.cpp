@@ -46,7 +46,12 @@ TqxChunkPool& ChunkPool() {
 }  // namespace
 
 void TqxBaseScanner::Init(std::string_view text) {
-  buffer_.Fill(text);
+  // The text is read in place: Init does not return before it is done with it.
+  buffer_.Attach(text);
+  struct Detach {
+    TqxBuffer& buffer;
+    ~Detach() { buffer.Clear(); }
+  } detach{buffer_};
   pos_ = -1;
   line_ = 1;
   lineStart_ = 0;
@@ -55,21 +60,21 @@ void TqxBaseScanner::Init(std::string_view text) {
   ignore_.Clear();
   ignore_.Include(' ');
   InitInternal();
-  TqxChunkPool& pool = ChunkPool();
-  for (;;) {
-    if ((count_ & (kChunkSize - 1)) == 0) {
-      chunks_.reserve(chunks_.size() + 1);
-      chunks_.push_back(pool.Take());
-    }
-    // NextToken's result is built right in its slot.
-    TqxToken& t = *::new (chunks_.back() + (count_ & (kChunkSize - 1))) TqxToken(NextToken());
-    ++count_;
-    if (t.kind == tkEof) {
-      t.val = "EOF";
-      break;
-    }
+  ScanTokens();
+  if (count_ > 0) {
+    const std::int32_t last = count_ - 1;  // the end token
+    chunks_[static_cast<std::size_t>(last) >> kChunkShift][last & (kChunkSize - 1)].val = "EOF";
   }
-  buffer_ = TqxBuffer();
+}
+
+void TqxBaseScanner::ScanTokens() {
+  AppendTokensUpToEnd([this] { return NextToken(); });
+}
+
+TqxToken* TqxBaseScanner::NewChunk() {
+  chunks_.reserve(chunks_.size() + 1);
+  chunks_.push_back(ChunkPool().Take());
+  return chunks_.back();
 }
 
 TqxBaseScanner::~TqxBaseScanner() {
@@ -88,6 +93,73 @@ const TqxToken& TqxBaseScanner::LastToken() const noexcept {
     return kNoText;
   }
   return GetToken(count_ - 1);
+}
+
+void TqxBaseScanner::NextChSlow() noexcept {
+  if (pendingEols_ > 0) {
+    ch_ = 13;
+    --pendingEols_;
+    chByte_ = buffer_.GetPos();
+    return;
+  }
+  chByte_ = buffer_.GetPos();
+  ch_ = buffer_.Read();
+  ++pos_;
+  if (ch_ < 0x80) {
+    if (ch_ == 10 && buffer_.Peek() != 13)
+      ch_ = 13;
+    if (ch_ == 13) {
+      if (buffer_.Peek() == 10)
+        buffer_.Read();
+      ++line_;
+      lineStart_ = pos_ + 1;
+    }
+    if (ch_ >= 'A' && ch_ <= 'Z')
+      ch_ += 'a' - 'A';
+  } else if (ch_ != kEndOfInput) {
+    SkipUtf8Tail();
+  }
+}
+
+void TqxBaseScanner::SkipBlanksAndLineBreaksSlow(const TqxByteClasses& classes,
+                                                 std::uint8_t blankMask) noexcept {
+  // Pending line breaks are ignored characters too and move nothing but `chByte_`,
+  // which the final NextCh sets.
+  pendingEols_ = 0;
+  const unsigned char* bytes = buffer_.Bytes();
+  const std::int32_t end = buffer_.GetLen();
+  std::int32_t at = buffer_.GetPos();
+  std::int32_t pos = pos_;
+  std::int32_t line = line_;
+  std::int32_t lineStart = lineStart_;
+  while (at < end) {
+    const unsigned char b = bytes[at];
+    if ((classes[b] & blankMask) != 0) {
+      ++at;
+      ++pos;
+      continue;
+    }
+    if (b != 13 && b != 10)
+      break;
+    // The same decisions as NextCh: a LF followed by CR is an ordinary (ignored)
+    // character; otherwise CR or LF is a line break that swallows one LF after it.
+    ++at;
+    ++pos;
+    if (at < end) {
+      const unsigned char next = bytes[at];
+      if (b == 10 && next == 13)
+        continue;
+      if (next == 10)
+        ++at;
+    }
+    ++line;
+    lineStart = pos + 1;
+  }
+  pos_ = pos;
+  line_ = line;
+  lineStart_ = lineStart;
+  buffer_.MoveTo(at);
+  NextCh();
 }
 
 void TqxBaseScanner::SkipUtf8Tail() noexcept {

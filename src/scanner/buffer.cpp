@@ -12,8 +12,25 @@ static constexpr std::size_t kMaxTextLength = std::numeric_limits<std::int32_t>:
 void TqxBuffer::Fill(std::string_view text) {
   if (text.size() > kMaxTextLength)
     throw EqxError("SQL text is too long");
-  buf_.assign(text);
+  copy_.assign(text);
+  data_ = copy_.data();
   bufLen_ = static_cast<std::int32_t>(text.size());
+  bufPos_ = 0;
+}
+
+void TqxBuffer::Attach(std::string_view text) {
+  if (text.size() > kMaxTextLength)
+    throw EqxError("SQL text is too long");
+  copy_.clear();
+  data_ = text.data() != nullptr ? text.data() : "";  // never null while attached
+  bufLen_ = static_cast<std::int32_t>(text.size());
+  bufPos_ = 0;
+}
+
+void TqxBuffer::Clear() noexcept {
+  std::string().swap(copy_);
+  data_ = nullptr;
+  bufLen_ = 0;
   bufPos_ = 0;
 }
 
@@ -23,7 +40,7 @@ std::string TqxBuffer::GetString(std::int32_t beg, std::int32_t end) const {
   end = clamp(end);
   if (end <= beg)
     return {};
-  return buf_.substr(static_cast<std::size_t>(beg), static_cast<std::size_t>(end - beg));
+  return std::string(data_ + beg, static_cast<std::size_t>(end - beg));
 }
 
 }  // namespace qorvex

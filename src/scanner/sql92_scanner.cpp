@@ -1,6 +1,8 @@
 #include "qorvex/scanner/sql92_scanner.h"
 
 #include <array>
+#include <bit>
+#include <cstring>
 
 namespace qorvex {
 
@@ -214,12 +216,15 @@ constexpr std::array<TqxKeyword, 148> kKeywords = {{
 
 constexpr std::size_t kMaxKeywordLength = 27;  // "datetime_interval_precision"
 
-// The table is lower case, within kMaxKeywordLength, and free of duplicates.
+// The table is lower case, starts each word with a letter, is within kMaxKeywordLength, and free of
+// duplicates.
 constexpr bool KeywordTableIsSound() {
   std::size_t longest = 0;
   for (std::size_t i = 0; i < kKeywords.size(); ++i) {
     const std::string_view w = kKeywords[i].word;
     longest = w.size() > longest ? w.size() : longest;
+    if (w.empty() || w[0] < 'a' || w[0] > 'z')
+      return false;  // the lookup buckets by first letter
     for (char c : w) {
       if (!((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'))
         return false;
@@ -233,35 +238,110 @@ constexpr bool KeywordTableIsSound() {
 }
 static_assert(KeywordTableIsSound());
 
-constexpr char Fold(char c) noexcept {
-  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
-// A cheap hash of the folded word: its length and three of its letters.
-constexpr std::uint32_t Hash(std::string_view s) noexcept {
-  const std::size_t n = s.size();
-  const auto at = [&](std::size_t i) { return static_cast<std::uint32_t>(Fold(s[i])); };
-  return (static_cast<std::uint32_t>(n) * 0x9E3779B1u) ^ (at(0) * 0x85EBCA6Bu) ^
-         (at(n - 1) * 0xC2B2AE35u) ^ (at(n / 2) * 0x27D4EB2Fu);
-}
-
-// Open-addressing index over the keyword table: slot -> table index + 1 (0 is empty).
-// The table holds no duplicates, so finding the one equal entry is the same as trying
-// the entries in order.
-constexpr std::size_t kSlots = 1024;
-constexpr std::size_t Slot(std::uint32_t hash) noexcept {
-  return (hash >> 16) & (kSlots - 1);
-}
-constexpr std::array<std::uint8_t, kSlots> kKeywordIndex = [] {
-  std::array<std::uint8_t, kSlots> index{};
-  for (std::size_t i = 0; i < kKeywords.size(); ++i) {
-    std::size_t h = Slot(Hash(kKeywords[i].word));
-    while (index[h] != 0)
-      h = (h + 1) & (kSlots - 1);
-    index[h] = static_cast<std::uint8_t>(i + 1);
-  }
-  return index;
+// ASCII folded to lower case, indexed by byte.
+constexpr std::array<char, 256> kLower = [] {
+  std::array<char, 256> table{};
+  for (int b = 0; b < 256; ++b)
+    table[b] = static_cast<char>(b >= 'A' && b <= 'Z' ? b + ('a' - 'A') : b);
+  return table;
 }();
+
+// Keyword lookup: the keywords grouped by length and first letter. Bucket
+// (length, letter) holds kByBucket[kBucketStart[i] .. kBucketStart[i + 1]) with
+// i = length * 26 + (letter - 'a'); within a bucket the table order is kept.
+constexpr std::size_t kBuckets = (kMaxKeywordLength + 1) * 26;
+constexpr std::size_t BucketOf(std::size_t length, char first) noexcept {
+  return length * 26 + static_cast<std::size_t>(first - 'a');
+}
+constexpr std::array<std::uint8_t, kBuckets + 1> kBucketStart = [] {
+  std::array<std::uint8_t, kBuckets + 1> start{};
+  for (const TqxKeyword& k : kKeywords)
+    ++start[BucketOf(k.word.size(), k.word[0]) + 1];
+  for (std::size_t i = 1; i <= kBuckets; ++i)
+    start[i] = static_cast<std::uint8_t>(start[i] + start[i - 1]);
+  return start;
+}();
+constexpr std::array<std::uint8_t, kKeywords.size()> kByBucket = [] {
+  std::array<std::uint8_t, kKeywords.size()> order{};
+  std::array<std::uint8_t, kBuckets + 1> next = kBucketStart;
+  for (std::size_t i = 0; i < kKeywords.size(); ++i)
+    order[next[BucketOf(kKeywords[i].word.size(), kKeywords[i].word[0])]++] =
+        static_cast<std::uint8_t>(i);
+  return order;
+}();
+static_assert(kBucketStart[kBuckets] == kKeywords.size());
+
+// The keywords in bucket order as little-endian 64-bit words of their bytes with bit
+// 0x20 set, zero beyond the end, for comparing 8 bytes at a time. Setting bit 0x20 folds
+// letters and keeps digits and "_" apart from every other name character, so for a word
+// of name characters equal words mean equal keywords (letter case ignored).
+constexpr std::size_t kKeywordWords = (kMaxKeywordLength + 7) / 8;
+constexpr std::uint64_t kCaseBits = 0x2020202020202020u;
+struct TPackedKeyword {
+  std::uint64_t words[kKeywordWords];
+  std::int32_t kind;
+};
+constexpr std::array<TPackedKeyword, kKeywords.size()> kPacked = [] {
+  std::array<TPackedKeyword, kKeywords.size()> packed{};
+  for (std::size_t b = 0; b < kKeywords.size(); ++b) {
+    const TqxKeyword& k = kKeywords[kByBucket[b]];
+    for (std::size_t i = 0; i < k.word.size(); ++i) {
+      packed[b].words[i / 8] |= std::uint64_t{static_cast<unsigned char>(k.word[i]) | 0x20u}
+                                << (8 * (i % 8));
+    }
+    packed[b].kind = k.kind;
+  }
+  return packed;
+}();
+
+// The keyword kind of a word of `n` name characters (letters, digits, "_") at `word`,
+// where at least `avail` bytes from `word` on may be read; 0 when it is no keyword.
+std::int32_t FindLongNameKeyword(const unsigned char* word, std::size_t n, std::size_t avail,
+                                 std::size_t at, std::size_t last) noexcept {
+  const std::size_t words = (n + 7) / 8;
+  if constexpr (std::endian::native != std::endian::little)
+    return SQL92Scanner::FindKeyword({reinterpret_cast<const char*>(word), n});
+  if (avail < words * 8)
+    return SQL92Scanner::FindKeyword({reinterpret_cast<const char*>(word), n});
+  // The word's bytes in words, the bytes beyond its end masked out.
+  std::uint64_t w[kKeywordWords];
+  for (std::size_t i = 0; i < words; ++i) {
+    std::memcpy(&w[i], word + 8 * i, 8);
+    w[i] |= kCaseBits;
+  }
+  if (n % 8 != 0)
+    w[words - 1] &= (std::uint64_t{1} << (8 * (n % 8))) - 1;
+  for (; at < last; ++at) {
+    std::size_t i = 0;
+    while (i < words && w[i] == kPacked[at].words[i])
+      ++i;
+    if (i == words)
+      return kPacked[at].kind;
+  }
+  return 0;
+}
+
+[[gnu::always_inline]] inline std::int32_t FindNameKeyword(const unsigned char* word, std::size_t n,
+                                                           std::size_t avail) noexcept {
+  const unsigned first = word[0] | 0x20u;
+  if (n > kMaxKeywordLength || first < 'a' || first > 'z')
+    return 0;
+  const std::size_t bucket = n * 26 + (first - 'a');
+  std::size_t at = kBucketStart[bucket];
+  const std::size_t last = kBucketStart[bucket + 1];
+  if (at == last)
+    return 0;
+  if (n > 8 || avail < 8 || std::endian::native != std::endian::little)
+    return FindLongNameKeyword(word, n, avail, at, last);
+  std::uint64_t w;
+  std::memcpy(&w, word, 8);
+  w = (w | kCaseBits) & (~std::uint64_t{0} >> (64 - 8 * n));
+  for (; at < last; ++at) {
+    if (kPacked[at].words[0] == w)
+      return kPacked[at].kind;
+  }
+  return 0;
+}
 
 constexpr bool IsDigit(std::int32_t c) noexcept {
   return c >= '0' && c <= '9';
@@ -279,25 +359,52 @@ constexpr bool IsHexDigit(std::int32_t c) noexcept {
 constexpr bool IsBlank(std::int32_t c) noexcept {
   return c == '\t' || c == 10 || c == 13 || c == ' ';
 }
+// Characters skipped between tokens: the control characters and the blank.
+constexpr bool IsIgnored(std::int32_t c) noexcept {
+  return c >= 1 && c <= 32;
+}
 
-// Runs of ASCII characters that a token's loop passes over without a decision; see
-// NextChWhile.
-template <class Pred>
-constexpr TqxCharSet AsciiSet(Pred pred) {
-  TqxCharSet set;
+// Byte classes: runs of ASCII characters that a token's loop passes over without a
+// decision (see NextChWhile), and the blanks between tokens other than line breaks.
+enum : std::uint8_t {
+  kNameRun = 1,
+  kDigitRun = 2,
+  kHexRun = 4,
+  kSingleQuotedRun = 8,
+  kDoubleQuotedRun = 16,
+  kBracketedRun = 32,
+  kBlankRun = 64,
+  kIgnoredChar = 128,  // all ignored characters, line breaks included; no run
+};
+constexpr TqxByteClasses kClasses = [] {
+  TqxByteClasses classes{};
   for (std::int32_t c = 0; c < 128; ++c) {
+    if (c == 10 || c == 13) {
+      classes[static_cast<std::size_t>(c)] = kIgnoredChar;
+      continue;
+    }
     const std::int32_t folded = (c >= 'A' && c <= 'Z') ? c + ('a' - 'A') : c;
-    if (c != 10 && c != 13 && pred(folded))
+    std::uint8_t bits = 0;
+    bits |= IsNamePart(folded) ? kNameRun : 0;
+    bits |= IsDigit(folded) ? kDigitRun : 0;
+    bits |= IsHexDigit(folded) ? kHexRun : 0;
+    bits |= folded != '\'' ? kSingleQuotedRun : 0;
+    bits |= folded != '"' ? kDoubleQuotedRun : 0;
+    bits |= folded != ']' ? kBracketedRun : 0;
+    bits |= IsIgnored(folded) ? kBlankRun | kIgnoredChar : 0;
+    classes[static_cast<std::size_t>(c)] = bits;
+  }
+  return classes;
+}();
+
+constexpr TqxCharSet kIgnored = [] {
+  TqxCharSet set;
+  for (std::int32_t c = 0; c < 256; ++c) {
+    if (IsIgnored(c))
       set.Include(c);
   }
   return set;
-}
-constexpr TqxCharSet kNameRun = AsciiSet(IsNamePart);
-constexpr TqxCharSet kDigitRun = AsciiSet(IsDigit);
-constexpr TqxCharSet kHexRun = AsciiSet(IsHexDigit);
-constexpr TqxCharSet kSingleQuotedRun = AsciiSet([](std::int32_t c) { return c != '\''; });
-constexpr TqxCharSet kDoubleQuotedRun = AsciiSet([](std::int32_t c) { return c != '"'; });
-constexpr TqxCharSet kBracketedRun = AsciiSet([](std::int32_t c) { return c != ']'; });
+}();
 
 }  // namespace
 
@@ -309,12 +416,14 @@ std::int32_t SQL92Scanner::FindKeyword(std::string_view word) noexcept {
   const std::size_t n = word.size();
   if (n == 0 || n > kMaxKeywordLength)
     return 0;
-  for (std::size_t h = Slot(Hash(word)); kKeywordIndex[h] != 0; h = (h + 1) & (kSlots - 1)) {
-    const TqxKeyword& k = kKeywords[kKeywordIndex[h] - 1];
-    if (k.word.size() != n)
-      continue;
-    std::size_t i = 0;
-    while (i < n && Fold(word[i]) == k.word[i])
+  const char first = kLower[static_cast<unsigned char>(word[0])];
+  if (!IsLetter(first))
+    return 0;
+  const std::size_t bucket = BucketOf(n, first);
+  for (std::size_t at = kBucketStart[bucket]; at < kBucketStart[bucket + 1]; ++at) {
+    const TqxKeyword& k = kKeywords[kByBucket[at]];
+    std::size_t i = 1;
+    while (i < n && kLower[static_cast<unsigned char>(word[i])] == k.word[i])
       ++i;
     if (i == n)
       return k.kind;
@@ -323,11 +432,7 @@ std::int32_t SQL92Scanner::FindKeyword(std::string_view word) noexcept {
 }
 
 void SQL92Scanner::InitInternal() {
-  for (std::int32_t c = 1; c <= 32; ++c)
-    ignore_.Include(c);
-  blankRun_ = ignore_;
-  blankRun_.Exclude(10);
-  blankRun_.Exclude(13);
+  ignore_ = kIgnored;
 }
 
 void SQL92Scanner::CheckLiteral(TqxToken& token) {
@@ -367,232 +472,251 @@ bool SQL92Scanner::Comment0() {
 }
 
 TqxToken SQL92Scanner::NextToken() {
+  return Scan();
+}
+
+void SQL92Scanner::ScanTokens() {
+  AppendTokensUpToEnd([this] { return Scan(); });
+}
+
+[[gnu::always_inline]] inline TqxToken SQL92Scanner::Scan() {
   for (;;) {
-    while (ignore_.Contains(ch_)) {
-      if (ch_ == 10 || ch_ == 13)
-        NextCh();
-      else
-        NextChWhile(blankRun_);
-    }
+    // kIgnoredChar is the ignore set InitInternal installs, as a byte class.
+    if ((kClasses[static_cast<std::size_t>(ch_)] & kIgnoredChar) != 0)
+      SkipBlanksAndLineBreaks(kClasses, kBlankRun);
     if (ch_ == '-' && Comment0())
       continue;  // the comment is skipped; scan what follows it
     break;
   }
 
-  TqxToken t = StartToken();
+  const std::int32_t pos = pos_;
+  const std::int32_t col = pos_ - lineStart_ + 1;
+  const std::int32_t line = line_;
   const std::int32_t begin = chByte_;
   const std::int32_t start = kStart[static_cast<std::size_t>(ch_)];
-  NextCh();
-
   std::int32_t kind = tkError;
-  switch (start) {
-    case EF:
-      kind = tkEof;
-      break;
+  if (start == ID) {
+    // Letters, digits and "_" are single bytes: the name is one run from its first
+    // character on.
+    NextChRun(kClasses, kNameRun);
+    kind = tkIdentifier;
+  } else {
+    NextCh();
+    switch (start) {
+      case EF:
+        kind = tkEof;
+        break;
 
-    case ID:
-      NextChWhile(kNameRun);
-      t.kind = tkIdentifier;
-      t.val = TextFrom(begin);
-      CheckLiteral(t);
-      return t;
-
-    case D0:
-      if (ch_ == 'x') {
-        NextCh();
-        if (!IsHexDigit(ch_))
+      case D0:
+        if (ch_ == 'x') {
+          NextCh();
+          if (!IsHexDigit(ch_))
+            break;
+          NextChWhile(kClasses, kHexRun);
+          kind = tkHex;
           break;
-        NextChWhile(kHexRun);
-        kind = tkHex;
-        break;
-      }
-      [[fallthrough]];
-    case D1:
-      NextChWhile(kDigitRun);
-      if (ch_ != '.') {
-        kind = tkInteger;
-        break;
-      }
-      NextCh();
-      if (!IsDigit(ch_))
-        break;
-      [[fallthrough]];
-    case PT:
-      if (start == PT && !IsDigit(ch_)) {
-        if (ch_ == '*') {
-          NextCh();
-          kind = tkDotStar;
-        } else {
-          kind = tkDot;
         }
-        break;
-      }
-      // Fraction digits, at least one present; then the optional exponent.
-      NextChWhile(kDigitRun);
-      if (ch_ == 'e') {
+        [[fallthrough]];
+      case D1:
+        NextChWhile(kClasses, kDigitRun);
+        if (ch_ != '.') {
+          kind = tkInteger;
+          break;
+        }
         NextCh();
-        if (ch_ == '+' || ch_ == '-')
-          NextCh();
         if (!IsDigit(ch_))
           break;
-        NextChWhile(kDigitRun);
-      }
-      kind = tkDecimal;
-      break;
-
-    case SQ:
-    case DQ: {
-      const std::int32_t quote = start == SQ ? '\'' : '"';
-      const TqxCharSet& run = start == SQ ? kSingleQuotedRun : kDoubleQuotedRun;
-      for (;;) {
-        NextChWhile(run);
-        if (ch_ == kEndOfInput)
+        [[fallthrough]];
+      case PT:
+        if (start == PT && !IsDigit(ch_)) {
+          if (ch_ == '*') {
+            NextCh();
+            kind = tkDotStar;
+          } else {
+            kind = tkDot;
+          }
           break;
-        if (ch_ == quote) {
-          NextCh();
-          if (ch_ != quote) {
-            kind = start == SQ ? tkString : tkQuotedIdentifier;
-            break;
-          }
         }
-        NextCh();
-      }
-      break;
-    }
+        // Fraction digits, at least one present; then the optional exponent.
+        NextChWhile(kClasses, kDigitRun);
+        if (ch_ == 'e') {
+          NextCh();
+          if (ch_ == '+' || ch_ == '-')
+            NextCh();
+          if (!IsDigit(ch_))
+            break;
+          NextChWhile(kClasses, kDigitRun);
+        }
+        kind = tkDecimal;
+        break;
 
-    case LB:
-      for (;;) {
-        NextChWhile(kBracketedRun);
-        if (ch_ == kEndOfInput)
+      case SQ:
+      case DQ: {
+        const std::int32_t quote = start == SQ ? '\'' : '"';
+        const std::uint8_t run = start == SQ ? kSingleQuotedRun : kDoubleQuotedRun;
+        for (;;) {
+          NextChWhile(kClasses, run);
+          if (ch_ == kEndOfInput)
+            break;
+          if (ch_ == quote) {
+            NextCh();
+            if (ch_ != quote) {
+              kind = start == SQ ? tkString : tkQuotedIdentifier;
+              break;
+            }
+          }
+          NextCh();
+        }
+        break;
+      }
+
+      case LB:
+        for (;;) {
+          NextChWhile(kClasses, kBracketedRun);
+          if (ch_ == kEndOfInput)
+            break;
+          if (ch_ == ']') {
+            NextCh();
+            if (ch_ != '[') {
+              kind = tkQuotedIdentifier;
+              break;
+            }
+          }
+          NextCh();
+        }
+        break;
+
+      case AT:
+        NextChWhile(kClasses, kNameRun);
+        kind = tkParameter;
+        break;
+
+      case LC: {
+        if (IsBlank(ch_))
+          NextCh();
+        if (ch_ == 'd') {
+          NextCh();
+        } else if (ch_ == 't') {
+          NextCh();
+          if (ch_ == 's')
+            NextCh();
+        } else {
           break;
-        if (ch_ == ']') {
-          NextCh();
-          if (ch_ != '[') {
-            kind = tkQuotedIdentifier;
-            break;
-          }
         }
-        NextCh();
-      }
-      break;
-
-    case AT:
-      NextChWhile(kNameRun);
-      kind = tkParameter;
-      break;
-
-    case LC: {
-      if (IsBlank(ch_))
-        NextCh();
-      if (ch_ == 'd') {
-        NextCh();
-      } else if (ch_ == 't') {
-        NextCh();
-        if (ch_ == 's')
+        if (IsBlank(ch_))
           NextCh();
-      } else {
-        break;
-      }
-      if (IsBlank(ch_))
-        NextCh();
-      if (ch_ == 'n')
-        NextCh();
-      if (ch_ != '\'')
-        break;
-      NextCh();
-      bool closed = false;
-      while (ch_ != kEndOfInput) {
-        if (ch_ == '\'') {
+        if (ch_ == 'n')
           NextCh();
-          if (ch_ != '\'') {
-            closed = true;
-            break;
+        if (ch_ != '\'')
+          break;
+        NextCh();
+        bool closed = false;
+        while (ch_ != kEndOfInput) {
+          if (ch_ == '\'') {
+            NextCh();
+            if (ch_ != '\'') {
+              closed = true;
+              break;
+            }
           }
+          NextCh();
         }
+        if (!closed)
+          break;
+        if (IsBlank(ch_))
+          NextCh();
+        if (ch_ != '}')
+          break;
         NextCh();
+        kind = tkEscape;
+        break;
       }
-      if (!closed)
+
+      case LT:
+        if (ch_ == '>') {
+          NextCh();
+          kind = tkNotEqual;
+        } else if (ch_ == '=') {
+          NextCh();
+          kind = tkLessEqual;
+        } else {
+          kind = tkLess;
+        }
         break;
-      if (IsBlank(ch_))
+      case GT:
+        if (ch_ == '=') {
+          NextCh();
+          kind = tkGreaterEqual;
+        } else {
+          kind = tkGreater;
+        }
+        break;
+      case EX:
+        if (ch_ == '=')
+          kind = tkBangEqual;
+        else if (ch_ == '>')
+          kind = tkBangGreater;
+        else if (ch_ == '<')
+          kind = tkBangLess;
+        else
+          break;
         NextCh();
-      if (ch_ != '}')
         break;
-      NextCh();
-      kind = tkEscape;
-      break;
+
+      case SC:
+        kind = tkSemicolon;
+        break;
+      case CM:
+        kind = tkComma;
+        break;
+      case LP:
+        kind = tkLParen;
+        break;
+      case RP:
+        kind = tkRParen;
+        break;
+      case ST:
+        kind = tkStar;
+        break;
+      case EQ:
+        kind = tkEqual;
+        break;
+      case PL:
+        kind = tkPlus;
+        break;
+      case MI:
+        kind = tkMinus;
+        break;
+      case SL:
+        kind = tkSlash;
+        break;
+      case PC:
+        kind = tkPercent;
+        break;
+      case TL:
+        kind = tkTilde;
+        break;
+
+      default:  // no token starts with this character
+        break;
     }
-
-    case LT:
-      if (ch_ == '>') {
-        NextCh();
-        kind = tkNotEqual;
-      } else if (ch_ == '=') {
-        NextCh();
-        kind = tkLessEqual;
-      } else {
-        kind = tkLess;
-      }
-      break;
-    case GT:
-      if (ch_ == '=') {
-        NextCh();
-        kind = tkGreaterEqual;
-      } else {
-        kind = tkGreater;
-      }
-      break;
-    case EX:
-      if (ch_ == '=')
-        kind = tkBangEqual;
-      else if (ch_ == '>')
-        kind = tkBangGreater;
-      else if (ch_ == '<')
-        kind = tkBangLess;
-      else
-        break;
-      NextCh();
-      break;
-
-    case SC:
-      kind = tkSemicolon;
-      break;
-    case CM:
-      kind = tkComma;
-      break;
-    case LP:
-      kind = tkLParen;
-      break;
-    case RP:
-      kind = tkRParen;
-      break;
-    case ST:
-      kind = tkStar;
-      break;
-    case EQ:
-      kind = tkEqual;
-      break;
-    case PL:
-      kind = tkPlus;
-      break;
-    case MI:
-      kind = tkMinus;
-      break;
-    case SL:
-      kind = tkSlash;
-      break;
-    case PC:
-      kind = tkPercent;
-      break;
-    case TL:
-      kind = tkTilde;
-      break;
-
-    default:  // no token starts with this character
-      break;
   }
-  t.kind = kind;
-  t.val = TextFrom(begin);
-  return t;
+  // The token's text: its bytes up to the current character, which has moved on from
+  // the token's start (a step back in Comment0 happens before a token starts).
+  const std::string_view text(buffer_.View().data() + begin,
+                              static_cast<std::size_t>(chByte_ - begin));
+  if (kind == tkIdentifier) {
+    // What CheckLiteral does, straight from the input.
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+    const auto avail = static_cast<std::size_t>(buffer_.GetLen() - begin);
+    if (const std::int32_t keyword = FindNameKeyword(bytes, text.size(), avail); keyword != 0)
+      kind = keyword;
+  }
+  // The text lies inside the input, whose pointer Attach never leaves null; saying so
+  // spares the string's constructor its null check.
+  if (text.data() == nullptr)
+    __builtin_unreachable();
+  return TqxToken{kind, pos, col, line, std::string(text), begin};
 }
 
 }  // namespace qorvex

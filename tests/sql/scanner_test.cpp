@@ -124,6 +124,66 @@ TEST(ScannerPositions, LineBreakForms) {
     ExpectTokens(c.text, c.tokens);
 }
 
+// Blanks, control characters and line breaks between tokens, in runs of every mix: all
+// fields of every token, the end token included.
+TEST(ScannerPositions, RunsBetweenTokens) {
+  struct Full {
+    int kind;
+    std::string val;
+    int pos, col, line, offset;
+  };
+  const struct {
+    std::string text;
+    std::vector<Full> tokens;
+  } cases[] = {
+      {"a \t\r\n\t b", {{4, "a", 0, 1, 1, 0}, {4, "b", 6, 3, 2, 7}, {0, "EOF", 7, 4, 2, 8}}},
+      // LF CR LF: the LF is an ignored character, CR LF the line break.
+      {"a\n\r\n b", {{4, "a", 0, 1, 1, 0}, {4, "b", 4, 2, 2, 5}, {0, "EOF", 5, 3, 2, 6}}},
+      {"a \n\r\n\r b", {{4, "a", 0, 1, 1, 0}, {4, "b", 6, 2, 3, 7}, {0, "EOF", 7, 3, 3, 8}}},
+      // Each LF LF is one line break.
+      {"a\n\n\n\nb", {{4, "a", 0, 1, 1, 0}, {4, "b", 3, 1, 3, 5}, {0, "EOF", 4, 2, 3, 6}}},
+      {"a \r\r\n\n b", {{4, "a", 0, 1, 1, 0}, {4, "b", 6, 2, 4, 7}, {0, "EOF", 7, 3, 4, 8}}},
+      {"a\x0b\x0c\x1f b", {{4, "a", 0, 1, 1, 0}, {4, "b", 5, 6, 1, 5}, {0, "EOF", 6, 7, 1, 6}}},
+      // Line breaks owed by a comment, then more blanks and line breaks.
+      {"x --c\n\r  \r\n y",
+       {{4, "x", 0, 1, 1, 0}, {4, "y", 11, 2, 3, 12}, {0, "EOF", 12, 3, 3, 13}}},
+      {"a \r\n\xc3\xa9 b",
+       {{4, "a", 0, 1, 1, 0},
+        {178, "\xc3\xa9", 3, 1, 2, 4},
+        {4, "b", 5, 3, 2, 7},
+        {0, "EOF", 6, 4, 2, 8}}},
+      {"a  \r\n", {{4, "a", 0, 1, 1, 0}, {0, "EOF", 4, 1, 2, 5}}},
+      {"a \0 b"s,
+       {{4, "a", 0, 1, 1, 0},
+        {178, "\0"s, 2, 3, 1, 2},
+        {4, "b", 4, 5, 1, 4},
+        {0, "EOF", 5, 6, 1, 5}}},
+      // The step back over a lone "-" lands on the blank after CR LF.
+      {"a\r\n -1",
+       {{4, "a", 0, 1, 1, 0},
+        {178, " ", 3, 2, 2, 3},
+        {52, "-", 4, 3, 2, 4},
+        {1, "1", 5, 4, 2, 5},
+        {0, "EOF", 6, 5, 2, 6}}},
+      {"a\r\n\r\n\t-- c", {{4, "a", 0, 1, 1, 0}, {0, "EOF", 8, 6, 3, 10}}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE("text: \"" + c.text + "\"");
+    const std::vector<TqxToken> tokens = Scan(c.text);
+    ASSERT_EQ(tokens.size(), c.tokens.size()) << Show(tokens);
+    for (std::size_t i = 0; i < tokens.size(); ++i) {
+      const Full& e = c.tokens[i];
+      const TqxToken& t = tokens[i];
+      EXPECT_EQ(t.kind, e.kind) << "token " << i;
+      EXPECT_EQ(t.val, e.val) << "token " << i;
+      EXPECT_EQ(t.pos, e.pos) << "token " << i;
+      EXPECT_EQ(t.col, e.col) << "token " << i;
+      EXPECT_EQ(t.line, e.line) << "token " << i;
+      EXPECT_EQ(t.offset, e.offset) << "token " << i;
+    }
+  }
+}
+
 TEST(ScannerPositions, EndToken) {
   const struct {
     std::string text;
@@ -145,6 +205,13 @@ TEST(ScannerPositions, EndToken) {
     EXPECT_EQ(end.pos, c.pos);
     EXPECT_EQ(end.offset, static_cast<int>(c.text.size()));
   }
+  // A view without storage reads as the empty text.
+  SQL92Scanner none;
+  none.Init(std::string_view{});
+  ASSERT_EQ(none.GetTokenCount(), 1);
+  EXPECT_EQ(none.GetToken(0).val, "EOF");
+  EXPECT_EQ(none.GetToken(0).col, 1);
+  EXPECT_EQ(none.GetToken(0).offset, 0);
 }
 
 TEST(ScannerPositions, OutOfRangeIndexGivesEndToken) {
@@ -527,6 +594,19 @@ TEST(ScannerKeywords, EveryKeywordInAnyLetterCase) {
     ExpectTokens("[" + std::string(k.word) + "]", {{5, "[" + std::string(k.word) + "]"}});
     ExpectTokens("@" + std::string(k.word), {{8, "@" + std::string(k.word)}});
     ExpectTokens(std::string(k.word) + "_", {{4, std::string(k.word) + "_"}});
+    // With more text after it (the word is then compared in place, in wide steps).
+    const std::string more = " 12345678901234567890123456789";
+    for (const std::string& text : {Upper(k.word), mixed}) {
+      ExpectTokens(text + more, {{k.kind, text}, {1, more.substr(1)}});
+      ExpectTokens(text + "_" + more, {{4, text + "_"}, {1, more.substr(1)}});
+      // Its tail: what the scanner finds in place agrees with the lookup of the word alone.
+      const std::string tail = text.substr(1);
+      if (tail.empty())
+        continue;
+      const int tailKind = SQL92Scanner::FindKeyword(tail);
+      ExpectTokens(tail + more,
+                   {{tailKind != 0 ? tailKind : tkIdentifier, tail}, {1, more.substr(1)}});
+    }
   }
 }
 

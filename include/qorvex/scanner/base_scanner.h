@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -35,6 +37,10 @@ class TqxCharSet {
  private:
   std::uint64_t bits_[4] = {0, 0, 0, 0};
 };
+
+// Byte classes of a dialect's scanner: bit flags per byte value; index 256 (end of
+// input) belongs to no class.
+using TqxByteClasses = std::array<std::uint8_t, 257>;
 
 // The dialect-independent half of scanning: reads characters from a TqxBuffer with
 // line-break normalisation and line/column counting, and turns the whole text into a
@@ -77,89 +83,144 @@ class TqxBaseScanner {
   virtual TqxToken NextToken() = 0;
   // Fills the ignore set beyond the blank.
   virtual void InitInternal() = 0;
+  // Appends the tokens of the whole text, the end token last. By default NextToken is
+  // called for each; a dialect may override it to run its recogniser without a virtual
+  // call per token.
+  virtual void ScanTokens();
+
+  // Appends the tokens that `make()` returns, each built right in its slot, up to and
+  // including the end token.
+  template <class Make>
+  void AppendTokensUpToEnd(Make&& make) {
+    // The list's end is kept in locals while scanning and stored back at the end, also
+    // when `make` throws (the tokens built so far stay counted).
+    TqxToken* slot = slot_;
+    std::int32_t count = count_;
+    try {
+      for (;;) {
+        if (slot == nullptr)
+          slot = NewChunk();
+        const TqxToken& t = *::new (slot) TqxToken(make());
+        ++count;
+        slot = (count & (kChunkSize - 1)) != 0 ? slot + 1 : nullptr;
+        if (t.kind == tkEof)
+          break;
+      }
+    } catch (...) {
+      slot_ = slot;
+      count_ = count;
+      throw;
+    }
+    slot_ = slot;
+    count_ = count;
+  }
 
   // Advances to the next character: CR LF, a lone CR and a lone LF are each one line
   // break delivered as 13; a LF directly followed by CR stays 10 and the CR counts the
   // line. Like the LF of CR LF, a LF right after a lone LF is swallowed, so LF LF is one
   // line break.
   void NextCh() noexcept {
-    if (pendingEols_ > 0) {
-      ch_ = 13;
-      origCh_ = 13;
-      --pendingEols_;
-      chByte_ = buffer_.GetPos();
-      return;
-    }
-    chByte_ = buffer_.GetPos();
-    ch_ = buffer_.Read();
-    ++pos_;
-    if (ch_ < 0x80) {
-      if (ch_ == 10 && buffer_.Peek() != 13)
-        ch_ = 13;
-      if (ch_ == 13) {
-        if (buffer_.Peek() == 10)
-          buffer_.Read();
-        ++line_;
-        lineStart_ = pos_ + 1;
+    const std::int32_t at = buffer_.GetPos();
+    if (pendingEols_ == 0 && at < buffer_.GetLen()) {
+      const unsigned char b = buffer_.Bytes()[at];
+      const std::uint8_t folded = kPlainFold[b];
+      if (folded != kNotPlain) {
+        chByte_ = at;
+        buffer_.MoveTo(at + 1);
+        ++pos_;
+        ch_ = folded;
+        return;
       }
-      origCh_ = static_cast<char>(ch_);
-      if (ch_ >= 'A' && ch_ <= 'Z')
-        ch_ += 'a' - 'A';
-    } else if (ch_ != kEndOfInput) {
-      origCh_ = static_cast<char>(ch_);
-      SkipUtf8Tail();
-    } else {
-      origCh_ = 0;
     }
+    NextChSlow();
   }
 
-  // `while (run.Contains(ch_)) NextCh();` with the characters after the current one
-  // taken straight from the buffer. `run` must hold no line break (10, 13), no byte
-  // above 127, and each letter in both cases.
-  [[gnu::always_inline]] void NextChWhile(const TqxCharSet& run) noexcept {
-    if (!run.Contains(ch_))
+  // `while (classes[ch_] & mask) NextCh();` with the characters after the current one
+  // taken straight from the buffer. The classes in `mask` must hold no line break (10,
+  // 13) and no byte above 127.
+  [[gnu::always_inline]] void NextChWhile(const TqxByteClasses& classes,
+                                          std::uint8_t mask) noexcept {
+    if ((classes[static_cast<std::size_t>(ch_)] & mask) == 0)
       return;
-    const std::string_view text = buffer_.View();
     const std::int32_t from = buffer_.GetPos();
-    const auto end = static_cast<std::int32_t>(text.size());
-    std::int32_t at = from;
-    while (at < end && run.Contains(static_cast<unsigned char>(text[static_cast<std::size_t>(at)])))
-      ++at;
+    const std::int32_t at = RunEnd(from, classes, mask);
     pos_ += at - from;
-    buffer_.SetPos(at);
+    buffer_.MoveTo(at);
     NextCh();
   }
 
-  // The input bytes from `beginByte` up to the current character (not included): the
-  // text of a token that started at `beginByte`.
-  std::string_view TextFrom(std::int32_t beginByte) const noexcept {
-    std::string_view all = buffer_.View();
-    if (beginByte < 0)
-      beginByte = 0;
-    if (beginByte > chByte_)
-      return {};
-    return all.substr(static_cast<std::size_t>(beginByte),
-                      static_cast<std::size_t>(chByte_ - beginByte));
+  // `while (ch_ is blank or a line break) NextCh();` for a dialect that ignores line
+  // breaks: runs of blanks (the classes in `blankMask`, which must hold no line break
+  // and no byte above 127) and line breaks are passed over in one loop, with the lines
+  // counted as NextCh counts them. The current character must be ignored already.
+  void SkipBlanksAndLineBreaks(const TqxByteClasses& classes, std::uint8_t blankMask) noexcept {
+    // Mostly one blank between two tokens: then the next character is plain ASCII.
+    const std::int32_t at = buffer_.GetPos();
+    if (pendingEols_ == 0 && at < buffer_.GetLen()) {
+      const unsigned char b = buffer_.Bytes()[at];
+      const std::uint8_t folded = kPlainFold[b];
+      if ((classes[b] & blankMask) == 0 && folded != kNotPlain) {
+        chByte_ = at;
+        buffer_.MoveTo(at + 1);
+        ++pos_;
+        ch_ = folded;
+        return;
+      }
+    }
+    SkipBlanksAndLineBreaksSlow(classes, blankMask);
   }
 
-  // A token with the position, column and line of the current character.
-  TqxToken StartToken() const {
-    TqxToken t;
-    t.pos = pos_;
-    t.col = pos_ - lineStart_ + 1;
-    t.line = line_;
-    t.offset = chByte_;
-    return t;
+  // NextCh followed by NextChWhile(classes, mask), for a current character that is a
+  // member of `mask` (so a single ASCII byte).
+  [[gnu::always_inline]] void NextChRun(const TqxByteClasses& classes, std::uint8_t mask) noexcept {
+    const std::int32_t from = buffer_.GetPos();
+    const std::int32_t at = RunEnd(from, classes, mask);
+    pos_ += at - from;
+    buffer_.MoveTo(at);
+    NextCh();
   }
 
+  // The end of the run of bytes in `mask` that starts at byte `at`.
+  [[gnu::always_inline]] std::int32_t RunEnd(std::int32_t at, const TqxByteClasses& classes,
+                                             std::uint8_t mask) const noexcept {
+    const unsigned char* bytes = buffer_.Bytes();
+    const std::int32_t end = buffer_.GetLen();
+    // Four at a time while four bytes are left, then one at a time.
+    for (; at + 4 <= end; at += 4) {
+      if ((classes[bytes[at]] & mask) == 0)
+        return at;
+      if ((classes[bytes[at + 1]] & mask) == 0)
+        return at + 1;
+      if ((classes[bytes[at + 2]] & mask) == 0)
+        return at + 2;
+      if ((classes[bytes[at + 3]] & mask) == 0)
+        return at + 3;
+    }
+    while (at < end && (classes[bytes[at]] & mask) != 0)
+      ++at;
+    return at;
+  }
+
+  // The current character's first byte as written (before folding; 13 for a line break
+  // delivered from LF, 0 at the end).
+  char OrigCh() const noexcept {
+    if (ch_ == kEndOfInput)
+      return 0;
+    if (ch_ == 10 || ch_ == 13)
+      return static_cast<char>(ch_);
+    return static_cast<char>(buffer_.Bytes()[chByte_]);
+  }
+
+  // The fields NextCh writes (the buffer's position, `ch_`, `chByte_`, `pos_`) are kept
+  // apart: when adjacent, the compiler packs their stores into vector moves that cost
+  // more than the plain stores.
   TqxBuffer buffer_;
-  std::int32_t ch_ = kEndOfInput;  // current character folded; 256 is end of input
-  char origCh_ = 0;                // current character's first byte as written
-  std::int32_t chByte_ = 0;        // byte offset of the current character
-  std::int32_t pos_ = -1;          // index of `ch_` counted in characters
   std::int32_t line_ = 1;
-  std::int32_t lineStart_ = 0;  // position of the first character of the line
+  std::int32_t ch_ = kEndOfInput;  // current character folded; 256 is end of input
+  std::int32_t lineStart_ = 0;     // position of the first character of the line
+  std::int32_t chByte_ = 0;        // byte offset of the current character
   std::int32_t pendingEols_ = 0;
+  std::int32_t pos_ = -1;  // index of `ch_` counted in characters
   TqxCharSet ignore_;
 
  public:
@@ -170,6 +231,27 @@ class TqxBaseScanner {
 
  private:
   const TqxToken& LastToken() const noexcept;
+  // A fresh chunk appended to the token list; its first slot.
+  TqxToken* NewChunk();
+
+  void SkipBlanksAndLineBreaksSlow(const TqxByteClasses& classes, std::uint8_t blankMask) noexcept;
+
+  // NextCh for a pending line break, a line break, a byte above 127 and the end.
+  void NextChSlow() noexcept;
+
+  // ASCII folded to lower case, indexed by byte; kNotPlain for 10, 13 and bytes above
+  // 127, which NextChSlow handles.
+  static constexpr std::uint8_t kNotPlain = 0xFF;
+  static constexpr std::array<std::uint8_t, 256> kPlainFold = [] {
+    std::array<std::uint8_t, 256> table{};
+    for (int b = 0; b < 256; ++b) {
+      if (b >= 128 || b == 10 || b == 13)
+        table[b] = kNotPlain;
+      else
+        table[b] = static_cast<std::uint8_t>(b >= 'A' && b <= 'Z' ? b + ('a' - 'A') : b);
+    }
+    return table;
+  }();
 
   // After a lead byte: consumes the continuation bytes of a valid UTF-8 sequence, so
   // the sequence is one character. Invalid or truncated sequences leave the byte alone.
@@ -177,6 +259,7 @@ class TqxBaseScanner {
 
   std::vector<TqxToken*> chunks_;  // the token list: raw storage, `count_` constructed
   std::int32_t count_ = 0;
+  TqxToken* slot_ = nullptr;  // where the next token goes; null when a chunk is full
 };
 
 }  // namespace qorvex

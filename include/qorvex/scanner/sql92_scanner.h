@@ -31,13 +31,14 @@ class SQL92Scanner : public TqxBaseScanner {
   void CheckLiteral(TqxToken& token) override;
   TqxToken NextToken() override;
   void InitInternal() override;
+  void ScanTokens() override;
 
  private:
   // Skips a "--" line comment starting at the current "-"; false (with the "-" current
   // again) when it is not one.
   bool Comment0();
-
-  TqxCharSet blankRun_;  // ignored characters other than line breaks
+  // NextToken's body, inlined into the scanning loop.
+  TqxToken Scan();
 };
 
 }  // namespace qorvex
