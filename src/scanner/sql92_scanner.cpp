@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <typeinfo>
 
 namespace qorvex {
 
@@ -433,6 +434,9 @@ std::int32_t SQL92Scanner::FindKeyword(std::string_view word) noexcept {
 
 void SQL92Scanner::InitInternal() {
   ignore_ = kIgnored;
+  // A derived dialect may override NextToken or CheckLiteral: it is scanned through
+  // them. This class itself scans in one inlined loop.
+  ownScan_ = typeid(*this) == typeid(SQL92Scanner);
 }
 
 void SQL92Scanner::CheckLiteral(TqxToken& token) {
@@ -476,6 +480,10 @@ TqxToken SQL92Scanner::NextToken() {
 }
 
 void SQL92Scanner::ScanTokens() {
+  if (!ownScan_) {
+    TqxBaseScanner::ScanTokens();
+    return;
+  }
   AppendTokensUpToEnd([this] { return Scan(); });
 }
 
@@ -705,7 +713,7 @@ void SQL92Scanner::ScanTokens() {
   // the token's start (a step back in Comment0 happens before a token starts).
   const std::string_view text(buffer_.View().data() + begin,
                               static_cast<std::size_t>(chByte_ - begin));
-  if (kind == tkIdentifier) {
+  if (kind == tkIdentifier && ownScan_) {
     // What CheckLiteral does, straight from the input.
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
     const auto avail = static_cast<std::size_t>(buffer_.GetLen() - begin);
@@ -716,6 +724,11 @@ void SQL92Scanner::ScanTokens() {
   // spares the string's constructor its null check.
   if (text.data() == nullptr)
     __builtin_unreachable();
+  if (kind == tkIdentifier && !ownScan_) {
+    TqxToken token{kind, pos, col, line, std::string(text), begin};
+    CheckLiteral(token);
+    return token;
+  }
   return TqxToken{kind, pos, col, line, std::string(text), begin};
 }
 

@@ -639,6 +639,29 @@ TEST(ScannerKeywords, NonReservedRange) {
   EXPECT_EQ(SQL92Scanner::FindKeyword("Unnamed"), kLastNonReservedKeyword);
 }
 
+// A dialect that derives from the SQL-92 scanner keeps its own keyword check: here "qualify"
+// becomes the keyword "select" and "select" an identifier.
+class RenamingScanner : public SQL92Scanner {
+ protected:
+  void CheckLiteral(TqxToken& token) override {
+    SQL92Scanner::CheckLiteral(token);
+    if (token.kind == tkKwSelect)
+      token.kind = tkIdentifier;
+    else if (token.val == "qualify")
+      token.kind = tkKwSelect;
+  }
+};
+
+TEST(ScannerKeywords, DerivedDialectKeywordCheckIsUsed) {
+  RenamingScanner scanner;
+  scanner.Init("qualify select from");
+  ASSERT_EQ(scanner.GetTokenCount(), 4);
+  EXPECT_EQ(scanner.GetToken(0).kind, tkKwSelect);
+  EXPECT_EQ(scanner.GetToken(1).kind, tkIdentifier);
+  EXPECT_EQ(scanner.GetToken(2).kind, tkKwFrom);
+  EXPECT_EQ(scanner.GetToken(2).col, 16);
+}
+
 // ---------------------------------------------------------------------------------------
 // Line comments
 

@@ -39,6 +39,7 @@ class SQL92Scanner : public TqxBaseScanner {
   bool Comment0();
   // NextToken's body, inlined into the scanning loop.
   TqxToken Scan();
+  bool ownScan_ = true;
 };
 
 }  // namespace qorvex
