@@ -577,7 +577,8 @@ void SQL92Parser::Entry(TqxWayList& ways, F&& calc) {
     calc(ways);
     return;
   }
-  const TqxWayList start = ways;
+  ListRef start = TakeList();
+  *start = ways;
   const std::int32_t startErr = maxErrIndex;
   exactErrors_ = false;
   calc(ways);
@@ -586,7 +587,7 @@ void SQL92Parser::Entry(TqxWayList& ways, F&& calc) {
     if (NextKind(w->tokenIndex) == tkEof)
       return;
   }
-  ways = start;
+  ways = *start;
   maxErrIndex = startErr;
   ForgetWorked();
   calc(ways);
