@@ -3,48 +3,28 @@
 // Shared body of the parse-entry fuzz targets: any exception other than EqxSQLError is a
 // failure (it propagates and libFuzzer reports it); an accepted text must survive the
 // round trip: its one-line text parses to a tree writing the same one-line text, and so
-// does its multi-line text (read with "\n" line breaks, as the tool writes it).
+// does its multi-line text (read with "\n" line breaks, as the tool writes it). The way
+// calculation must also decide as its plain form does: the same first way, or the same
+// error position.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
 
-#include "qorvex/ast/builder.h"
-#include "qorvex/ast/expressions.h"
-#include "qorvex/ast/names.h"
-#include "qorvex/ast/query.h"
+#include "parser_test_util.h"
 #include "qorvex/core/errors.h"
-#include "qorvex/scanner/sql92_scanner.h"
-#include "qorvex/syntax/sql92_syntax_provider.h"
 
 namespace qorvex::fuzz {
 
-enum class Entry { kSelect, kExpression, kLogical, kObject, kItem };
-
-inline std::unique_ptr<TastNode> Parse(TastSyntaxProvider& p, Entry e, const std::string& text) {
-  switch (e) {
-    case Entry::kSelect:
-      return p.ParseSelect(text);
-    case Entry::kExpression:
-      return p.ParseExpression(text);
-    case Entry::kLogical:
-      return p.ParseLogicalExpression(text);
-    case Entry::kObject:
-      return p.ParseObjectName(text);
-    case Entry::kItem:
-      return p.ParseSelectItem(text);
-  }
-  return nullptr;
-}
+using parsertest::CalculateWays;
+using parsertest::Entry;
+using parsertest::Parse;
+using parsertest::WayOutcome;
 
 inline std::string Write(const TastNode& node, bool multiLine) {
-  std::string text;
-  TSQLBuilderPlainText builder(&text);
-  builder.NewLineText = "\n";
-  builder.ResetBuilder();
-  node.BuildSQL(builder, multiLine);
-  return text;
+  return parsertest::Write(node, multiLine, "\n");
 }
 
 // Names are written bare whenever they look like identifiers, reserved words included
@@ -80,9 +60,25 @@ inline bool HasQuotedReservedWord(const std::string& text) {
   std::abort();
 }
 
+// The plain way calculation follows every reading without reuse, which is exponential in
+// the bracket nesting: it is compared only on texts with few brackets.
+inline void CompareWithPlainWayCalc(const std::string& text, Entry entry) {
+  if (std::count(text.begin(), text.end(), '(') > 6)
+    return;
+  const WayOutcome fast = CalculateWays(text, entry, false);
+  const WayOutcome plain = CalculateWays(text, entry, true);
+  if (!(fast == plain)) {
+    Fail("the way calculation decided otherwise than its plain form", text,
+         "complete " + std::to_string(fast.complete) + "/" + std::to_string(plain.complete) +
+             ", error index " + std::to_string(fast.maxErrIndex) + "/" +
+             std::to_string(plain.maxErrIndex));
+  }
+}
+
 inline int Run(const std::uint8_t* data, std::size_t size, Entry entry) {
   static TastSQL92SyntaxProvider provider;
   const std::string text(reinterpret_cast<const char*>(data), size);
+  CompareWithPlainWayCalc(text, entry);
   std::unique_ptr<TastNode> tree;
   try {
     tree = Parse(provider, entry, text);
