@@ -4,6 +4,7 @@
 // same order.
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 #include "parser/sql92_grammar.h"
 #include "qorvex/parser/sql92_first_sets.h"
@@ -94,6 +95,8 @@ namespace {
 // Work lists outlive a parse only as empty buffers kept per thread, so that a parse of a
 // short statement does not allocate its lists anew.
 thread_local std::vector<std::unique_ptr<TqxWayList>> spareLists;
+thread_local std::vector<std::int32_t> spareWorkedIndex;
+constexpr std::size_t kSpareWorkedIndex = 1 << 16;
 constexpr std::size_t kSpareLists = 64;
 constexpr std::size_t kSpareCapacity = 1024;
 }  // namespace
@@ -101,9 +104,13 @@ constexpr std::size_t kSpareCapacity = 1024;
 SQL92Parser::SQL92Parser(TqxBaseScanner* scanner, TastSyntaxProvider* provider)
     : TqxBaseParser(scanner, provider) {
   pool_.swap(spareLists);
+  workedIndex_.swap(spareWorkedIndex);
+  workedIndex_.clear();
 }
 
 SQL92Parser::~SQL92Parser() {
+  if (workedIndex_.capacity() <= kSpareWorkedIndex && spareWorkedIndex.capacity() == 0)
+    workedIndex_.swap(spareWorkedIndex);
   if (!spareLists.empty())
     return;
   if (pool_.size() > kSpareLists)
@@ -130,7 +137,7 @@ void SQL92Parser::Reuse(int production, TqxWayList& ways, F&& calc) {
   TqxWayPoint* start = ways.front();
   const auto row = static_cast<std::size_t>(TokenCount()) + 1;
   if (workedIndex_.empty())
-    workedIndex_.assign(row * kWorkedProductions, 0);
+    workedIndex_.resize(row * kWorkedProductions);  // all zero: nothing worked out yet
   const auto column = static_cast<std::size_t>(start->tokenIndex + 1);
   if (column >= row) {
     calc(ways);
@@ -594,7 +601,7 @@ void SQL92Parser::Entry(TqxWayList& ways, F&& calc) {
 }
 
 void SQL92Parser::ForgetWorked() {
-  std::fill(workedIndex_.begin(), workedIndex_.end(), 0);
+  std::memset(workedIndex_.data(), 0, workedIndex_.size() * sizeof(std::int32_t));
   worked_.clear();
   workedLeaves_.clear();
   workedEnds_.clear();
