@@ -1,7 +1,11 @@
 #include "qorvex/parser/base_parser.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <new>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace qorvex {
@@ -10,65 +14,102 @@ QX_DEFINE_ABSTRACT_ROOT_CLASS(TqxBaseParser)
 
 // ---- way points -------------------------------------------------------------------
 
+// Children are made after their parent and descendants after their ancestors, so the
+// downward walks read the arena forward from the point; removed points are leaves.
 std::int32_t TqxWayPoint::GetChildCount() const {
   std::int32_t n = 0;
-  for (const TqxWayPoint* c = firstChild_; c != nullptr; c = c->nextSibling_)
-    ++n;
+  TqxWayArena::Of(this).ForEachAfter(this, [&](const TqxWayPoint* p) {
+    n += p->parent == this && !p->IsRemoved();
+    return true;
+  });
   return n;
 }
 
-// Both walks are iterative: a way tree is as deep as the text is long.
+TqxWayPoint* TqxWayPoint::GetFirstChild() const {
+  TqxWayPoint* found = nullptr;
+  TqxWayArena::Of(this).ForEachAfter(this, [&](const TqxWayPoint* p) {
+    if (p->parent != this || p->IsRemoved())
+      return true;
+    found = const_cast<TqxWayPoint*>(p);
+    return false;
+  });
+  return found;
+}
+
+TqxWayPoint* TqxWayPoint::GetNextSibling() const {
+  if (parent == nullptr)
+    return nullptr;
+  TqxWayPoint* found = nullptr;
+  TqxWayArena::Of(this).ForEachAfter(this, [&](const TqxWayPoint* p) {
+    if (p->parent != parent || p->IsRemoved())
+      return true;
+    found = const_cast<TqxWayPoint*>(p);
+    return false;
+  });
+  return found;
+}
+
 std::int32_t TqxWayPoint::GetCount() const {
   std::int32_t n = 0;
-  std::vector<const TqxWayPoint*> stack{this};
-  while (!stack.empty()) {
-    const TqxWayPoint* p = stack.back();
-    stack.pop_back();
-    for (const TqxWayPoint* c = p->firstChild_; c != nullptr; c = c->nextSibling_) {
+  std::unordered_set<const TqxWayPoint*> below{this};
+  TqxWayArena::Of(this).ForEachAfter(this, [&](const TqxWayPoint* p) {
+    if (!p->IsRemoved() && below.count(p->parent) != 0) {
+      below.insert(p);
       ++n;
-      stack.push_back(c);
     }
-  }
+    return true;
+  });
   return n;
 }
 
 std::int32_t TqxWayPoint::GetDepth() const {
-  std::int32_t best = 0;
-  std::vector<std::pair<const TqxWayPoint*, std::int32_t>> stack{{this, 1}};
-  while (!stack.empty()) {
-    auto [p, d] = stack.back();
-    stack.pop_back();
-    best = std::max(best, d);
-    for (const TqxWayPoint* c = p->firstChild_; c != nullptr; c = c->nextSibling_)
-      stack.emplace_back(c, d + 1);
-  }
+  std::int32_t best = 1;
+  std::unordered_map<const TqxWayPoint*, std::int32_t> depth{{this, 1}};
+  TqxWayArena::Of(this).ForEachAfter(this, [&](const TqxWayPoint* p) {
+    if (p->IsRemoved())
+      return true;
+    if (auto it = depth.find(p->parent); it != depth.end()) {
+      const std::int32_t d = it->second + 1;
+      depth.emplace(p, d);
+      best = std::max(best, d);
+    }
+    return true;
+  });
   return best;
 }
 
 void TqxWayPoint::RemoveFromParent() {
-  if (parent == nullptr)
-    return;
-  if (prevSibling_ != nullptr)
-    prevSibling_->nextSibling_ = nextSibling_;
-  else if (parent->firstChild_ == this)
-    parent->firstChild_ = nextSibling_;
-  if (nextSibling_ != nullptr)
-    nextSibling_->prevSibling_ = prevSibling_;
-  else if (parent->lastChild_ == this)
-    parent->lastChild_ = prevSibling_;
-  prevSibling_ = nextSibling_ = nullptr;
-  // `parent` stays: a reused stretch of way may still be read through this point.
+  if (parent != nullptr)
+    tokenIndex = kRemoved;
 }
 
-// Blocks double in size from 1,024 way points (a typical statement fits the first), up
-// to 65,536. Way points have trivial destructors: blocks are freed as raw memory.
+// Blocks hold a header in their first slot and are aligned to their size, so a point's
+// block, and from there its arena, follows from the point's address. Way points have
+// trivial destructors: blocks are freed as raw memory.
 namespace {
-constexpr std::size_t kFirstBlock = 1024;
-constexpr std::size_t kLargestBlock = 65536;
+struct BlockHeader {
+  const TqxWayArena* arena;
+};
+static_assert(sizeof(BlockHeader) <= sizeof(TqxWayPoint));
+constexpr std::align_val_t kBlockAlign{TqxWayArena::kBlockBytes};
+
+void* NewBlock() {
+  return ::operator new(TqxWayArena::kBlockBytes, kBlockAlign);
+}
+void FreeBlock(void* block) {
+  ::operator delete(block, kBlockAlign);
+}
+void* BlockOf(const void* point) {
+  return reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(point) &
+                                 ~(std::uintptr_t{TqxWayArena::kBlockBytes} - 1));
+}
 
 struct SpareBlock {
-  TqxWayPoint* block = nullptr;
-  ~SpareBlock() { ::operator delete(static_cast<void*>(block)); }
+  void* block = nullptr;
+  ~SpareBlock() {
+    if (block != nullptr)
+      FreeBlock(block);
+  }
 };
 thread_local SpareBlock spareBlock;
 
@@ -77,29 +118,30 @@ thread_local std::vector<std::int32_t> spareKinds;
 thread_local std::vector<const TqxWayPoint*> spareWay;
 }  // namespace
 
+const TqxWayArena& TqxWayArena::Of(const TqxWayPoint* point) {
+  return *static_cast<const BlockHeader*>(BlockOf(point))->arena;
+}
+
 TqxWayArena::~TqxWayArena() {
   for (std::size_t i = 0; i < blocks_.size(); ++i) {
+    void* block = BlockOf(blocks_[i]);
     if (i == 0 && spareBlock.block == nullptr)
-      spareBlock.block = blocks_[0];
+      spareBlock.block = block;
     else
-      ::operator delete(static_cast<void*>(blocks_[i]));
+      FreeBlock(block);
   }
 }
 
 void TqxWayArena::Grow() {
-  capacity_ = capacity_ == 0 ? kFirstBlock : std::min(capacity_ * 2, kLargestBlock);
-  if (capacity_ == kFirstBlock && spareBlock.block != nullptr) {
-    current_ = spareBlock.block;
+  blocks_.reserve(blocks_.size() + 1);
+  void* block = spareBlock.block;
+  if (block != nullptr && blocks_.empty())
     spareBlock.block = nullptr;
-  } else {
-    current_ = static_cast<TqxWayPoint*>(::operator new(capacity_ * sizeof(TqxWayPoint)));
-  }
-  try {
-    blocks_.push_back(current_);
-  } catch (...) {
-    ::operator delete(static_cast<void*>(current_));
-    throw;
-  }
+  else
+    block = NewBlock();
+  ::new (block) BlockHeader{this};
+  current_ = static_cast<TqxWayPoint*>(block) + 1;
+  blocks_.push_back(current_);
   used_ = 0;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -31,6 +32,10 @@ class TSQLSelectItem;
 // A way point may stand for a whole stretch of another way (`link` up to, not including,
 // `linkBase`): the way calculation uses this to reuse the reading of a part that it has
 // already worked out at the same token. Such a point carries no decision of its own.
+//
+// A point knows only its parent: the way calculation makes hundreds of points per
+// statement and only ever walks up. The tree's downward view (children, counts, depth) is
+// worked out from the arena when asked for.
 class TqxWayPoint {
  public:
   TqxWayPoint* parent = nullptr;
@@ -45,21 +50,26 @@ class TqxWayPoint {
   std::int32_t GetDepth() const;
 
   std::int32_t GetChildCount() const;
-  TqxWayPoint* GetFirstChild() const { return firstChild_; }
-  TqxWayPoint* GetNextSibling() const { return nextSibling_; }
-  // Takes this point (and its subtree) out of its parent's children.
+  // The children in the order they were made.
+  TqxWayPoint* GetFirstChild() const;
+  TqxWayPoint* GetNextSibling() const;
+  // Takes this point out of its parent's children (only a leaf is ever removed: a way
+  // that failed). Its parent and decision stay, as a reused stretch of way may still be
+  // read through it.
   void RemoveFromParent();
+  bool IsRemoved() const { return tokenIndex == kRemoved; }
 
  private:
   friend class TqxWayArena;
-  TqxWayPoint* firstChild_ = nullptr;
-  TqxWayPoint* lastChild_ = nullptr;
-  TqxWayPoint* prevSibling_ = nullptr;
-  TqxWayPoint* nextSibling_ = nullptr;
+  static constexpr std::int32_t kRemoved = INT32_MIN;
+  TqxWayPoint(TqxWayPoint* parent, std::int32_t tokenIndex, std::int32_t decision)
+      : parent(parent), tokenIndex(tokenIndex), decision(decision) {}
 };
 
-// Allocates way points in blocks and frees them all at once. The first block of a
-// thread's arenas is kept for the thread's next arena, so a short parse allocates none.
+// Allocates way points in blocks of equal size, aligned to their size so that a point
+// finds its arena through the block it lies in, and frees them all at once. The first
+// block of a thread's arenas is kept for the thread's next arena, so a short parse
+// allocates none.
 class TqxWayArena {
  public:
   TqxWayArena() = default;
@@ -70,34 +80,53 @@ class TqxWayArena {
   // A new way point; with a parent it becomes the parent's last child and starts at the
   // parent's token index, without one it starts at -1.
   TqxWayPoint* New(TqxWayPoint* parent, std::int32_t decision = 0) {
-    if (used_ == capacity_) [[unlikely]]
+    if (used_ == kBlockPoints) [[unlikely]]
       Grow();
-    TqxWayPoint* w = new (current_ + used_++) TqxWayPoint();
     ++size_;
-    w->decision = decision;
-    if (parent != nullptr) {
-      w->parent = parent;
-      w->tokenIndex = parent->tokenIndex;
-      w->prevSibling_ = parent->lastChild_;
-      if (parent->lastChild_ != nullptr)
-        parent->lastChild_->nextSibling_ = w;
-      else
-        parent->firstChild_ = w;
-      parent->lastChild_ = w;
-    }
-    return w;
+    return new (current_ + used_++)
+        TqxWayPoint(parent, parent != nullptr ? parent->tokenIndex : -1, decision);
   }
   // Number of way points made so far.
   std::size_t Size() const { return size_; }
 
+  // The arena that made `point`.
+  static const TqxWayArena& Of(const TqxWayPoint* point);
+  // Calls `visit` on every point made after `point`, in the order they were made, until
+  // it returns false.
+  template <class Visit>
+  void ForEachAfter(const TqxWayPoint* point, Visit visit) const;
+
+  static constexpr std::size_t kBlockBytes = 64 * 1024;
+  // Slot 0 of a block holds its header.
+  static constexpr std::size_t kBlockPoints = kBlockBytes / sizeof(TqxWayPoint) - 1;
+
  private:
   void Grow();
-  std::vector<TqxWayPoint*> blocks_;
+  std::vector<TqxWayPoint*> blocks_;  // the first point of each block
   TqxWayPoint* current_ = nullptr;
-  std::size_t used_ = 0;
-  std::size_t capacity_ = 0;
+  std::size_t used_ = kBlockPoints;
   std::size_t size_ = 0;
 };
+
+template <class Visit>
+void TqxWayArena::ForEachAfter(const TqxWayPoint* point, Visit visit) const {
+  bool after = false;
+  for (std::size_t b = 0; b < blocks_.size(); ++b) {
+    const TqxWayPoint* first = blocks_[b];
+    const std::size_t count = b + 1 == blocks_.size() ? used_ : kBlockPoints;
+    std::size_t i = 0;
+    if (!after) {
+      if (point < first || point >= first + count)
+        continue;
+      i = static_cast<std::size_t>(point - first) + 1;
+      after = true;
+    }
+    for (; i < count; ++i) {
+      if (!visit(first + i))
+        return;
+    }
+  }
+}
 
 // A list of ways, each given by its leaf. The list does not own its way points.
 using TqxWayList = std::vector<TqxWayPoint*>;
