@@ -135,18 +135,15 @@ TEST_F(ModelEditingTest, BuildingAJoinQueryStepByStep) {
   EXPECT_EQ(link->GetLeftType(), ctOuter);
   Step([&] { customers->SetAlias("c"); },
        "SELECT c.name, orders.total FROM customers c LEFT JOIN  orders ON c.id=orders.customer_id "
-       "WHERE "
-       "orders.total>100 Or c.name like 'B%'");
+       "WHERE orders.total>100 Or c.name like 'B%'");
   Step([&] { list->GetItems(0)->SetSortTypeName("Descending"); },
        "SELECT c.name, orders.total FROM customers c LEFT JOIN  orders ON c.id=orders.customer_id "
-       "WHERE "
-       "orders.total>100 Or c.name like 'B%' ORDER BY c.name DESC");
+       "WHERE orders.total>100 Or c.name like 'B%' ORDER BY c.name DESC");
   EXPECT_EQ(Run(), 2);
 
   Step([&] { q->RemoveLink(link); },
        "SELECT c.name, orders.total FROM customers c CROSS JOIN  orders WHERE orders.total>100 Or "
-       "c.name "
-       "like 'B%' ORDER BY c.name DESC");
+       "c.name like 'B%' ORDER BY c.name DESC");
   EXPECT_EQ(Run(), 5);
   Step([&] { q->RemoveDatasource(orders); },
        "SELECT c.name FROM customers c WHERE c.name like 'B%' ORDER BY c.name DESC");
@@ -160,24 +157,20 @@ TEST_F(ModelEditingTest, ATableWithTwoForeignKeysLinksToBoth) {
   TqxDataSourceObject* items = nullptr;
   Step([&] { items = q->AddObjectWithFK("order_items", "oi"); },
        "SELECT FROM orders CROSS JOIN  products INNER JOIN  order_items oi ON "
-       "orders.id=oi.order_id And "
-       "products.id=oi.product_id");
+       "orders.id=oi.order_id And products.id=oi.product_id");
   EXPECT_EQ(items->GetJoinsCount(), 2);
   Step([&] { q->GetSelectList()->AddExpression("Sum(oi.qty)"); },
        "SELECT Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items oi ON "
        "orders.id=oi.order_id And products.id=oi.product_id");
   Step([&] { q->GetSelectList()->InsertField(0, q->GetDatasources()[1], "name"); },
        "SELECT products.name, Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items "
-       "oi ON "
-       "orders.id=oi.order_id And products.id=oi.product_id");
+       "oi ON orders.id=oi.order_id And products.id=oi.product_id");
   Step([&] { q->GetSelectList()->GetItems(0)->SetGroupByTypeName("Group By"); },
        "SELECT products.name, Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items "
-       "oi ON "
-       "orders.id=oi.order_id And products.id=oi.product_id GROUP BY products.name");
+       "oi ON orders.id=oi.order_id And products.id=oi.product_id GROUP BY products.name");
   Step([&] { q->GetSelectList()->GetItems(1)->SetCondition(0, "> 5"); },
        "SELECT products.name, Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items "
-       "oi ON "
-       "orders.id=oi.order_id And products.id=oi.product_id GROUP BY products.name HAVING "
+       "oi ON orders.id=oi.order_id And products.id=oi.product_id GROUP BY products.name HAVING "
        "Sum(oi.qty)>5");
   EXPECT_EQ(Run(), 1);
 }
@@ -186,45 +179,27 @@ TEST_F(ModelEditingTest, AddingAndBracketingUnionOperands) {
   builder_.SetSQL("SELECT c.name FROM customers c WHERE c.city = 'Oslo'");
   builder_.ProcessMessages();
   TqxUnionGroup* top = builder_.GetQuery()->GetUnionGroup();
+  const std::string oslo = "SELECT c.name FROM customers c WHERE c.city='Oslo' ";
+  const std::string tea = "Union SELECT products.name FROM products";
   TqxUnionSubQuery* second = nullptr;
-  Step([&] { second = top->Add(); },
-       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT");
+  Step([&] { second = top->Add(); }, oslo + "Union SELECT");
   TqxDataSourceObject* products = nullptr;
-  Step([&] { products = second->AddObject("products"); },
-       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT FROM products");
-  Step([&] { second->GetSelectList()->AddField(products, "name"); },
-       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT products.name FROM "
-       "products");
+  Step([&] { products = second->AddObject("products"); }, oslo + "Union SELECT FROM products");
+  Step([&] { second->GetSelectList()->AddField(products, "name"); }, oslo + tea);
   EXPECT_EQ(Run(), 4);
   TqxUnionSubQuery* third = nullptr;
-  Step([&] { third = top->Add(); },
-       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT products.name FROM "
-       "products Union "
-       "SELECT");
+  Step([&] { third = top->Add(); }, oslo + tea + " Union SELECT");
   Step([&] { third->GetSelectList()->AddExpression("'none'"); },
-       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT products.name FROM "
-       "products Union "
-       "SELECT 'none'");
-  Step([&] { third->SetUnionOperatorEvent("union all"); },
-       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT products.name FROM "
-       "products Union All "
-       "SELECT 'none'");
+       oslo + tea + " Union SELECT 'none'");
+  Step([&] { third->SetUnionOperatorEvent("union all"); }, oslo + tea + " Union All SELECT 'none'");
   EXPECT_EQ(Run(), 5);
   TqxUnionGroup* group = nullptr;
   Step([&] { group = top->EncloseWithBrackets(second); },
-       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union (SELECT products.name FROM "
-       "products) Union "
-       "All SELECT 'none'");
+       oslo + "Union (SELECT products.name FROM products) Union All SELECT 'none'");
   Step([&] { group->AddToEnd(third); },
-       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union (SELECT products.name FROM "
-       "products Union All "
-       "SELECT 'none')");
-  Step([&] { group->RemoveBrackets(); },
-       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union SELECT products.name FROM "
-       "products Union All "
-       "SELECT 'none'");
-  Step([&] { top->Remove(second); },
-       "SELECT c.name FROM customers c WHERE c.city='Oslo' Union All SELECT 'none'");
+       oslo + "Union (SELECT products.name FROM products Union All SELECT 'none')");
+  Step([&] { group->RemoveBrackets(); }, oslo + tea + " Union All SELECT 'none'");
+  Step([&] { top->Remove(second); }, oslo + "Union All SELECT 'none'");
   EXPECT_EQ(Run(), 3);
 }
 

@@ -1,19 +1,15 @@
 // The `meta` command of qorvex-sql on SQLite files, natively and through ODBC.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
 #include <string>
 
 #include "db_fixture.h"
+#include "tool_runner.h"
 
 namespace qorvex::dbtest {
 namespace {
 
-struct Result {
-  int status = -1;
-  std::string out;
-};
+using tooltest::ToolRun;
 
 std::string Quote(const std::string& s) {
   std::string q = "'";
@@ -22,19 +18,8 @@ std::string Quote(const std::string& s) {
   return q + "'";
 }
 
-// Runs the tool with `args` (already quoted), standard error discarded.
-Result Tool(const std::string& args) {
-  Result r;
-  FILE* pipe = popen((std::string(QORVEX_TOOL) + " " + args + " 2>/dev/null").c_str(), "r");
-  if (pipe == nullptr)
-    return r;
-  char buffer[4096];
-  size_t n;
-  while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0)
-    r.out.append(buffer, n);
-  int status = pclose(pipe);
-  r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return r;
+ToolRun Tool(const std::string& args) {
+  return tooltest::RunTool(args);
 }
 
 class ToolMetaTest : public ::testing::Test {
@@ -62,7 +47,7 @@ TEST_F(ToolMetaTest, AnswersEachQuestionOneItemPerLine) {
   EXPECT_EQ(Tool(Sqlite() + "views").out, "big_orders\n");
   EXPECT_EQ(Tool(Sqlite() + "fields " + Quote("select * from big_orders b, customer")).out,
             "no\ncust\nline\nid\nname\n");
-  Result relations = Tool(Sqlite() + "relations orders");
+  ToolRun relations = Tool(Sqlite() + "relations orders");
   EXPECT_EQ(relations.status, 0);
   EXPECT_EQ(relations.out,
             "shipment(order_no,order_line) -> orders(no,line)\n"

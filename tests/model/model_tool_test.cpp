@@ -1,66 +1,32 @@
 // The `model` command of qorvex-sql, run as a program.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
+#include "tool_runner.h"
+
+namespace qorvex::tooltest {
 namespace {
 
-struct ToolRun {
-  int status;
-  std::string out;
-  std::string err;
-};
+// The tool's model command on `input` given as a file.
+ToolRun Model(const std::string& args, const std::string& input) {
+  ToolFiles files;
+  return RunTool("model " + args + " " + files.Write(input));
+}
 
-class ModelTool : public ::testing::Test {
- protected:
-  void SetUp() override {
-    dir_ = std::filesystem::temp_directory_path() /
-           ("qorvex-model-" + std::to_string(::getpid()) + "-" +
-            ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    std::filesystem::create_directories(dir_);
-  }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
-
-  ToolRun Run(const std::string& args, const std::string& input) {
-    const std::filesystem::path in = dir_ / "input.sql";
-    std::ofstream(in, std::ios::binary) << input;
-    const std::string command = std::string(QORVEX_TOOL) + " model " + args + " " + in.string() +
-                                " 2>" + (dir_ / "err.txt").string();
-    FILE* pipe = ::popen(command.c_str(), "r");
-    EXPECT_NE(pipe, nullptr);
-    std::string out;
-    char chunk[4096];
-    while (std::size_t n = std::fread(chunk, 1, sizeof chunk, pipe))
-      out.append(chunk, n);
-    const int status = ::pclose(pipe);
-    std::ifstream err(dir_ / "err.txt");
-    std::stringstream ss;
-    ss << err.rdbuf();
-    return ToolRun{WIFEXITED(status) ? WEXITSTATUS(status) : -1, out, ss.str()};
-  }
-
-  std::filesystem::path dir_;
-};
-
-TEST_F(ModelTool, RegeneratesEachStatementAsFormatDoes) {
-  const ToolRun run = Run("", "select a.x from a where a.x > 1 or a.y = 2;\nselect 1");
+TEST(ModelTool, RegeneratesEachStatementAsFormatDoes) {
+  const ToolRun run = Model("", "select a.x from a where a.x > 1 or a.y = 2;\nselect 1");
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.out, "SELECT a.x\nFROM a\nWHERE a.x>1 Or a.y=2\n;\nSELECT 1\n");
-  const ToolRun oneLine = Run("--one-line", "select a.x from a join b on b.id = a.id");
+  const ToolRun oneLine = Model("--one-line", "select a.x from a join b on b.id = a.id");
   EXPECT_EQ(oneLine.out, "SELECT a.x FROM a INNER JOIN  b ON b.id=a.id\n");
 }
 
-TEST_F(ModelTool, SummaryShowsTheModel) {
+TEST(ModelTool, SummaryShowsTheModel) {
   const ToolRun run =
-      Run("--one-line --summary",
-          "select a.x as ax, count(*) from a left join b on a.id = b.aid and b.k = 1 "
-          "where a.x > 1 or a.y = 2 group by a.x order by ax desc");
+      Model("--one-line --summary",
+            "select a.x as ax, count(*) from a left join b on a.id = b.aid and b.k = 1 "
+            "where a.x > 1 or a.y = 2 group by a.x order by ax desc");
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(
       run.out,
@@ -85,14 +51,15 @@ TEST_F(ModelTool, SummaryShowsTheModel) {
       "criteria [\"\", \"=2\"]\n");
 }
 
-TEST_F(ModelTool, RejectedStatementsAndMisuse) {
-  const ToolRun run = Run("", "select a.x from a;\nselect from where x");
+TEST(ModelTool, RejectedStatementsAndMisuse) {
+  const ToolRun run = Model("", "select a.x from a;\nselect from where x");
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.out, "SELECT a.x\nFROM a\n");
   EXPECT_NE(run.err.find(":2:"), std::string::npos) << run.err;
   EXPECT_NE(run.err.find("Bad SELECT statement"), std::string::npos) << run.err;
-  EXPECT_EQ(Run("--no-such-option", "select 1").status, 2);
-  EXPECT_EQ(Run("--sqlite a.db --odbc DSN=x", "select 1").status, 2);
+  EXPECT_EQ(Model("--no-such-option", "select 1").status, 2);
+  EXPECT_EQ(Model("--sqlite a.db --odbc DSN=x", "select 1").status, 2);
 }
 
 }  // namespace
+}  // namespace qorvex::tooltest

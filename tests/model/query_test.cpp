@@ -293,26 +293,9 @@ TEST_F(QueryTest, SubQueriesAreModelsOfTheirOwn) {
   EXPECT_EQ(Builder.GetSubQueriesCount(), 2);
 }
 
-TEST_F(QueryTest, PropertiesStartWithTheirDefaults) {
+TEST_F(QueryTest, GridSizeCheckAndTabHeaderEvent) {
   TqxBaseQueryBuilder builder;
-  EXPECT_EQ(builder.GetSyntaxProvider(), nullptr);
-  EXPECT_EQ(builder.GetMetadataProvider(), nullptr);
-  EXPECT_TRUE(builder.GetSnapToGrid());
-  EXPECT_EQ(builder.GetGridSize(), 2);
-  EXPECT_EQ(builder.GetUnionNavBarPos(), unbTopRight);
-  EXPECT_EQ(builder.GetBorderWidth(), 0);
-  EXPECT_EQ(builder.GetBorderStyle(), qbbs3D);
-  EXPECT_EQ(builder.GetBorderColor(), 0x000080u);
-  EXPECT_EQ(builder.GetSplitterHeight(), 3);
-  EXPECT_EQ(builder.GetTableColor(), clWindow);
-  EXPECT_EQ(builder.GetBkColor(), 0xFFFFFFu);
-  EXPECT_FALSE(builder.GetTabHotTrack());
-  EXPECT_EQ(builder.GetTabStyle(), tsTabs);
-  EXPECT_EQ(builder.GetDefColumnsPaneHeight(), 0);
-  EXPECT_EQ(builder.GetAddObjectFormOptions().Width, 294);
-  EXPECT_EQ(builder.GetAddObjectFormOptions().ImageIndexTables, -1);
   EXPECT_THROW(builder.SetGridSize(-1), EqxError);
-  std::string caption;
   builder.OnGetTabHeaderText = [](TqxBaseQueryBuilder*, TqxSubQuery*, std::string& ACaption) {
     ACaption = "Top";
   };

@@ -2,10 +2,10 @@
 // way-calculation operations, the error collector and the command-line parse commands.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <random>
 
 #include "parser_test_util.h"
+#include "tool_runner.h"
 
 namespace qorvex::parsertest {
 namespace {
@@ -442,32 +442,14 @@ TEST(ParserErrorsCollector, FormatsMessages) {
 
 // ---- command-line tool ----------------------------------------------------------------
 
-struct ToolRun {
-  int status;
-  std::string out;
-};
-
-ToolRun RunTool(const std::string& args, const std::string& input) {
-  char path[] = "/tmp/qorvex_parser_testXXXXXX";
-  const int fd = mkstemp(path);
-  FILE* f = fdopen(fd, "w");
-  std::fputs(input.c_str(), f);
-  std::fclose(f);
-  const std::string cmd = std::string(QORVEX_TOOL) + " " + args + " < " + path + " 2>&1";
-  FILE* p = popen(cmd.c_str(), "r");
-  std::string out;
-  char buf[4096];
-  while (std::size_t n = std::fread(buf, 1, sizeof buf, p))
-    out.append(buf, n);
-  const int status = pclose(p);
-  std::remove(path);
-  return {WEXITSTATUS(status), out};
-}
+using tooltest::RunTool;
+using tooltest::ToolRun;
 
 TEST(Tool, CheckReportsRejectedStatementsWithInputPositions) {
   const ToolRun r = RunTool("check", "select a from t;\nselect b\n  from u where;\nselect c");
   EXPECT_EQ(r.status, 1);
-  EXPECT_EQ(r.out, "<stdin>:3:10: error: Bad SELECT statement near \"where\"\n");
+  EXPECT_EQ(r.out, "");
+  EXPECT_EQ(r.err, "<stdin>:3:10: error: Bad SELECT statement near \"where\"\n");
   EXPECT_EQ(RunTool("check", "select 1; select 2").status, 0);
 }
 
@@ -486,7 +468,7 @@ TEST(Tool, FormatWritesStatementsSeparatedBySemicolonLines) {
 
 TEST(Tool, OtherEntriesAndTree) {
   EXPECT_EQ(RunTool("expr", "a + 1; (b)").out, "a+1\n;\n(b)\n");
-  EXPECT_EQ(RunTool("logical", "a > 1 and not b").out,
+  EXPECT_EQ(RunTool("logical", "a > 1 and not b").err,
             "<stdin>:1:16: error: Bad logical expression near \"EOF\"\n");
   EXPECT_EQ(RunTool("object", "db..t").out, "db..t\n");
   EXPECT_EQ(RunTool("item", "x = 1").out, "x=1\n");

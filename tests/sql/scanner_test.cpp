@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <set>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -403,159 +404,41 @@ TEST(ScannerOperators, EveryStartCharacter) {
 // Keywords
 
 struct KeywordEntry {
-  const char* word;
+  std::string word;
   int kind;
 };
-const KeywordEntry kExpectedKeywords[] = {
-    {"order", 10},
-    {"by", 11},
-    {"asc", 13},
-    {"desc", 14},
-    {"union", 15},
-    {"except", 16},
-    {"intersect", 17},
-    {"all", 18},
-    {"where", 21},
-    {"having", 22},
-    {"select", 23},
-    {"distinct", 24},
-    {"group", 25},
-    {"as", 29},
-    {"from", 30},
-    {"cross", 31},
-    {"join", 32},
-    {"inner", 33},
-    {"left", 34},
-    {"right", 35},
-    {"full", 36},
-    {"outer", 37},
-    {"on", 38},
-    {"or", 39},
-    {"and", 40},
-    {"not", 41},
-    {"is", 42},
-    {"null", 43},
-    {"like", 44},
-    {"escape", 45},
-    {"between", 46},
-    {"in", 47},
-    {"exists", 48},
-    {"some", 49},
-    {"any", 50},
-    {"current_timestamp", 56},
-    {"current_user", 57},
-    {"session_user", 58},
-    {"system_user", 59},
-    {"case", 60},
-    {"when", 61},
-    {"then", 62},
-    {"else", 63},
-    {"end", 64},
-    {"bigint", 66},
-    {"int8", 67},
-    {"bigserial", 68},
-    {"serial8", 69},
-    {"bit", 70},
-    {"varbit", 71},
-    {"varchar", 72},
-    {"character", 73},
-    {"char", 74},
-    {"interval", 75},
-    {"numeric", 76},
-    {"decimal", 77},
-    {"boolean", 78},
-    {"bool", 79},
-    {"box", 80},
-    {"bytea", 81},
-    {"cidr", 82},
-    {"circle", 83},
-    {"date", 84},
-    {"double", 85},
-    {"precision", 86},
-    {"float8", 87},
-    {"inet", 88},
-    {"integer", 89},
-    {"int", 90},
-    {"int4", 91},
-    {"line", 92},
-    {"lseg", 93},
-    {"macaddr", 94},
-    {"money", 95},
-    {"path", 96},
-    {"point", 97},
-    {"polygon", 98},
-    {"real", 99},
-    {"float4", 100},
-    {"smallint", 101},
-    {"int2", 102},
-    {"serial", 103},
-    {"serial4", 104},
-    {"text", 105},
-    {"time", 106},
-    {"timetz", 107},
-    {"timestamp", 108},
-    {"timestamptz", 109},
-    {"varying", 110},
-    {"without", 111},
-    {"zone", 112},
-    {"with", 113},
-    {"avg", 114},
-    {"max", 115},
-    {"min", 116},
-    {"sum", 117},
-    {"count", 118},
-    {"cast", 119},
-    {"ada", 120},
-    {"c", 121},
-    {"catalog_name", 122},
-    {"character_set_catalog", 123},
-    {"character_set_name", 124},
-    {"character_set_schema", 125},
-    {"class_origin", 126},
-    {"cobol", 127},
-    {"collation_catalog", 128},
-    {"collation_name", 129},
-    {"collation_schema", 130},
-    {"column_name", 131},
-    {"command_function", 132},
-    {"committed", 133},
-    {"condition_number", 134},
-    {"connection_name", 135},
-    {"constraint_catalog", 136},
-    {"constraint_name", 137},
-    {"constraint_schema", 138},
-    {"cursor_name", 139},
-    {"data", 140},
-    {"datetime_interval_code", 141},
-    {"datetime_interval_precision", 142},
-    {"dynamic_function", 143},
-    {"fortran", 144},
-    {"length", 145},
-    {"message_length", 146},
-    {"message_octet_length", 147},
-    {"message_text", 148},
-    {"more", 149},
-    {"mumps", 150},
-    {"name", 151},
-    {"nullable", 152},
-    {"number", 153},
-    {"pascal", 154},
-    {"pli", 155},
-    {"repeatable", 156},
-    {"returned_length", 157},
-    {"returned_octet_length", 158},
-    {"returned_sqlstate", 159},
-    {"row_count", 160},
-    {"scale", 161},
-    {"schema_name", 162},
-    {"serializable", 163},
-    {"server_name", 164},
-    {"subclass_origin", 165},
-    {"table_name", 166},
-    {"type", 167},
-    {"uncommitted", 168},
-    {"unnamed", 169},
-};
+// The keywords in table order; their kinds are the numbers 10..169 that are not
+// punctuation, ascending.
+std::vector<KeywordEntry> ExpectedKeywords() {
+  std::istringstream words(
+      "order by asc desc union except intersect all where having select distinct group as "
+      "from cross join inner left right full outer on or and not is null like escape "
+      "between in exists some any current_timestamp current_user session_user system_user "
+      "case when then else end bigint int8 bigserial serial8 bit varbit varchar character "
+      "char interval numeric decimal boolean bool box bytea cidr circle date double "
+      "precision float8 inet integer int int4 line lseg macaddr money path point polygon "
+      "real float4 smallint int2 serial serial4 text time timetz timestamp timestamptz "
+      "varying without zone with avg max min sum count cast ada c catalog_name "
+      "character_set_catalog character_set_name character_set_schema class_origin cobol "
+      "collation_catalog collation_name collation_schema column_name command_function "
+      "committed condition_number connection_name constraint_catalog constraint_name "
+      "constraint_schema cursor_name data datetime_interval_code "
+      "datetime_interval_precision dynamic_function fortran length message_length "
+      "message_octet_length message_text more mumps name nullable number pascal pli "
+      "repeatable returned_length returned_octet_length returned_sqlstate row_count scale "
+      "schema_name serializable server_name subclass_origin table_name type uncommitted "
+      "unnamed");
+  const std::set<int> punctuation = {12, 19, 20, 26, 27, 28, 51, 52, 53, 54, 55, 65};
+  std::vector<KeywordEntry> out;
+  int kind = 10;
+  for (std::string word; words >> word; ++kind) {
+    while (punctuation.count(kind) != 0)
+      ++kind;
+    out.push_back({word, kind});
+  }
+  return out;
+}
+const std::vector<KeywordEntry> kExpectedKeywords = ExpectedKeywords();
 
 std::string Upper(std::string s) {
   for (char& c : s)
@@ -565,19 +448,12 @@ std::string Upper(std::string s) {
 
 TEST(ScannerKeywords, TableHasEveryWordWithItsKindInOrder) {
   const auto table = SQL92Scanner::Keywords();
-  ASSERT_EQ(table.size(), std::size(kExpectedKeywords));
-  ASSERT_EQ(table.size(), 148u);
+  ASSERT_EQ(kExpectedKeywords.back().kind, 169);
+  ASSERT_EQ(table.size(), kExpectedKeywords.size());
   for (std::size_t i = 0; i < table.size(); ++i) {
     EXPECT_EQ(table[i].word, kExpectedKeywords[i].word);
     EXPECT_EQ(table[i].kind, kExpectedKeywords[i].kind) << table[i].word;
   }
-  // The keyword kinds are exactly the numbers 10..169 that are not punctuation.
-  std::set<int> kinds;
-  for (const KeywordEntry& k : kExpectedKeywords)
-    EXPECT_TRUE(kinds.insert(k.kind).second) << "duplicate kind " << k.kind;
-  const std::set<int> punctuation = {12, 19, 20, 26, 27, 28, 51, 52, 53, 54, 55, 65};
-  for (int kind = 10; kind <= 169; ++kind)
-    EXPECT_EQ(kinds.count(kind), punctuation.count(kind) ? 0u : 1u) << kind;
 }
 
 TEST(ScannerKeywords, EveryKeywordInAnyLetterCase) {
@@ -585,15 +461,15 @@ TEST(ScannerKeywords, EveryKeywordInAnyLetterCase) {
     std::string mixed = k.word;
     for (std::size_t i = 0; i < mixed.size(); i += 2)
       mixed[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(mixed[i])));
-    for (const std::string& text : {std::string(k.word), Upper(k.word), mixed}) {
+    for (const std::string& text : {k.word, Upper(k.word), mixed}) {
       ExpectTokens(text, {{k.kind, text}});
       EXPECT_EQ(SQL92Scanner::FindKeyword(text), k.kind);
     }
     // Quoted, as a parameter or longer, it is no keyword.
-    ExpectTokens("\"" + std::string(k.word) + "\"", {{5, "\"" + std::string(k.word) + "\""}});
-    ExpectTokens("[" + std::string(k.word) + "]", {{5, "[" + std::string(k.word) + "]"}});
-    ExpectTokens("@" + std::string(k.word), {{8, "@" + std::string(k.word)}});
-    ExpectTokens(std::string(k.word) + "_", {{4, std::string(k.word) + "_"}});
+    ExpectTokens("\"" + k.word + "\"", {{5, "\"" + k.word + "\""}});
+    ExpectTokens("[" + k.word + "]", {{5, "[" + k.word + "]"}});
+    ExpectTokens("@" + k.word, {{8, "@" + k.word}});
+    ExpectTokens(k.word + "_", {{4, k.word + "_"}});
     // With more text after it (the word is then compared in place, in wide steps).
     const std::string more = " 12345678901234567890123456789";
     for (const std::string& text : {Upper(k.word), mixed}) {

@@ -1,64 +1,23 @@
 // The `tokens` command of qorvex-sql, run as a program.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <unistd.h>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 
-namespace {
+#include "tool_runner.h"
 
-struct ToolRun {
-  int status;
-  std::string out;
-};
+namespace qorvex::tooltest {
+namespace {
 
 class TokensTool : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dir_ = std::filesystem::temp_directory_path() /
-           ("qorvex-tokens-" + std::to_string(::getpid()) + "-" +
-            ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    std::filesystem::create_directories(dir_);
-  }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
-
-  std::string Write(const std::string& text) {
-    const std::filesystem::path file = dir_ / "input.sql";
-    std::ofstream(file, std::ios::binary) << text;
-    return file.string();
-  }
-
-  // Runs the tool with `args`; standard error goes to a file.
-  ToolRun Tool(const std::string& args) {
-    const std::string command =
-        std::string(QORVEX_TOOL) + " " + args + " 2>" + (dir_ / "err.txt").string();
-    FILE* pipe = ::popen(command.c_str(), "r");
-    EXPECT_NE(pipe, nullptr);
-    std::string out;
-    char chunk[4096];
-    while (std::size_t n = std::fread(chunk, 1, sizeof chunk, pipe))
-      out.append(chunk, n);
-    const int status = ::pclose(pipe);
-    return ToolRun{WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
-  }
-
-  std::string Err() const {
-    std::ifstream in(dir_ / "err.txt");
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-  }
-
-  std::filesystem::path dir_;
+  std::string Write(const std::string& text) { return files_.Write(text); }
+  ToolFiles files_;
 };
 
 TEST_F(TokensTool, OneLinePerTokenWithEscapedText) {
   const std::string file = Write("SELECT 'a\tb', x\r\n  FROM [t] -- rest\r\nignored");
-  const ToolRun run = Tool("tokens " + file);
+  const ToolRun run = RunTool("tokens " + file);
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.out,
             "23\t1\t1\t0\tSELECT\n"
@@ -72,7 +31,7 @@ TEST_F(TokensTool, OneLinePerTokenWithEscapedText) {
 
 TEST_F(TokensTool, ControlCharactersAndBackslashesAreEscaped) {
   const std::string file = Write(std::string("'\\\n\x01'\x7f", 6));
-  const ToolRun run = Tool("tokens " + file);
+  const ToolRun run = RunTool("tokens " + file);
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.out,
             "7\t1\t1\t0\t'\\\\\\n\\x01'\n"
@@ -81,25 +40,26 @@ TEST_F(TokensTool, ControlCharactersAndBackslashesAreEscaped) {
 }
 
 TEST_F(TokensTool, EmptyInputGivesTheEndToken) {
-  const ToolRun run = Tool("tokens " + Write(""));
+  const ToolRun run = RunTool("tokens " + Write(""));
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.out, "0\t1\t1\t0\tEOF\n");
 }
 
 TEST_F(TokensTool, ReadsStandardInput) {
-  const std::string file = Write("a;b");
-  const ToolRun run = Tool("tokens < " + file);
+  const ToolRun run = RunTool("tokens", "a;b");
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.out, "4\t1\t1\t0\ta\n9\t1\t2\t1\t;\n4\t1\t3\t2\tb\n0\t1\t4\t3\tEOF\n");
-  EXPECT_EQ(Tool("tokens - < " + file).out, run.out);
+  EXPECT_EQ(RunTool("tokens -", "a;b").out, run.out);
 }
 
 TEST_F(TokensTool, Misuse) {
-  EXPECT_EQ(Tool("tokens --bogus").status, 2);
-  EXPECT_NE(Err().find("unknown option --bogus"), std::string::npos);
-  EXPECT_EQ(Tool("tokens a.sql b.sql").status, 2);
-  EXPECT_EQ(Tool("tokens " + (dir_ / "missing.sql").string()).status, 2);
-  EXPECT_NE(Err().find("cannot read"), std::string::npos);
+  ToolRun run = RunTool("tokens --bogus");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_NE(run.err.find("unknown option --bogus"), std::string::npos);
+  EXPECT_EQ(RunTool("tokens a.sql b.sql").status, 2);
+  run = RunTool("tokens " + (files_.Dir() / "missing.sql").string());
+  EXPECT_EQ(run.status, 2);
+  EXPECT_NE(run.err.find("cannot read"), std::string::npos);
 }
 
 // Statements scanned one by one must report the same places as the whole input: the
@@ -116,8 +76,8 @@ TEST_F(TokensTool, StatementsKeepWholeInputPositions) {
   for (const std::string& input : inputs) {
     SCOPED_TRACE(input);
     const std::string file = Write(input);
-    const ToolRun whole = Tool("tokens " + file);
-    const ToolRun split = Tool("tokens --statements " + file);
+    const ToolRun whole = RunTool("tokens " + file);
+    const ToolRun split = RunTool("tokens --statements " + file);
     ASSERT_EQ(whole.status, 0);
     ASSERT_EQ(split.status, 0);
     std::string expected;
@@ -142,3 +102,4 @@ TEST_F(TokensTool, StatementsKeepWholeInputPositions) {
 }
 
 }  // namespace
+}  // namespace qorvex::tooltest
