@@ -82,12 +82,13 @@ class TqxWayArena {
   TqxWayPoint* New(TqxWayPoint* parent, std::int32_t decision = 0) {
     if (used_ == kBlockPoints) [[unlikely]]
       Grow();
-    ++size_;
     return new (current_ + used_++)
         TqxWayPoint(parent, parent != nullptr ? parent->tokenIndex : -1, decision);
   }
   // Number of way points made so far.
-  std::size_t Size() const { return size_; }
+  std::size_t Size() const {
+    return blocks_.empty() ? 0 : (blocks_.size() - 1) * kBlockPoints + used_;
+  }
 
   // The arena that made `point`.
   static const TqxWayArena& Of(const TqxWayPoint* point);
@@ -105,7 +106,6 @@ class TqxWayArena {
   std::vector<TqxWayPoint*> blocks_;  // the first point of each block
   TqxWayPoint* current_ = nullptr;
   std::size_t used_ = kBlockPoints;
-  std::size_t size_ = 0;
 };
 
 template <class Visit>
