@@ -183,8 +183,8 @@ TqxBaseParser::TqxBaseParser(TqxBaseScanner* scanner, TastSyntaxProvider* provid
   wayBuffer_.swap(spareWay);
   tokenCount_ = scanner != nullptr ? scanner->GetTokenCount() : 0;
   kinds_.resize(static_cast<std::size_t>(tokenCount_));
-  for (std::int32_t i = 0; i < tokenCount_; ++i)
-    kinds_[static_cast<std::size_t>(i)] = scanner->GetToken(i).kind;
+  if (tokenCount_ > 0)
+    scanner->CopyKinds(kinds_.data());
 }
 
 // The buffers go back to the thread unless they have grown large.

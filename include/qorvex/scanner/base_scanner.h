@@ -75,6 +75,16 @@ class TqxBaseScanner {
     return chunks_[static_cast<std::size_t>(index) >> kChunkShift][index & (kChunkSize - 1)];
   }
   std::int32_t GetTokenCount() const noexcept { return count_; }
+  // Writes the kinds of all GetTokenCount() tokens to `out`, in order.
+  void CopyKinds(std::int32_t* out) const noexcept {
+    std::int32_t left = count_;
+    for (const TqxToken* chunk : chunks_) {
+      const std::int32_t n = left < kChunkSize ? left : kChunkSize;
+      for (std::int32_t i = 0; i < n; ++i)
+        *out++ = chunk[i].kind;
+      left -= n;
+    }
+  }
 
  protected:
   // Turns an identifier token into a keyword token when its text is a keyword.
