@@ -263,7 +263,7 @@ void TqxBaseParser::ListAddWithWayNode(TqxWayList& dest, const TqxWayList& src,
     dest.push_back(arena_.New(w, decision));
 }
 
-void TqxBaseParser::Expect(TqxWayList& ways, std::int32_t kind) {
+void TqxBaseParser::ExpectEach(TqxWayList& ways, std::int32_t kind) {
   std::size_t keep = 0;
   for (std::size_t i = 0; i < ways.size(); ++i) {
     TqxWayPoint* w = ways[i];

@@ -1151,7 +1151,8 @@ bool SQL92Parser::NameChainWayCalc(TqxWayList& ways, int levels, const TqxTokenS
   const std::int32_t first = w->tokenIndex + 1;
   std::int32_t last = first;
   for (;;) {
-    if (!kNamePart.Has(KindAt(last)) || NameParts(last - 1, last) != 1)
+    if (!kNamePart.Has(KindAt(last)) ||
+        (KindAt(last) == tkQuotedIdentifier && NameParts(last - 1, last) != 1))
       return false;
     if (KindAt(last + 1) != tkDot)
       break;
@@ -1392,7 +1393,9 @@ bool SQL92Parser::SimpleOperandWayCalc(TqxWayList& ways) {
   const std::int32_t after = NextKind(p + 1);
   if (after == tkDot && !exactErrors_ && kNamePart.Has(kind))
     return QualifiedOperandWayCalc(ways);
-  if (!kNamePart.Has(kind) || after == tkDot || after == tkLParen || NameParts(p, p + 1) != 1)
+  // Only a bracketed name token ([a][b]) can stand for several parts.
+  if (!kNamePart.Has(kind) || after == tkDot || after == tkLParen ||
+      (kind == tkQuotedIdentifier && NameParts(p, p + 1) != 1))
     return false;
   RaiseMaxErr(p + 2);  // a qualifier without its point, a function without its bracket
   w = NewWayPoint(NewWayPoint(w, 1), 2);  // expressionUnary: term; expressionTerm: dbColumn

@@ -211,7 +211,18 @@ class TqxBaseParser {
   void ListAddWithWayNode(TqxWayList& dest, const TqxWayList& src, std::int32_t decision);
   // Every way takes one token; a way whose token is not of `kind` is removed from the
   // tree and the list, and maxErrIndex rises to that token's index.
-  void Expect(TqxWayList& ways, std::int32_t kind);
+  void Expect(TqxWayList& ways, std::int32_t kind) {
+    if (ways.size() != 1) {
+      ExpectEach(ways, kind);
+      return;
+    }
+    TqxWayPoint* w = ways.front();
+    if (KindAt(++w->tokenIndex) == kind)
+      return;
+    RaiseMaxErr(w->tokenIndex);
+    w->RemoveFromParent();
+    ways.clear();
+  }
   bool CheckLAToken(TqxWayList& ways, std::int32_t kind);
   bool CheckLAToken(TqxWayList& ways, const std::int32_t* kinds, std::int32_t high);
   bool CheckLANotToken(TqxWayList& ways, std::int32_t kind);
@@ -258,6 +269,7 @@ class TqxBaseParser {
 
  private:
   [[noreturn]] static void WayOverrun();
+  void ExpectEach(TqxWayList& ways, std::int32_t kind);
   TqxWayArena arena_;
   // Token kinds by index, for the way calculation's many look-ahead tests.
   std::vector<std::int32_t> kinds_;
