@@ -1323,7 +1323,24 @@ void SQL92Parser::expressionsListWayCalc(TqxWayList& ways) {
 void SQL92Parser::expressionWayCalc(TqxWayList& ways) {
   Reuse(kWorkedExpression, ways, [&](TqxWayList& ways) {
     Nest nest(*this, ways);
-    expressionAddWayCalc(ways);
+    // While looking for the first reading, a constant or column name read directly is
+    // followed here by the rest of the factor and of the sum, as expressionAdd would.
+    if (!exactErrors_ && ways.size() == 1 && SimpleOperandWayCalc(ways)) {
+      if (ways.empty())
+        return;
+      const std::int32_t next = NextKind(ways.front()->tokenIndex);
+      if (!kFactorOperator.Has(next) && !kAddOperator.Has(next)) {
+        if (kCannotFollowExpression.Has(next))
+          ways.clear();
+        else
+          ways.front() = NewWayPoint(NewWayPoint(ways.front(), 0), 0);  // no "*", no "+"
+        return;
+      }
+      FactorRestWayCalc(ways);
+      AddRestWayCalc(ways);
+    } else {
+      expressionAddWayCalc(ways);
+    }
     DropDead(ways, [](std::int32_t kind) { return kCannotFollowExpression.Has(kind); });
   });
 }
@@ -1333,6 +1350,10 @@ void SQL92Parser::expressionWayCalc(TqxWayList& ways) {
 // the left), so it counts as a nesting level.
 void SQL92Parser::expressionAddWayCalc(TqxWayList& ways) {
   expressionFactorWayCalc(ways);
+  AddRestWayCalc(ways);
+}
+
+void SQL92Parser::AddRestWayCalc(TqxWayList& ways) {
   const std::int32_t depth = depth_;
   Iter(ways, kAddOperator, [&](TqxWayList& w) {
     Nest deeper(*this, w);
@@ -1346,6 +1367,10 @@ void SQL92Parser::expressionAddWayCalc(TqxWayList& ways) {
 // expressionFactor: expressionUnary { ( "*" | "/" | "%" ) expressionUnary }
 void SQL92Parser::expressionFactorWayCalc(TqxWayList& ways) {
   expressionUnaryWayCalc(ways);
+  FactorRestWayCalc(ways);
+}
+
+void SQL92Parser::FactorRestWayCalc(TqxWayList& ways) {
   const std::int32_t depth = depth_;
   Iter(ways, kFactorOperator, [&](TqxWayList& w) {
     Nest deeper(*this, w);

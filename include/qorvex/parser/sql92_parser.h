@@ -242,6 +242,9 @@ class SQL92Parser : public TqxBaseParser {
   // expressionUnary of one way standing before a constant or a one-part name; false
   // when the way stands before anything else.
   bool SimpleOperandWayCalc(TqxWayList& ways);
+  // The repetitions of expressionFactor and expressionAdd after their first operand.
+  void FactorRestWayCalc(TqxWayList& ways);
+  void AddRestWayCalc(TqxWayList& ways);
   bool QualifiedOperandWayCalc(TqxWayList& ways);
   // Number of name parts that the tokens after `start` up to `end` stand for.
   std::int32_t NameParts(std::int32_t start, std::int32_t end) const;
