@@ -105,9 +105,6 @@ void WriteBracketed(const TastNode* Child, TSQLBuilder& Builder, bool MultiLine)
 // ---------------------------------------------------------------------------------------
 // Functions and operators
 
-TSQLFunctionParamExpression::TSQLFunctionParamExpression(TastSyntaxProvider* SyntaxProvider)
-    : TastNode(SyntaxProvider) {}
-
 TSQLFunctionParamExpression::~TSQLFunctionParamExpression() = default;
 
 void TSQLFunctionParamExpression::Assign(const TastExtender& Source) {
@@ -142,8 +139,6 @@ std::string TSQLFunctionParamNamedExpression::DumpDetails() const {
   return Name;
 }
 
-TSQLFunction::TSQLFunction(TastSyntaxProvider* SyntaxProvider) : TastNodeWithList(SyntaxProvider) {}
-
 TSQLFunction::~TSQLFunction() = default;
 
 void TSQLFunction::Assign(const TastExtender& Source) {
@@ -177,9 +172,6 @@ std::string TSQLFunction::DumpDetails() const {
     text += part + ".";
   return text + Name;
 }
-
-TSQLOperator::TSQLOperator(TastSyntaxProvider* SyntaxProvider, std::string Text)
-    : TastNode(SyntaxProvider), Text(std::move(Text)) {}
 
 void TSQLOperator::Assign(const TastExtender& Source) {
   TastNode::Assign(Source);
@@ -221,9 +213,6 @@ TSQLExpressionConstant::TSQLExpressionConstant(TastSyntaxProvider* SyntaxProvide
                                                TSQLConstantValue Value)
     : TSQLExpressionItem(SyntaxProvider), Value(std::move(Value)) {}
 
-TSQLExpressionConstant::TSQLExpressionConstant(TastSyntaxProvider* SyntaxProvider, std::string Text)
-    : TSQLExpressionItem(SyntaxProvider), Value(std::move(Text)) {}
-
 void TSQLExpressionConstant::Assign(const TastExtender& Source) {
   TSQLExpressionItem::Assign(Source);
   if (const auto* constant = dynamic_cast<const TSQLExpressionConstant*>(&Source))
@@ -251,9 +240,6 @@ void TSQLExpressionVariable::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLi
 std::string TSQLExpressionVariable::DumpDetails() const {
   return Text;
 }
-
-TSQLExpressionColumn::TSQLExpressionColumn(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionItem(SyntaxProvider) {}
 
 TSQLExpressionColumn::~TSQLExpressionColumn() = default;
 
@@ -287,9 +273,6 @@ void TSQLExpressionParameterlessFunction::BuildSQLDirect(TSQLBuilder& Builder,
 std::string TSQLExpressionParameterlessFunction::DumpDetails() const {
   return Name;
 }
-
-TSQLExpressionFunction::TSQLExpressionFunction(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionItem(SyntaxProvider) {}
 
 TSQLExpressionFunction::~TSQLExpressionFunction() = default;
 
@@ -338,9 +321,6 @@ void TSQLExpressionSelect::MoveSubQueryInProxyInternal(TqxQueryBuilderControlOwn
 // ---------------------------------------------------------------------------------------
 // CASE
 
-TSQLCaseFunctionItem::TSQLCaseFunctionItem(TastSyntaxProvider* SyntaxProvider)
-    : TastNode(SyntaxProvider) {}
-
 TSQLCaseFunctionItem::~TSQLCaseFunctionItem() = default;
 
 void TSQLCaseFunctionItem::Assign(const TastExtender& Source) {
@@ -367,9 +347,6 @@ void TSQLCaseFunctionItem::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) 
   Builder.Space();
   Write(Then_.get(), Builder, MultiLine);
 }
-
-TSQLExpressionCaseFunction::TSQLExpressionCaseFunction(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionItem(SyntaxProvider) {}
 
 TSQLExpressionCaseFunction::~TSQLExpressionCaseFunction() = default;
 
@@ -449,9 +426,6 @@ std::string TSQLExpressionAggregate::DumpDetails() const {
   return Name;
 }
 
-TSQLExpressionAggregate1Param::TSQLExpressionAggregate1Param(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionAggregate(SyntaxProvider) {}
-
 TSQLExpressionAggregate1Param::~TSQLExpressionAggregate1Param() = default;
 
 void TSQLExpressionAggregate1Param::Assign(const TastExtender& Source) {
@@ -493,9 +467,6 @@ std::string TSQLExpressionAggregate1ParamWPrefix::DumpDetails() const {
   return Quantifier == sqDistinct ? Name + " DISTINCT" : Name;
 }
 
-TSQLExpressionAggregateWParams::TSQLExpressionAggregateWParams(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionAggregate(SyntaxProvider) {}
-
 TSQLExpressionAggregateWParams::~TSQLExpressionAggregateWParams() = default;
 
 void TSQLExpressionAggregateWParams::Assign(const TastExtender& Source) {
@@ -517,9 +488,6 @@ void TSQLExpressionAggregateWParams::BuildSQLDirect(TSQLBuilder& Builder, bool M
 
 // ---------------------------------------------------------------------------------------
 // Expressions over one inner expression
-
-TSQLExpressionExpressionItem::TSQLExpressionExpressionItem(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionItem(SyntaxProvider) {}
 
 TSQLExpressionExpressionItem::~TSQLExpressionExpressionItem() = default;
 
@@ -585,9 +553,6 @@ std::string TSQLExpressionIn::DumpDetails() const {
   return NotFlag(Not);
 }
 
-TSQLExpressionInSet::TSQLExpressionInSet(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionIn(SyntaxProvider) {}
-
 TSQLExpressionInSet::~TSQLExpressionInSet() = default;
 
 void TSQLExpressionInSet::Assign(const TastExtender& Source) {
@@ -636,9 +601,6 @@ void TSQLExpressionInSubQuery::MoveSubQueryInProxyInternal(TqxQueryBuilderContro
   MoveStatementInProxy(SubQuery_, GetSyntaxProvider(), Owner, ProxyClass);
 }
 
-TSQLExpressionLikeTemplate::TSQLExpressionLikeTemplate(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionLogicalOperation(SyntaxProvider) {}
-
 TSQLExpressionLikeTemplate::~TSQLExpressionLikeTemplate() = default;
 
 void TSQLExpressionLikeTemplate::Assign(const TastExtender& Source) {
@@ -680,9 +642,6 @@ std::string TSQLExpressionLikeTemplate::DumpDetails() const {
   return Not ? "NOT " + Keyword : Keyword;
 }
 
-TSQLExpressionCast::TSQLExpressionCast(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionOperation(SyntaxProvider) {}
-
 TSQLExpressionCast::~TSQLExpressionCast() = default;
 
 void TSQLExpressionCast::Assign(const TastExtender& Source) {
@@ -707,9 +666,6 @@ void TSQLExpressionCast::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) co
   Write(Type_.get(), Builder, MultiLine);
   Builder.WriteSymbol(")");
 }
-
-TSQLExpressionOperator::TSQLExpressionOperator(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionOperation(SyntaxProvider) {}
 
 TSQLExpressionOperator::~TSQLExpressionOperator() = default;
 
@@ -739,9 +695,6 @@ void TSQLExpressionOperatorPostfix::BuildSQLDirect(TSQLBuilder& Builder, bool Mu
   Write(GetInner(), Builder, MultiLine);
   Write(GetOperator(), Builder, MultiLine);
 }
-
-TSQLExpressionOperatorBinary::TSQLExpressionOperatorBinary(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionOperator(SyntaxProvider) {}
 
 TSQLExpressionOperatorBinary::~TSQLExpressionOperatorBinary() = default;
 
@@ -850,9 +803,6 @@ void TSQLExpressionCompWithSetExpression::BuildSQLDirect(TSQLBuilder& Builder,
   WriteBracketed(SetExpression_.get(), Builder, MultiLine);
 }
 
-TSQLExpressionBetween::TSQLExpressionBetween(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionOperation(SyntaxProvider) {}
-
 TSQLExpressionBetween::~TSQLExpressionBetween() = default;
 
 void TSQLExpressionBetween::Assign(const TastExtender& Source) {
@@ -946,9 +896,6 @@ void TSQLExpressionExists::MoveSubQueryInProxyInternal(TqxQueryBuilderControlOwn
                                                        const TSQLProxyClass& ProxyClass) {
   MoveStatementInProxy(SubQuery_, GetSyntaxProvider(), Owner, ProxyClass);
 }
-
-TSQLExpressionOverlaps::TSQLExpressionOverlaps(TastSyntaxProvider* SyntaxProvider)
-    : TSQLExpressionItem(SyntaxProvider) {}
 
 TSQLExpressionOverlaps::~TSQLExpressionOverlaps() = default;
 

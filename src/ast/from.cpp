@@ -41,11 +41,6 @@ QX_DEFINE_CHILD_NODE(TSQLFromObject, TSQLDatabaseObject, DatabaseObject)
 // ---------------------------------------------------------------------------------------
 // Aliases
 
-TSQLAlias::TSQLAlias(TastSyntaxProvider* SyntaxProvider) : TastNode(SyntaxProvider) {}
-
-TSQLAlias::TSQLAlias(TastSyntaxProvider* SyntaxProvider, std::string Name)
-    : TastNode(SyntaxProvider), Name(std::move(Name)) {}
-
 void TSQLAlias::Assign(const TastExtender& Source) {
   TastNode::Assign(Source);
   if (const auto* alias = dynamic_cast<const TSQLAlias*>(&Source))
@@ -293,9 +288,6 @@ void TSQLFromFunction::BuildExpression(TSQLBuilder& Builder, bool MultiLine) con
   detail::Write(Function_.get(), Builder, MultiLine);
 }
 
-TSQLFromObject::TSQLFromObject(TastSyntaxProvider* SyntaxProvider)
-    : TSQLFromSource(SyntaxProvider) {}
-
 TSQLFromObject::~TSQLFromObject() = default;
 
 void TSQLFromObject::Assign(const TastExtender& Source) {
@@ -323,9 +315,6 @@ void TSQLFromObject::BuildExpression(TSQLBuilder& Builder, bool MultiLine) const
   detail::Write(DatabaseObject_.get(), Builder, MultiLine);
 }
 
-TSQLFromVariable::TSQLFromVariable(TastSyntaxProvider* SyntaxProvider)
-    : TSQLFromSource(SyntaxProvider) {}
-
 void TSQLFromVariable::Assign(const TastExtender& Source) {
   TSQLFromSource::Assign(Source);
   if (const auto* variable = dynamic_cast<const TSQLFromVariable*>(&Source))
@@ -343,8 +332,6 @@ std::string TSQLFromVariable::DumpDetails() const {
 
 // ---------------------------------------------------------------------------------------
 // TSQLFromItem
-
-TSQLFromItem::TSQLFromItem(TastSyntaxProvider* SyntaxProvider) : TSQLFromSource(SyntaxProvider) {}
 
 TSQLFromItem::~TSQLFromItem() = default;
 

@@ -17,9 +17,6 @@ QX_DEFINE_CLASS(TSQLObjectColumn, TSQLDatabaseObject)
 // ---------------------------------------------------------------------------------------
 // TSQLQualifiedName
 
-TSQLQualifiedName::TSQLQualifiedName(TastSyntaxProvider* SyntaxProvider)
-    : TastNode(SyntaxProvider) {}
-
 void TSQLQualifiedName::AddName(std::string Name) {
   Names_.insert(Names_.begin(), std::move(Name));
 }
@@ -91,9 +88,6 @@ std::string TSQLQualifiedName::DumpDetails() const {
 
 // ---------------------------------------------------------------------------------------
 // TSQLDatabaseObject
-
-TSQLDatabaseObject::TSQLDatabaseObject(TastSyntaxProvider* SyntaxProvider)
-    : TSQLQualifiedName(SyntaxProvider) {}
 
 void TSQLDatabaseObject::Assign(const TastExtender& Source) {
   TSQLQualifiedName::Assign(Source);
@@ -177,9 +171,6 @@ bool TSQLDatabaseObject::MatchesObject(const TSQLFromSource& Source) const {
 
 // ---------------------------------------------------------------------------------------
 // TSQLObjectColumn
-
-TSQLObjectColumn::TSQLObjectColumn(TastSyntaxProvider* SyntaxProvider)
-    : TSQLDatabaseObject(SyntaxProvider) {}
 
 void TSQLObjectColumn::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) const {
   const TSQLFromSource* source = GetFromSource();

@@ -17,10 +17,6 @@ QX_DEFINE_CLASS(TastNodeWithList, TastNode)
 // ---------------------------------------------------------------------------------------
 // TastExtender
 
-TastExtender::TastExtender(TastSyntaxProvider* SyntaxProvider) : SyntaxProvider_(SyntaxProvider) {}
-
-TastExtender::~TastExtender() = default;
-
 void* TastExtender::operator new(std::size_t Size) {
   return AllocateSmallBlock(Size);
 }
@@ -118,10 +114,6 @@ void TastExtender::DumpTo(std::string& Out, int Depth) const {
 
 // ---------------------------------------------------------------------------------------
 // TastNode
-
-TastNode::TastNode(TastSyntaxProvider* SyntaxProvider) : TastExtender(SyntaxProvider) {}
-
-TastNode::~TastNode() = default;
 
 // A new node has no extender, so with no provider or an empty registry there is
 // nothing to attach and the registry lookup is skipped.

@@ -51,9 +51,6 @@ void TSQLSelectItemAllColumns::BuildSQLDirect(TSQLBuilder& Builder, bool /*Multi
   Builder.WriteSymbol("*");
 }
 
-TSQLSelectItemAllTableColumns::TSQLSelectItemAllTableColumns(TastSyntaxProvider* SyntaxProvider)
-    : TSQLSelectItem(SyntaxProvider) {}
-
 TSQLSelectItemAllTableColumns::~TSQLSelectItemAllTableColumns() = default;
 
 void TSQLSelectItemAllTableColumns::Assign(const TastExtender& Source) {
@@ -72,9 +69,6 @@ void TSQLSelectItemAllTableColumns::BuildSQLDirect(TSQLBuilder& Builder, bool Mu
   Write(Qualifier_.get(), Builder, MultiLine);
   Builder.WriteSymbol(".*");
 }
-
-TSQLSelectItemExpression::TSQLSelectItemExpression(TastSyntaxProvider* SyntaxProvider)
-    : TSQLSelectItem(SyntaxProvider) {}
 
 TSQLSelectItemExpression::~TSQLSelectItemExpression() = default;
 
@@ -121,8 +115,6 @@ void TSQLGroupByList::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const
   Builder.Space();
   TSQLExpressionsList::BuildSQLDirect(Builder, MultiLine);
 }
-
-TSQLOrderByItem::TSQLOrderByItem(TastSyntaxProvider* SyntaxProvider) : TastNode(SyntaxProvider) {}
 
 TSQLOrderByItem::~TSQLOrderByItem() = default;
 
@@ -196,9 +188,6 @@ std::string TSQLSubQueryExpression::DumpDetails() const {
 
 // ---------------------------------------------------------------------------------------
 // TSQLSubQuerySelectExpression
-
-TSQLSubQuerySelectExpression::TSQLSubQuerySelectExpression(TastSyntaxProvider* SyntaxProvider)
-    : TSQLSubQueryExpression(SyntaxProvider) {}
 
 TSQLSubQuerySelectExpression::~TSQLSubQuerySelectExpression() = default;
 
@@ -390,9 +379,6 @@ void TSQLSubQueryExpressions::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLin
 
 // ---------------------------------------------------------------------------------------
 // Statements
-
-TSQLSubSelectStatement::TSQLSubSelectStatement(TastSyntaxProvider* SyntaxProvider)
-    : TSQLSubQueryExpressions(SyntaxProvider) {}
 
 TSQLSubSelectStatement::~TSQLSubSelectStatement() = default;
 

@@ -59,8 +59,6 @@ std::string TSQLTypeBuiltIn::DumpDetails() const {
   return details;
 }
 
-TSQLTypeUser::TSQLTypeUser(TastSyntaxProvider* SyntaxProvider) : TSQLType(SyntaxProvider) {}
-
 TSQLTypeUser::~TSQLTypeUser() = default;
 
 void TSQLTypeUser::Assign(const TastExtender& Source) {

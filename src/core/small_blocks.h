@@ -1,6 +1,15 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define QX_PLAIN_HEAP 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QX_PLAIN_HEAP 1
+#endif
+#endif
 
 namespace qorvex {
 
@@ -11,9 +20,78 @@ namespace qorvex {
 // the cap goes back to the heap. A block freed on another thread than the one that made
 // it simply joins that thread's list: all blocks come from ::operator new.
 //
+// The common case (a block taken from or given back to a list) is inline, so that the
+// library's own allocation sites pay no call for it; misses go to the out-of-line part.
+//
 // Under AddressSanitizer every call goes straight to the heap, so that use after free is
 // still found.
-void* AllocateSmallBlock(std::size_t size);
-void FreeSmallBlock(void* block, std::size_t size) noexcept;
+
+#ifdef QX_PLAIN_HEAP
+
+inline void* AllocateSmallBlock(std::size_t size) {
+  return ::operator new(size);
+}
+inline void FreeSmallBlock(void* block, std::size_t) noexcept {
+  ::operator delete(block);
+}
+
+#else
+
+namespace small_blocks {
+
+inline constexpr std::size_t kGranule = 16;
+inline constexpr std::size_t kClasses = 32;                   // blocks up to 512 bytes
+inline constexpr std::size_t kBudget = std::size_t{4} << 20;  // bytes kept per thread
+
+struct FreeBlock {
+  FreeBlock* next;
+};
+
+// Trivially destructible and constant-initialised, so that it is reached without a
+// thread-local initialisation call and stays usable while other thread-local objects of
+// the thread are destroyed; the thread's drain empties it at thread exit and closes it.
+struct Lists {
+  FreeBlock* head[kClasses];
+  std::size_t kept;
+  bool closed;
+};
+extern thread_local constinit Lists lists;
+
+// The misses: a new block from the heap (size class `c`), a block given back to it.
+void* AllocateFromHeap(std::size_t c);
+void FreeToHeap(void* block) noexcept;
+
+}  // namespace small_blocks
+
+inline void* AllocateSmallBlock(std::size_t size) {
+  using namespace small_blocks;
+  const std::size_t c = (size - 1) / kGranule;
+  if (c >= kClasses) [[unlikely]]
+    return ::operator new(size);
+  if (FreeBlock* b = lists.head[c]) [[likely]] {
+    lists.head[c] = b->next;
+    lists.kept -= (c + 1) * kGranule;
+    return b;
+  }
+  return AllocateFromHeap(c);
+}
+
+inline void FreeSmallBlock(void* block, std::size_t size) noexcept {
+  using namespace small_blocks;
+  if (block == nullptr)
+    return;
+  const std::size_t c = (size - 1) / kGranule;
+  const std::size_t kept = lists.kept + (c + 1) * kGranule;
+  if (c >= kClasses || kept > kBudget || lists.closed) [[unlikely]] {
+    FreeToHeap(block);
+    return;
+  }
+  auto* b = static_cast<FreeBlock*>(block);
+  b->next = lists.head[c];
+  lists.head[c] = b;
+  lists.kept = kept;
+}
+
+#endif
 
 }  // namespace qorvex

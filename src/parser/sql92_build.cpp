@@ -2,12 +2,15 @@
 // its way-calculation twin recorded (one way point per decision, read in the same
 // order) and creates the tree nodes through the provider.
 #include <charconv>
+#include <new>
 
+#include "core/small_blocks.h"
 #include "parser/sql92_grammar.h"
 #include "qorvex/ast/expressions.h"
 #include "qorvex/ast/from.h"
 #include "qorvex/ast/names.h"
 #include "qorvex/ast/query.h"
+#include "qorvex/ast/syntax_provider.h"
 #include "qorvex/ast/types.h"
 #include "qorvex/parser/sql92_parser.h"
 
@@ -16,6 +19,29 @@ namespace qorvex {
 using namespace sql92grammar;
 
 namespace {
+
+// NewNode for the building pass, which makes most of a parse's nodes: the block comes
+// from the inline path of the per-thread lists (the same lists and size class that the
+// node's operator delete gives it back to), and the extender registry is looked at only
+// when it has entries, as AfterConstruction does.
+template <class T, class... A>
+std::unique_ptr<T> Make(TastSyntaxProvider* provider, A&&... args) {
+  static_assert(
+      static_cast<void* (*)(std::size_t)>(&T::operator new) == &TastExtender::operator new,
+      "the node is freed through TastExtender::operator delete");
+  void* block = AllocateSmallBlock(sizeof(T));
+  T* node;
+  try {
+    node = ::new (block) T(provider, std::forward<A>(args)...);
+  } catch (...) {
+    FreeSmallBlock(block, sizeof(T));
+    throw;
+  }
+  std::unique_ptr<T> owned(node);
+  if (provider != nullptr && !provider->GetExtenders().empty()) [[unlikely]]
+    owned->UpdateExtender();
+  return owned;
+}
 
 int SizeValue(const std::string& text) {
   int value = 0;
@@ -124,7 +150,7 @@ void SQL92Parser::Qualifiers(int levels, TastVector<std::string>& parts) {
 }
 
 std::unique_ptr<TSQLDatabaseObject> SQL92Parser::dbObject() {
-  auto object = NewNode<TSQLDatabaseObject>(provider);
+  auto object = Make<TSQLDatabaseObject>(provider);
   TastVector<std::string> parts;
   parts.reserve(2);
   Qualifiers(kObjectQualifiers, parts);
@@ -134,7 +160,7 @@ std::unique_ptr<TSQLDatabaseObject> SQL92Parser::dbObject() {
 }
 
 std::unique_ptr<TSQLObjectColumn> SQL92Parser::dbColumn() {
-  auto column = NewNode<TSQLObjectColumn>(provider);
+  auto column = Make<TSQLObjectColumn>(provider);
   TastVector<std::string> parts;
   parts.reserve(2);
   Qualifiers(kColumnQualifiers, parts);
@@ -167,8 +193,8 @@ std::string SQL92Parser::alias2() {
 
 std::unique_ptr<TSQLAlias> SQL92Parser::MakeAlias(bool withAs, std::string name) {
   if (withAs)
-    return NewNode<TSQLAliasObjectAsAlias>(provider, std::move(name));
-  return NewNode<TSQLAliasObjectAlias>(provider, std::move(name));
+    return Make<TSQLAliasObjectAsAlias>(provider, std::move(name));
+  return Make<TSQLAliasObjectAlias>(provider, std::move(name));
 }
 
 // ---- entries ------------------------------------------------------------------------
@@ -199,7 +225,7 @@ std::unique_ptr<TSQLSelectStatement> SQL92Parser::SQL92() {
 // ---- statement level ----------------------------------------------------------------
 
 std::unique_ptr<TSQLSelectStatement> SQL92Parser::selectStatement() {
-  auto statement = NewNode<TSQLSelectStatement>(provider);
+  auto statement = Make<TSQLSelectStatement>(provider);
   queryExpression(*statement);
   if (Decision() == 1)
     statement->SetOrderBy(orderByClause());
@@ -207,7 +233,7 @@ std::unique_ptr<TSQLSelectStatement> SQL92Parser::selectStatement() {
 }
 
 std::unique_ptr<TSQLSubSelectStatement> SQL92Parser::subSelectStatement() {
-  auto statement = NewNode<TSQLSubSelectStatement>(provider);
+  auto statement = Make<TSQLSubSelectStatement>(provider);
   queryExpression(*statement);
   if (Decision() == 1)
     statement->SetOrderBy(orderByClause());
@@ -237,14 +263,14 @@ std::unique_ptr<TSQLSubQueryExpression> SQL92Parser::subQueryExpression() {
   if (Decision() == 0)
     return querySpecification();
   Get();  // "("
-  auto group = NewNode<TSQLSubQueryExpressions>(provider);
+  auto group = Make<TSQLSubQueryExpressions>(provider);
   queryExpression(*group);
   Get();  // ")"
   return group;
 }
 
 std::unique_ptr<TSQLSubQuerySelectExpression> SQL92Parser::querySpecification() {
-  auto query = NewNode<TSQLSubQuerySelectExpression>(provider);
+  auto query = Make<TSQLSubQuerySelectExpression>(provider);
   selectClause(*query);
   if (Decision() == 1)
     query->SetFromClause(fromClause());
@@ -267,17 +293,17 @@ void SQL92Parser::selectClause(TSQLSubQuerySelectExpression& query) {
     const std::int32_t mode = Decision();
     Get();
     if (mode == 0)
-      query.SetSelectMode(NewNode<TSQLSubQuerySelectModeAll>(provider));
+      query.SetSelectMode(Make<TSQLSubQuerySelectModeAll>(provider));
     else
-      query.SetSelectMode(NewNode<TSQLSubQuerySelectModeDistinct>(provider));
+      query.SetSelectMode(Make<TSQLSubQuerySelectModeDistinct>(provider));
   } else {
-    query.SetSelectMode(NewNode<TSQLSubQuerySelectModeDefault>(provider));
+    query.SetSelectMode(Make<TSQLSubQuerySelectModeDefault>(provider));
   }
   query.SetSelectItems(selectList());
 }
 
 std::unique_ptr<TSQLSelectItems> SQL92Parser::selectList() {
-  auto items = NewNode<TSQLSelectItems>(provider);
+  auto items = Make<TSQLSelectItems>(provider);
   if (Decision() == 1) {
     items->Add(selectItem());
     while (Decision() == 1) {
@@ -292,23 +318,23 @@ std::unique_ptr<TSQLSelectItem> SQL92Parser::selectItem() {
   switch (Decision()) {
     case 0:
       Get();  // "*"
-      return NewNode<TSQLSelectItemAllColumns>(provider);
+      return Make<TSQLSelectItemAllColumns>(provider);
     case 1: {
-      auto item = NewNode<TSQLSelectItemExpression>(provider);
+      auto item = Make<TSQLSelectItemExpression>(provider);
       std::string alias = alias2();
       Get();  // "="
       item->SetExpression(expression());
-      item->SetAlias(NewNode<TSQLAliasAliasEqualsObject>(provider, std::move(alias)));
+      item->SetAlias(Make<TSQLAliasAliasEqualsObject>(provider, std::move(alias)));
       return item;
     }
     case 2: {
-      auto item = NewNode<TSQLSelectItemAllTableColumns>(provider);
+      auto item = Make<TSQLSelectItemAllTableColumns>(provider);
       item->SetQualifier(dbObject());
       Get();  // ".*"
       return item;
     }
     default: {
-      auto item = NewNode<TSQLSelectItemExpression>(provider);
+      auto item = Make<TSQLSelectItemExpression>(provider);
       item->SetExpression(expression());
       if (Decision() == 1) {
         const bool withAs = Decision() == 1;
@@ -324,7 +350,7 @@ std::unique_ptr<TSQLSelectItem> SQL92Parser::selectItem() {
 std::unique_ptr<TSQLOrderByClause> SQL92Parser::orderByClause() {
   Get();  // "order"
   Get();  // "by"
-  auto clause = NewNode<TSQLOrderByClause>(provider);
+  auto clause = Make<TSQLOrderByClause>(provider);
   clause->Add(orderByItem());
   while (Decision() == 1) {
     Get();  // ","
@@ -334,7 +360,7 @@ std::unique_ptr<TSQLOrderByClause> SQL92Parser::orderByClause() {
 }
 
 std::unique_ptr<TSQLOrderByItem> SQL92Parser::orderByItem() {
-  auto item = NewNode<TSQLOrderByItem>(provider);
+  auto item = Make<TSQLOrderByItem>(provider);
   item->SetExpression(expression());
   if (Decision() == 1) {
     item->Descending = Decision() == 1;
@@ -346,7 +372,7 @@ std::unique_ptr<TSQLOrderByItem> SQL92Parser::orderByItem() {
 std::unique_ptr<TSQLGroupByList> SQL92Parser::groupByList() {
   Get();  // "group"
   Get();  // "by"
-  auto list = NewNode<TSQLGroupByList>(provider);
+  auto list = Make<TSQLGroupByList>(provider);
   list->Add(expression());
   while (Decision() == 1) {
     Get();  // ","
@@ -359,7 +385,7 @@ std::unique_ptr<TSQLGroupByList> SQL92Parser::groupByList() {
 
 std::unique_ptr<TSQLFromClause> SQL92Parser::fromClause() {
   Get();  // "from"
-  auto clause = NewNode<TSQLFromClause>(provider);
+  auto clause = Make<TSQLFromClause>(provider);
   if (Decision() == 1)
     tableSource(*clause);
   return clause;
@@ -376,12 +402,12 @@ std::unique_ptr<TSQLFromSource> SQL92Parser::subTableSource() {
     case 0: {
       Get();  // "("
       if (Decision() == 0) {
-        auto group = NewNode<TSQLFromItem>(provider);
+        auto group = Make<TSQLFromItem>(provider);
         tableSource(*group);
         Get();  // ")"
         return group;
       }
-      auto query = NewNode<TSQLFromQuery>(provider);
+      auto query = Make<TSQLFromQuery>(provider);
       query->SetSubQuery(subSelectStatement());
       Get();  // ")"
       const bool withAs = Decision() == 1;
@@ -400,7 +426,7 @@ std::unique_ptr<TSQLFromSource> SQL92Parser::subTableSource() {
       return query;
     }
     case 1: {
-      auto source = NewNode<TSQLFromFunction>(provider);
+      auto source = Make<TSQLFromFunction>(provider);
       source->SetFunction(SQLfunction());
       if (Decision() == 1) {
         const bool withAs = Decision() == 1;
@@ -411,7 +437,7 @@ std::unique_ptr<TSQLFromSource> SQL92Parser::subTableSource() {
       return source;
     }
     default: {
-      auto source = NewNode<TSQLFromObject>(provider);
+      auto source = Make<TSQLFromObject>(provider);
       source->SetDatabaseObject(dbObject());
       if (Decision() == 1) {
         const bool withAs = Decision() == 1;
@@ -433,7 +459,7 @@ std::unique_ptr<TSQLFromSource> SQL92Parser::joinedTable() {
       Get();  // "cross"
       Get();  // "join"
       auto source = subTableSource();
-      source->SetJoinKind(NewNode<TSQLJoinKindCross>(provider));
+      source->SetJoinKind(Make<TSQLJoinKindCross>(provider));
       return source;
     }
     default: {
@@ -441,17 +467,17 @@ std::unique_ptr<TSQLFromSource> SQL92Parser::joinedTable() {
       if (Decision() == 1) {
         if (Decision() == 0) {
           Get();  // "inner"
-          kind = NewNode<TSQLJoinKindInner>(provider);
+          kind = Make<TSQLJoinKindInner>(provider);
         } else {
           const std::int32_t side = Decision();
           Get();
           std::unique_ptr<TSQLJoinKindOuter> outer;
           if (side == 0)
-            outer = NewNode<TSQLJoinKindLeft>(provider);
+            outer = Make<TSQLJoinKindLeft>(provider);
           else if (side == 1)
-            outer = NewNode<TSQLJoinKindRight>(provider);
+            outer = Make<TSQLJoinKindRight>(provider);
           else
-            outer = NewNode<TSQLJoinKindFull>(provider);
+            outer = Make<TSQLJoinKindFull>(provider);
           if (Decision() == 1) {
             Get();  // "outer"
             outer->Outer = true;
@@ -459,7 +485,7 @@ std::unique_ptr<TSQLFromSource> SQL92Parser::joinedTable() {
           kind = std::move(outer);
         }
       } else {
-        kind = NewNode<TSQLJoinKindInner>(provider);
+        kind = Make<TSQLJoinKindInner>(provider);
       }
       Get();  // "join"
       std::unique_ptr<TSQLFromSource> source;
@@ -476,7 +502,7 @@ std::unique_ptr<TSQLFromSource> SQL92Parser::joinedTable() {
 }
 
 std::unique_ptr<TSQLFromItem> SQL92Parser::tableSourceInner() {
-  auto item = NewNode<TSQLFromItem>(provider);
+  auto item = Make<TSQLFromItem>(provider);
   item->Add(subTableSource());
   item->Add(joinedTable());
   while (Decision() == 1)
@@ -485,17 +511,17 @@ std::unique_ptr<TSQLFromItem> SQL92Parser::tableSourceInner() {
 }
 
 std::unique_ptr<TSQLFunction> SQL92Parser::SQLfunction() {
-  auto function = NewNode<TSQLFunction>(provider);
+  auto function = Make<TSQLFunction>(provider);
   auto name = dbObject();
   function->Name = name->GetObjName();
   for (int i = name->Count() - 1; i >= 1; --i)
     function->Qualifiers.push_back(name->GetNames(i));
-  auto params = NewNode<TSQLFunctionParams>(provider);
+  auto params = Make<TSQLFunctionParams>(provider);
   Get();  // "("
   if (Decision() == 1) {
     auto list = expressionsList();
     while (list->GetCount() > 0) {
-      auto param = NewNode<TSQLFunctionParamExpression>(provider);
+      auto param = Make<TSQLFunctionParamExpression>(provider);
       param->SetExpression(std::unique_ptr<TSQLExpressionItem>(
           static_cast<TSQLExpressionItem*>(list->Extract(0).release())));
       params->Add(std::move(param));
@@ -512,7 +538,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionLogical() {
   auto first = expressionAnd();
   if (Decision() == 0)
     return first;
-  auto collection = NewNode<TSQLExpressionOr>(provider);
+  auto collection = Make<TSQLExpressionOr>(provider);
   collection->Add(std::move(first));
   do {
     Get();  // "or"
@@ -525,7 +551,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionAnd() {
   auto first = expressionNot();
   if (Decision() == 0)
     return first;
-  auto collection = NewNode<TSQLExpressionAnd>(provider);
+  auto collection = Make<TSQLExpressionAnd>(provider);
   collection->Add(std::move(first));
   do {
     Get();  // "and"
@@ -538,7 +564,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionNot() {
   if (Decision() == 1)
     return expressionLogicalTerm();
   Get();  // "not"
-  auto node = NewNode<TSQLExpressionNot>(provider);
+  auto node = Make<TSQLExpressionNot>(provider);
   node->SetInner(expressionNot());
   return node;
 }
@@ -547,7 +573,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionLogicalTerm() {
   switch (Decision()) {
     case 0: {
       Get();  // "("
-      auto node = NewNode<TSQLExpressionBrackets>(provider);
+      auto node = Make<TSQLExpressionBrackets>(provider);
       node->SetInner(expressionLogical());
       Get();  // ")"
       return node;
@@ -561,7 +587,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionLogicalTerm() {
     default: {
       Get();  // "exists"
       Get();  // "("
-      auto node = NewNode<TSQLExpressionExists>(provider);
+      auto node = Make<TSQLExpressionExists>(provider);
       node->SetSubQuery(subSelectStatement());
       Get();  // ")"
       return node;
@@ -583,7 +609,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::predicate(
       auto op = comparisonOperator();
       if (Decision() == 1)
         return expressionCompWithSet(std::move(left), std::move(op));
-      auto node = NewNode<TSQLExpressionOperatorBinary>(provider);
+      auto node = Make<TSQLExpressionOperatorBinary>(provider);
       node->SetInner(std::move(left));
       node->SetOperator(std::move(op));
       node->SetRight(expression());
@@ -591,14 +617,14 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::predicate(
     }
     case 1: {
       Get();  // "is"
-      auto node = NewNode<TSQLExpressionIsNull>(provider);
+      auto node = Make<TSQLExpressionIsNull>(provider);
       node->SetInner(std::move(left));
       node->Not = optNot();
       Get();  // "null"
       return node;
     }
     case 2: {
-      auto node = NewNode<TSQLExpressionLikeTemplate>(provider);
+      auto node = Make<TSQLExpressionLikeTemplate>(provider);
       node->SetInner(std::move(left));
       node->Not = optNot();
       node->Keyword = Get().val;
@@ -610,7 +636,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::predicate(
       return node;
     }
     case 3: {
-      auto node = NewNode<TSQLExpressionBetween>(provider);
+      auto node = Make<TSQLExpressionBetween>(provider);
       node->SetInner(std::move(left));
       node->Not = optNot();
       Get();  // "between"
@@ -625,13 +651,13 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::predicate(
       Get();  // "("
       std::unique_ptr<TSQLExpressionItem> result;
       if (Decision() == 0) {
-        auto node = NewNode<TSQLExpressionInSubQuery>(provider);
+        auto node = Make<TSQLExpressionInSubQuery>(provider);
         node->SetInner(std::move(left));
         node->Not = isNot;
         node->SetSubQuery(subSelectStatement());
         result = std::move(node);
       } else {
-        auto node = NewNode<TSQLExpressionInSet>(provider);
+        auto node = Make<TSQLExpressionInSet>(provider);
         node->SetInner(std::move(left));
         node->Not = isNot;
         node->SetList(expressionsList());
@@ -645,7 +671,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::predicate(
 
 std::unique_ptr<TSQLOperator> SQL92Parser::comparisonOperator() {
   Decision();
-  return NewNode<TSQLOperator>(provider, Get().val);
+  return Make<TSQLOperator>(provider, Get().val);
 }
 
 // The comparison operator stays with the left operand (a postfix node "a>"), which the
@@ -655,10 +681,10 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionCompWithSet(
   const std::int32_t quantifier = Decision();
   Get();
   Get();  // "("
-  auto postfix = NewNode<TSQLExpressionOperatorPostfix>(provider);
+  auto postfix = Make<TSQLExpressionOperatorPostfix>(provider);
   postfix->SetInner(std::move(left));
   postfix->SetOperator(CloneNode(*op));
-  auto node = NewNode<TSQLExpressionCompWithSubQuery>(provider);
+  auto node = Make<TSQLExpressionCompWithSubQuery>(provider);
   node->SetInner(std::move(postfix));
   node->SetOperator(std::move(op));
   node->Quantifier = static_cast<std::uint8_t>(quantifier);
@@ -668,7 +694,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionCompWithSet(
 }
 
 std::unique_ptr<TSQLExpressionsList> SQL92Parser::expressionsList() {
-  auto list = NewNode<TSQLExpressionsList>(provider);
+  auto list = Make<TSQLExpressionsList>(provider);
   list->Add(expression());
   while (Decision() == 1) {
     Get();  // ","
@@ -687,8 +713,8 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionAdd() {
   auto left = expressionFactor();
   while (Decision() == 1) {
     Decision();
-    auto node = NewNode<TSQLExpressionOperatorBinary>(provider);
-    node->SetOperator(NewNode<TSQLOperator>(provider, Get().val));
+    auto node = Make<TSQLExpressionOperatorBinary>(provider);
+    node->SetOperator(Make<TSQLOperator>(provider, Get().val));
     node->SetInner(std::move(left));
     node->SetRight(expressionFactor());
     left = std::move(node);
@@ -700,8 +726,8 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionFactor() {
   auto left = expressionUnary();
   while (Decision() == 1) {
     Decision();
-    auto node = NewNode<TSQLExpressionOperatorBinary>(provider);
-    node->SetOperator(NewNode<TSQLOperator>(provider, Get().val));
+    auto node = Make<TSQLExpressionOperatorBinary>(provider);
+    node->SetOperator(Make<TSQLOperator>(provider, Get().val));
     node->SetInner(std::move(left));
     node->SetRight(expressionUnary());
     left = std::move(node);
@@ -713,8 +739,8 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionUnary() {
   if (Decision() == 1)
     return expressionTerm();
   Decision();
-  auto node = NewNode<TSQLExpressionOperatorPrefix>(provider);
-  node->SetOperator(NewNode<TSQLOperator>(provider, Get().val));
+  auto node = Make<TSQLExpressionOperatorPrefix>(provider);
+  node->SetOperator(Make<TSQLOperator>(provider, Get().val));
   node->SetInner(expressionUnary());
   return node;
 }
@@ -723,7 +749,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionTerm() {
   switch (Decision()) {
     case 0: {
       Get();  // "("
-      auto node = NewNode<TSQLExpressionBrackets>(provider);
+      auto node = Make<TSQLExpressionBrackets>(provider);
       node->SetInner(expression());
       Get();  // ")"
       return node;
@@ -731,20 +757,20 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionTerm() {
     case 1:
       return constant();
     case 2: {
-      auto node = NewNode<TSQLExpressionColumn>(provider);
+      auto node = Make<TSQLExpressionColumn>(provider);
       node->SetColumn(dbColumn());
       return node;
     }
     case 3:
       return SQLAggregateFunction();
     case 4: {
-      auto node = NewNode<TSQLExpressionFunction>(provider);
+      auto node = Make<TSQLExpressionFunction>(provider);
       node->SetFunction(SQLfunction());
       return node;
     }
     case 5: {
       Get();  // "("
-      auto node = NewNode<TSQLExpressionSelect>(provider);
+      auto node = Make<TSQLExpressionSelect>(provider);
       node->SetSubQuery(subSelectStatement());
       Get();  // ")"
       return node;
@@ -760,7 +786,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionTerm() {
 
 std::unique_ptr<TSQLExpressionItem> SQL92Parser::constant() {
   Decision();
-  return NewNode<TSQLExpressionConstant>(provider, Get().val);
+  return Make<TSQLExpressionConstant>(provider, Get().val);
 }
 
 std::unique_ptr<TSQLExpressionItem> SQL92Parser::SQLAggregateFunction() {
@@ -776,7 +802,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::SQLAggregateFunction() {
     Decision();
     std::string name = Get().val;
     Get();  // "("
-    auto node = NewNode<TSQLExpressionAggregate1ParamWPrefix>(provider);
+    auto node = Make<TSQLExpressionAggregate1ParamWPrefix>(provider);
     node->Name = std::move(name);
     node->Quantifier = mode();
     node->SetArgument(expression());
@@ -788,11 +814,11 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::SQLAggregateFunction() {
   std::unique_ptr<TSQLExpressionItem> result;
   if (Decision() == 0) {
     Get();  // "*"
-    auto node = NewNode<TSQLExpressionAggregate>(provider);
+    auto node = Make<TSQLExpressionAggregate>(provider);
     node->Name = std::move(name);
     result = std::move(node);
   } else {
-    auto node = NewNode<TSQLExpressionAggregate1ParamWPrefix>(provider);
+    auto node = Make<TSQLExpressionAggregate1ParamWPrefix>(provider);
     node->Name = std::move(name);
     node->Quantifier = mode();
     node->SetArgument(expression());
@@ -804,13 +830,13 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::SQLAggregateFunction() {
 
 std::unique_ptr<TSQLExpressionItem> SQL92Parser::caseFunction() {
   Get();  // "case"
-  auto node = NewNode<TSQLExpressionCaseFunction>(provider);
+  auto node = Make<TSQLExpressionCaseFunction>(provider);
   const bool simple = Decision() == 0;
   if (simple)
     node->SetOperand(expression());
   auto item = [&] {
     Get();  // "when"
-    auto entry = NewNode<TSQLCaseFunctionItem>(provider);
+    auto entry = Make<TSQLCaseFunctionItem>(provider);
     entry->SetWhen(simple ? expression() : expressionLogical());
     Get();  // "then"
     entry->SetThen(expression());
@@ -830,7 +856,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::caseFunction() {
 std::unique_ptr<TSQLExpressionItem> SQL92Parser::castFunction() {
   Get();  // "cast"
   Get();  // "("
-  auto node = NewNode<TSQLExpressionCast>(provider);
+  auto node = Make<TSQLExpressionCast>(provider);
   node->SetInner(expression());
   Get();  // "as"
   node->SetType(SQLType());
@@ -840,7 +866,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::castFunction() {
 
 std::unique_ptr<TSQLExpressionItem> SQL92Parser::parameterlessFunction() {
   Decision();
-  auto node = NewNode<TSQLExpressionParameterlessFunction>(provider);
+  auto node = Make<TSQLExpressionParameterlessFunction>(provider);
   node->Name = Get().val;
   return node;
 }
@@ -858,16 +884,16 @@ std::unique_ptr<TSQLType> SQL92Parser::SQLTypeUser() {
     Get();  // "."
   }
   identifier(parts);
-  auto name = NewNode<TSQLQualifiedName>(provider);
+  auto name = Make<TSQLQualifiedName>(provider);
   for (std::string& part : parts)
     name->AddName(std::move(part));
-  auto type = NewNode<TSQLTypeUser>(provider);
+  auto type = Make<TSQLTypeUser>(provider);
   type->SetName(std::move(name));
   return type;
 }
 
 std::unique_ptr<TSQLType> SQL92Parser::SQLTypeBuiltIn() {
-  auto type = NewNode<TSQLTypeBuiltIn>(provider);
+  auto type = Make<TSQLTypeBuiltIn>(provider);
   const std::int32_t decision = Decision();
   if (decision == 0) {
     SQLType1word(type->Words);

@@ -25,7 +25,8 @@ class TSQLFunctionParamExpression : public TastNode {
   QX_CHILD_NODE(TSQLExpressionItem, Expression)
 
  public:
-  explicit TSQLFunctionParamExpression(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLFunctionParamExpression(TastSyntaxProvider* SyntaxProvider)
+      : TastNode(SyntaxProvider) {}
   ~TSQLFunctionParamExpression() override;
 
   void Assign(const TastExtender& Source) override;
@@ -61,7 +62,7 @@ class TSQLFunction : public TastNodeWithList {
   QX_CHILD_NODE(TSQLFunctionParams, Params)
 
  public:
-  explicit TSQLFunction(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLFunction(TastSyntaxProvider* SyntaxProvider) : TastNodeWithList(SyntaxProvider) {}
   ~TSQLFunction() override;
   std::string Name;
   // Qualifying parts written before the name, outermost first; an empty part stays
@@ -80,7 +81,8 @@ class TSQLOperator : public TastNode {
 
  public:
   using TastNode::TastNode;
-  TSQLOperator(TastSyntaxProvider* SyntaxProvider, std::string Text);
+  TSQLOperator(TastSyntaxProvider* SyntaxProvider, std::string Text)
+      : TastNode(SyntaxProvider), Text(std::move(Text)) {}
   std::string Text;
 
   void Assign(const TastExtender& Source) override;
@@ -148,7 +150,8 @@ class TSQLExpressionConstant : public TSQLExpressionItem {
  public:
   using TSQLExpressionItem::TSQLExpressionItem;
   TSQLExpressionConstant(TastSyntaxProvider* SyntaxProvider, TSQLConstantValue Value);
-  TSQLExpressionConstant(TastSyntaxProvider* SyntaxProvider, std::string Text);
+  TSQLExpressionConstant(TastSyntaxProvider* SyntaxProvider, std::string Text)
+      : TSQLExpressionItem(SyntaxProvider), Value(std::move(Text)) {}
   TSQLConstantValue Value;
 
   void Assign(const TastExtender& Source) override;
@@ -175,7 +178,8 @@ class TSQLExpressionColumn : public TSQLExpressionItem {
   QX_CHILD_NODE(TSQLObjectColumn, Column)
 
  public:
-  explicit TSQLExpressionColumn(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionColumn(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionItem(SyntaxProvider) {}
   ~TSQLExpressionColumn() override;
 
   bool ContainsOnlyItemsWithFromSource(const TSQLFromSource* Source) const override;
@@ -203,7 +207,8 @@ class TSQLExpressionFunction : public TSQLExpressionItem {
   QX_CHILD_NODE(TSQLFunction, Function)
 
  public:
-  explicit TSQLExpressionFunction(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionFunction(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionItem(SyntaxProvider) {}
   ~TSQLExpressionFunction() override;
 
   bool ContainsOnlyItemsWithFromSource(const TSQLFromSource* Source) const override;
@@ -235,7 +240,7 @@ class TSQLCaseFunctionItem : public TastNode {
   QX_CHILD_NODE(TSQLExpressionItem, Then)
 
  public:
-  explicit TSQLCaseFunctionItem(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLCaseFunctionItem(TastSyntaxProvider* SyntaxProvider) : TastNode(SyntaxProvider) {}
   ~TSQLCaseFunctionItem() override;
 
   void Assign(const TastExtender& Source) override;
@@ -250,7 +255,8 @@ class TSQLExpressionCaseFunction : public TSQLExpressionItem {
   QX_CHILD_NODE(TSQLExpressionItem, Else)
 
  public:
-  explicit TSQLExpressionCaseFunction(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionCaseFunction(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionItem(SyntaxProvider) {}
   ~TSQLExpressionCaseFunction() override;
 
   void AddItem(std::unique_ptr<TSQLCaseFunctionItem> Item);
@@ -286,7 +292,8 @@ class TSQLExpressionAggregate1Param : public TSQLExpressionAggregate {
   QX_CHILD_NODE(TSQLExpressionItem, Argument)
 
  public:
-  explicit TSQLExpressionAggregate1Param(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionAggregate1Param(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionAggregate(SyntaxProvider) {}
   ~TSQLExpressionAggregate1Param() override;
 
   bool ContainsOnlyItemsWithFromSource(const TSQLFromSource* Source) const override;
@@ -316,7 +323,8 @@ class TSQLExpressionAggregateWParams : public TSQLExpressionAggregate {
   QX_CHILD_NODE(TSQLFunctionParams, Params)
 
  public:
-  explicit TSQLExpressionAggregateWParams(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionAggregateWParams(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionAggregate(SyntaxProvider) {}
   ~TSQLExpressionAggregateWParams() override;
 
   bool ContainsOnlyItemsWithFromSource(const TSQLFromSource* Source) const override;
@@ -334,7 +342,8 @@ class TSQLExpressionExpressionItem : public TSQLExpressionItem {
   QX_CHILD_NODE(TSQLExpressionItem, Inner)
 
  public:
-  explicit TSQLExpressionExpressionItem(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionExpressionItem(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionItem(SyntaxProvider) {}
   ~TSQLExpressionExpressionItem() override;
 
   bool ContainsOnlyItemsWithFromSource(const TSQLFromSource* Source) const override;
@@ -408,7 +417,8 @@ class TSQLExpressionInSet : public TSQLExpressionIn {
   QX_CHILD_NODE(TSQLExpressionsList, List)
 
  public:
-  explicit TSQLExpressionInSet(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionInSet(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionIn(SyntaxProvider) {}
   ~TSQLExpressionInSet() override;
 
   void Assign(const TastExtender& Source) override;
@@ -439,7 +449,8 @@ class TSQLExpressionLikeTemplate : public TSQLExpressionLogicalOperation {
   QX_CHILD_NODE(TSQLExpressionItem, Escape)
 
  public:
-  explicit TSQLExpressionLikeTemplate(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionLikeTemplate(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionLogicalOperation(SyntaxProvider) {}
   ~TSQLExpressionLikeTemplate() override;
   std::string Keyword = "LIKE";
   bool Not = false;
@@ -456,7 +467,8 @@ class TSQLExpressionCast : public TSQLExpressionOperation {
   QX_CHILD_NODE(TSQLType, Type)
 
  public:
-  explicit TSQLExpressionCast(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionCast(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionOperation(SyntaxProvider) {}
   ~TSQLExpressionCast() override;
 
   void Assign(const TastExtender& Source) override;
@@ -470,7 +482,8 @@ class TSQLExpressionOperator : public TSQLExpressionOperation {
   QX_CHILD_NODE(TSQLOperator, Operator)
 
  public:
-  explicit TSQLExpressionOperator(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionOperator(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionOperation(SyntaxProvider) {}
   ~TSQLExpressionOperator() override;
 
   // The operator's text, empty without an operator.
@@ -505,7 +518,8 @@ class TSQLExpressionOperatorBinary : public TSQLExpressionOperator {
   QX_CHILD_NODE(TSQLExpressionItem, Right)
 
  public:
-  explicit TSQLExpressionOperatorBinary(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionOperatorBinary(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionOperator(SyntaxProvider) {}
   ~TSQLExpressionOperatorBinary() override;
 
   bool ContainsOnlyItemsWithFromSource(const TSQLFromSource* Source) const override;
@@ -570,7 +584,8 @@ class TSQLExpressionBetween : public TSQLExpressionOperation {
   QX_CHILD_NODE(TSQLExpressionItem, High)
 
  public:
-  explicit TSQLExpressionBetween(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionBetween(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionOperation(SyntaxProvider) {}
   ~TSQLExpressionBetween() override;
   bool Not = false;
 
@@ -652,7 +667,8 @@ class TSQLExpressionOverlaps : public TSQLExpressionItem {
   QX_CHILD_NODE(TSQLExpressionItem, Fourth)
 
  public:
-  explicit TSQLExpressionOverlaps(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLExpressionOverlaps(TastSyntaxProvider* SyntaxProvider)
+      : TSQLExpressionItem(SyntaxProvider) {}
   ~TSQLExpressionOverlaps() override;
 
   bool IsLogical() const override { return true; }

@@ -19,8 +19,9 @@ class TSQLAlias : public TastNode {
   QX_CLASS(TastClass)
 
  public:
-  explicit TSQLAlias(TastSyntaxProvider* SyntaxProvider);
-  TSQLAlias(TastSyntaxProvider* SyntaxProvider, std::string Name);
+  explicit TSQLAlias(TastSyntaxProvider* SyntaxProvider) : TastNode(SyntaxProvider) {}
+  TSQLAlias(TastSyntaxProvider* SyntaxProvider, std::string Name)
+      : TastNode(SyntaxProvider), Name(std::move(Name)) {}
   std::string Name;
 
   void Assign(const TastExtender& Source) override;
@@ -216,7 +217,7 @@ class TSQLFromObject : public TSQLFromSource {
   QX_CHILD_NODE(TSQLDatabaseObject, DatabaseObject)
 
  public:
-  explicit TSQLFromObject(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLFromObject(TastSyntaxProvider* SyntaxProvider) : TSQLFromSource(SyntaxProvider) {}
   ~TSQLFromObject() override;
 
   void Assign(const TastExtender& Source) override;
@@ -231,7 +232,7 @@ class TSQLFromVariable : public TSQLFromSource {
   QX_CLASS(TastClass)
 
  public:
-  explicit TSQLFromVariable(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLFromVariable(TastSyntaxProvider* SyntaxProvider) : TSQLFromSource(SyntaxProvider) {}
   std::string VariableName;
 
   void Assign(const TastExtender& Source) override;
@@ -246,7 +247,7 @@ class TSQLFromItem : public TSQLFromSource {
   QX_CLASS(TastClass)
 
  public:
-  explicit TSQLFromItem(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLFromItem(TastSyntaxProvider* SyntaxProvider) : TSQLFromSource(SyntaxProvider) {}
   ~TSQLFromItem() override;
 
   void Add(std::unique_ptr<TSQLFromSource> Source);

@@ -18,7 +18,7 @@ class TSQLQualifiedName : public TastNode {
   QX_CLASS(TastClass)
 
  public:
-  explicit TSQLQualifiedName(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLQualifiedName(TastSyntaxProvider* SyntaxProvider) : TastNode(SyntaxProvider) {}
 
   // Inserts a new innermost part: adding a, b, c in that order makes c the object name.
   void AddName(std::string Name);
@@ -76,7 +76,8 @@ class TSQLDatabaseObject : public TSQLQualifiedName {
   QX_CLASS(TastClass)
 
  public:
-  explicit TSQLDatabaseObject(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLDatabaseObject(TastSyntaxProvider* SyntaxProvider)
+      : TSQLQualifiedName(SyntaxProvider) {}
 
   TSQLFromSource* GetFromSource() const { return FromSource_; }
   void SetFromSource(TSQLFromSource* Source) { FromSource_ = Source; }
@@ -106,7 +107,8 @@ class TSQLObjectColumn : public TSQLDatabaseObject {
   QX_CLASS(TastClass)
 
  public:
-  explicit TSQLObjectColumn(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLObjectColumn(TastSyntaxProvider* SyntaxProvider)
+      : TSQLDatabaseObject(SyntaxProvider) {}
 
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
   void FixupObjects(std::vector<TSQLFromSource*>& List) override;

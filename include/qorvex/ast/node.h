@@ -64,10 +64,10 @@ class TastExtender {
   QX_ROOT_CLASS(TastClass)
 
  public:
-  explicit TastExtender(TastSyntaxProvider* SyntaxProvider);
+  explicit TastExtender(TastSyntaxProvider* SyntaxProvider) : SyntaxProvider_(SyntaxProvider) {}
   TastExtender(const TastExtender&) = delete;
   TastExtender& operator=(const TastExtender&) = delete;
-  virtual ~TastExtender();
+  virtual ~TastExtender() = default;
 
   // Trees are made and freed a node at a time in large numbers: nodes and extenders
   // take their memory from per-thread lists of recycled blocks.
@@ -122,8 +122,9 @@ class TastNode : public TastExtender {
   QX_CLASS(TastClass)
 
  public:
-  explicit TastNode(TastSyntaxProvider* SyntaxProvider);
-  ~TastNode() override;
+  // Inline, as every node's constructor and destructor runs through them.
+  explicit TastNode(TastSyntaxProvider* SyntaxProvider) : TastExtender(SyntaxProvider) {}
+  ~TastNode() override = default;
 
   // Attaches the extender of the node's class (runs UpdateExtender).
   void AfterConstruction();

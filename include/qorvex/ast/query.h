@@ -38,7 +38,8 @@ class TSQLSelectItemAllTableColumns : public TSQLSelectItem {
   QX_CHILD_NODE(TSQLDatabaseObject, Qualifier)
 
  public:
-  explicit TSQLSelectItemAllTableColumns(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLSelectItemAllTableColumns(TastSyntaxProvider* SyntaxProvider)
+      : TSQLSelectItem(SyntaxProvider) {}
   ~TSQLSelectItemAllTableColumns() override;
 
   void Assign(const TastExtender& Source) override;
@@ -54,7 +55,8 @@ class TSQLSelectItemExpression : public TSQLSelectItem {
   QX_CHILD_NODE(TSQLAlias, Alias)
 
  public:
-  explicit TSQLSelectItemExpression(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLSelectItemExpression(TastSyntaxProvider* SyntaxProvider)
+      : TSQLSelectItem(SyntaxProvider) {}
   ~TSQLSelectItemExpression() override;
 
   void Assign(const TastExtender& Source) override;
@@ -85,7 +87,7 @@ class TSQLOrderByItem : public TastNode {
   QX_CHILD_NODE(TSQLExpressionItem, Expression)
 
  public:
-  explicit TSQLOrderByItem(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLOrderByItem(TastSyntaxProvider* SyntaxProvider) : TastNode(SyntaxProvider) {}
   ~TSQLOrderByItem() override;
   bool Descending = false;
 
@@ -170,7 +172,8 @@ class TSQLSubQuerySelectExpression : public TSQLSubQueryExpression {
   QX_CHILD_NODE(TSQLOrderByClause, OrderBy)
 
  public:
-  explicit TSQLSubQuerySelectExpression(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLSubQuerySelectExpression(TastSyntaxProvider* SyntaxProvider)
+      : TSQLSubQueryExpression(SyntaxProvider) {}
   ~TSQLSubQuerySelectExpression() override;
 
   // Clones every clause and rebinds names in the copy to the copy's FROM sources.
@@ -214,7 +217,8 @@ class TSQLSubSelectStatement : public TSQLSubQueryExpressions {
   QX_CHILD_NODE(TSQLOrderByClause, OrderBy)
 
  public:
-  explicit TSQLSubSelectStatement(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLSubSelectStatement(TastSyntaxProvider* SyntaxProvider)
+      : TSQLSubQueryExpressions(SyntaxProvider) {}
   ~TSQLSubSelectStatement() override;
 
   void Assign(const TastExtender& Source) override;

@@ -47,7 +47,7 @@ class TSQLTypeUser : public TSQLType {
   QX_CHILD_NODE(TSQLQualifiedName, Name)
 
  public:
-  explicit TSQLTypeUser(TastSyntaxProvider* SyntaxProvider);
+  explicit TSQLTypeUser(TastSyntaxProvider* SyntaxProvider) : TSQLType(SyntaxProvider) {}
   ~TSQLTypeUser() override;
 
   void Assign(const TastExtender& Source) override;
