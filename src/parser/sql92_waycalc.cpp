@@ -601,7 +601,8 @@ void SQL92Parser::Entry(TqxWayList& ways, F&& calc) {
 }
 
 void SQL92Parser::ForgetWorked() {
-  std::memset(workedIndex_.data(), 0, workedIndex_.size() * sizeof(std::int32_t));
+  if (!workedIndex_.empty())
+    std::memset(workedIndex_.data(), 0, workedIndex_.size() * sizeof(std::int32_t));
   worked_.clear();
   workedLeaves_.clear();
   workedEnds_.clear();
