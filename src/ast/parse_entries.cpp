@@ -26,8 +26,22 @@ std::unique_ptr<Result> RunParse(TastSyntaxProvider& provider, const std::string
   scanner->Init(text);
   std::unique_ptr<TqxBaseParser> parser =
       provider.GetParserClass().Create(scanner.get(), &provider);
-  TqxWayPoint* root = parser->NewWayPoint(nullptr);
-  TqxWayList ways{root};
+  // The list of ways is kept per thread for the next parse (a nested parse, made while
+  // this one builds its tree, finds it taken and makes its own).
+  static thread_local TqxWayList spareWays;
+  TqxWayList ways;
+  ways.swap(spareWays);
+  struct GiveBack {
+    TqxWayList& ways;
+    ~GiveBack() {
+      if (spareWays.capacity() == 0 && ways.capacity() <= 4096) {
+        ways.clear();
+        ways.swap(spareWays);
+      }
+    }
+  } giveBack{ways};
+  ways.clear();
+  ways.push_back(parser->NewWayPoint(nullptr));
   try {
     (parser.get()->*wayCalc)(ways);
   } catch (const TqxNestingLimit& limit) {

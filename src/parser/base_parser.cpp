@@ -1,5 +1,7 @@
 #include "qorvex/parser/base_parser.h"
 
+#include "core/small_blocks.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -188,6 +190,14 @@ TqxBaseParser::TqxBaseParser(TqxBaseScanner* scanner, TastSyntaxProvider* provid
 }
 
 // The buffers go back to the thread unless they have grown large.
+void* TqxBaseParser::operator new(std::size_t Size) {
+  return AllocateSmallBlock(Size);
+}
+
+void TqxBaseParser::operator delete(void* Block, std::size_t Size) noexcept {
+  FreeSmallBlock(Block, Size);
+}
+
 TqxBaseParser::~TqxBaseParser() {
   constexpr std::size_t kKeep = 16384;
   if (kinds_.capacity() <= kKeep && spareKinds.capacity() == 0) {

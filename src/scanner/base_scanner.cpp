@@ -1,5 +1,7 @@
 #include "qorvex/scanner/base_scanner.h"
 
+#include "core/small_blocks.h"
+
 #include <memory>
 #include <new>
 
@@ -75,6 +77,14 @@ TqxToken* TqxBaseScanner::NewChunk() {
   chunks_.reserve(chunks_.size() + 1);
   chunks_.push_back(ChunkPool().Take());
   return chunks_.back();
+}
+
+void* TqxBaseScanner::operator new(std::size_t Size) {
+  return AllocateSmallBlock(Size);
+}
+
+void TqxBaseScanner::operator delete(void* Block, std::size_t Size) noexcept {
+  FreeSmallBlock(Block, Size);
 }
 
 TqxBaseScanner::~TqxBaseScanner() {

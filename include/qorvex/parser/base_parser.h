@@ -170,6 +170,10 @@ class TqxBaseParser {
   TqxBaseParser(const TqxBaseParser&) = delete;
   TqxBaseParser& operator=(const TqxBaseParser&) = delete;
   virtual ~TqxBaseParser();
+  // A parser is made for every parse: its memory comes from the per-thread recycled
+  // blocks of the syntax tree.
+  static void* operator new(std::size_t Size);
+  static void operator delete(void* Block, std::size_t Size) noexcept;
 
   // The parse entries: each way calculation advances `ways` over its production, each
   // building operation replays the chosen way (after UnrollWay and one GetWayNode for

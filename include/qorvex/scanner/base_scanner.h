@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <new>
 #include <string_view>
@@ -62,6 +63,10 @@ class TqxBaseScanner {
   TqxBaseScanner(const TqxBaseScanner&) = delete;
   TqxBaseScanner& operator=(const TqxBaseScanner&) = delete;
   virtual ~TqxBaseScanner();
+  // A scanner is made for every parse: its memory comes from the per-thread recycled
+  // blocks of the syntax tree.
+  static void* operator new(std::size_t Size);
+  static void operator delete(void* Block, std::size_t Size) noexcept;
 
   // Scans the whole text and appends its tokens, the end token ("EOF") last. The
   // existing list is not cleared: a scanner serves one text.
