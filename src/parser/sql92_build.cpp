@@ -224,19 +224,22 @@ std::unique_ptr<TSQLSelectStatement> SQL92Parser::SQL92() {
 
 // ---- statement level ----------------------------------------------------------------
 
+// selectStatement and subSelectStatement: queryExpression [ orderByClause ]
+void SQL92Parser::statementBody(TSQLSubSelectStatement& statement) {
+  queryExpression(statement);
+  if (Decision() == 1)
+    statement.SetOrderBy(orderByClause());
+}
+
 std::unique_ptr<TSQLSelectStatement> SQL92Parser::selectStatement() {
   auto statement = Make<TSQLSelectStatement>(provider);
-  queryExpression(*statement);
-  if (Decision() == 1)
-    statement->SetOrderBy(orderByClause());
+  statementBody(*statement);
   return statement;
 }
 
 std::unique_ptr<TSQLSubSelectStatement> SQL92Parser::subSelectStatement() {
   auto statement = Make<TSQLSubSelectStatement>(provider);
-  queryExpression(*statement);
-  if (Decision() == 1)
-    statement->SetOrderBy(orderByClause());
+  statementBody(*statement);
   return statement;
 }
 

@@ -86,6 +86,7 @@ class SQL92Parser : public TqxBaseParser {
   std::unique_ptr<TSQLSelectStatement> selectStatement();
   void subSelectStatementWayCalc(TqxWayList& ways);
   std::unique_ptr<TSQLSubSelectStatement> subSelectStatement();
+  void statementBody(TSQLSubSelectStatement& statement);
   void queryExpressionWayCalc(TqxWayList& ways);
   void queryExpression(TSQLSubQueryExpressions& list);
   void subQueryExpressionWayCalc(TqxWayList& ways);
