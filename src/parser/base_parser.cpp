@@ -217,6 +217,17 @@ void TqxBaseParser::WayOverrun() {
 // is replaced by that stretch; the stretches still to finish wait on a stack, which
 // keeps deep nesting off the call stack.
 void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
+  wayIndex = -1;
+  tokenIndex = -1;
+  t = nullptr;
+  maxErrIndex = -1;
+  if (leaf != nullptr && leaf == straightLeaf_) {
+    straight_ = straightRoot_;
+    wayLength_ = static_cast<std::uint32_t>(leaf - straightRoot_ + 1);
+    wayFirst_ = nullptr;
+    return;
+  }
+  straight_ = nullptr;
   struct Run {
     const TqxWayPoint* at;
     const TqxWayPoint* stop;
@@ -256,10 +267,25 @@ void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
   }
   wayFirst_ = wayBuffer_.data() + pos;
   wayLength_ = static_cast<std::uint32_t>(end - pos);
-  wayIndex = -1;
-  tokenIndex = -1;
-  t = nullptr;
-  maxErrIndex = -1;
+}
+
+void TqxBaseParser::SetStraightWay(const TqxWayPoint* root, const TqxWayPoint* leaf,
+                                   std::size_t count) {
+  straightRoot_ = straightLeaf_ = nullptr;
+  if (root->parent == nullptr && BlockOf(root) == BlockOf(leaf) &&
+      static_cast<std::size_t>(leaf - root) == count) {
+    straightRoot_ = root;
+    straightLeaf_ = leaf;
+  }
+}
+
+std::span<const TqxWayPoint* const> TqxBaseParser::GetWay() const {
+  if (straight_ == nullptr)
+    return {wayFirst_, wayLength_};
+  wayBuffer_.resize(wayLength_);
+  for (std::uint32_t i = 0; i < wayLength_; ++i)
+    wayBuffer_[i] = straight_ + i;
+  return {wayBuffer_.data(), wayLength_};
 }
 
 void TqxBaseParser::AddWayNode(TqxWayList& ways, std::int32_t decision) {

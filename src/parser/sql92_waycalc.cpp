@@ -579,11 +579,13 @@ void SQL92Parser::ExpectSize(TqxWayList& ways) {
 // text is worked out again keeping each dying way long enough to raise the error index
 // where it fails, so the error is reported at the farthest token.
 template <class F>
-void SQL92Parser::Entry(TqxWayList& ways, F&& calc) {
+void SQL92Parser::Entry(TqxWayList& ways, DirectEntry entry, F&& calc) {
   if (plain_ || ways.empty()) {
     calc(ways);
     return;
   }
+  if (ways.size() == 1 && ReadDirect(ways, entry))
+    return;
   ListRef start = TakeList();
   *start = ways;
   const std::int32_t startErr = maxErrIndex;
@@ -609,19 +611,19 @@ void SQL92Parser::ForgetWorked() {
 }
 
 void SQL92Parser::ParseSelectWayCalc(TqxWayList& ways) {
-  Entry(ways, [&](TqxWayList& w) { selectStatementWayCalc(w); });
+  Entry(ways, DirectEntry::kSelect, [&](TqxWayList& w) { selectStatementWayCalc(w); });
 }
 void SQL92Parser::ParseObjectNameWayCalc(TqxWayList& ways) {
-  Entry(ways, [&](TqxWayList& w) { dbObjectWayCalc(w); });
+  Entry(ways, DirectEntry::kObject, [&](TqxWayList& w) { dbObjectWayCalc(w); });
 }
 void SQL92Parser::ParseExpressionWayCalc(TqxWayList& ways) {
-  Entry(ways, [&](TqxWayList& w) { expressionWayCalc(w); });
+  Entry(ways, DirectEntry::kExpression, [&](TqxWayList& w) { expressionWayCalc(w); });
 }
 void SQL92Parser::ParseSelectItemWayCalc(TqxWayList& ways) {
-  Entry(ways, [&](TqxWayList& w) { selectItemWayCalc(w); });
+  Entry(ways, DirectEntry::kItem, [&](TqxWayList& w) { selectItemWayCalc(w); });
 }
 void SQL92Parser::ParseLogicalExpressionWayCalc(TqxWayList& ways) {
-  Entry(ways, [&](TqxWayList& w) { expressionLogicalWayCalc(w); });
+  Entry(ways, DirectEntry::kLogical, [&](TqxWayList& w) { expressionLogicalWayCalc(w); });
 }
 
 void SQL92Parser::SQL92WayCalc(TqxWayList& ways) {

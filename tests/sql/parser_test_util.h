@@ -84,6 +84,27 @@ struct WayOutcome {
   bool operator==(const WayOutcome&) const = default;
 };
 
+// Runs the way calculation of `entry` over `ways`.
+inline void RunWayCalc(SQL92Parser& parser, Entry entry, TqxWayList& ways) {
+  switch (entry) {
+    case Entry::kSelect:
+      parser.ParseSelectWayCalc(ways);
+      break;
+    case Entry::kExpression:
+      parser.ParseExpressionWayCalc(ways);
+      break;
+    case Entry::kLogical:
+      parser.ParseLogicalExpressionWayCalc(ways);
+      break;
+    case Entry::kObject:
+      parser.ParseObjectNameWayCalc(ways);
+      break;
+    case Entry::kItem:
+      parser.ParseSelectItemWayCalc(ways);
+      break;
+  }
+}
+
 inline WayOutcome CalculateWays(const std::string& text, Entry entry, bool plain) {
   TastSQL92SyntaxProvider provider;
   SQL92Scanner scanner;
@@ -93,23 +114,7 @@ inline WayOutcome CalculateWays(const std::string& text, Entry entry, bool plain
   TqxWayList ways{parser.NewWayPoint(nullptr)};
   WayOutcome out;
   try {
-    switch (entry) {
-      case Entry::kSelect:
-        parser.ParseSelectWayCalc(ways);
-        break;
-      case Entry::kExpression:
-        parser.ParseExpressionWayCalc(ways);
-        break;
-      case Entry::kLogical:
-        parser.ParseLogicalExpressionWayCalc(ways);
-        break;
-      case Entry::kObject:
-        parser.ParseObjectNameWayCalc(ways);
-        break;
-      case Entry::kItem:
-        parser.ParseSelectItemWayCalc(ways);
-        break;
-    }
+    RunWayCalc(parser, entry, ways);
   } catch (const TqxNestingLimit& limit) {
     out.nestingLimit = true;
     out.maxErrIndex = limit.tokenIndex;

@@ -199,7 +199,7 @@ class TqxBaseParser {
   const TqxWayPoint* GetWayNode() {
     if (static_cast<std::uint32_t>(++wayIndex) >= wayLength_) [[unlikely]]
       WayOverrun();
-    return wayFirst_[wayIndex];
+    return straight_ != nullptr ? straight_ + wayIndex : wayFirst_[wayIndex];
   }
   // Makes the path from the root to `leaf` the way to replay and resets the replay.
   void UnrollWay(const TqxWayPoint* leaf);
@@ -237,7 +237,7 @@ class TqxBaseParser {
   TqxBaseScanner* GetScanner() const { return scanner; }
   TastSyntaxProvider* GetProvider() const { return provider; }
   // The way being replayed, root first.
-  std::span<const TqxWayPoint* const> GetWay() const { return {wayFirst_, wayLength_}; }
+  std::span<const TqxWayPoint* const> GetWay() const;
   // Index of the way point that GetWayNode gave last (-1 before the first).
   std::int32_t GetWayIndex() const { return wayIndex; }
   std::size_t GetWayPointCount() const { return arena_.Size(); }
@@ -258,6 +258,10 @@ class TqxBaseParser {
     if (index > maxErrIndex)
       maxErrIndex = index;
   }
+  // Tells UnrollWay that the way from `root` to `leaf` consists of the `count` points
+  // made one after the other after `root`, so that it can be replayed in place when they
+  // lie in one block of the arena.
+  void SetStraightWay(const TqxWayPoint* root, const TqxWayPoint* leaf, std::size_t count);
 
   TqxBaseScanner* scanner;
   TastSyntaxProvider* provider;
@@ -267,9 +271,14 @@ class TqxBaseParser {
   std::int32_t wayIndex = -1;
   // Storage of the replayed way: UnrollWay fills it from the back, so the way (root
   // first) is the last wayLength_ entries, starting at wayFirst_.
-  std::vector<const TqxWayPoint*> wayBuffer_;
+  // (GetWay fills it on demand for a way replayed in place.)
+  mutable std::vector<const TqxWayPoint*> wayBuffer_;
   const TqxWayPoint* const* wayFirst_ = nullptr;
   std::uint32_t wayLength_ = 0;
+  // A way replayed in place: its points, root first, lie one after the other here.
+  const TqxWayPoint* straight_ = nullptr;
+  const TqxWayPoint* straightRoot_ = nullptr;
+  const TqxWayPoint* straightLeaf_ = nullptr;
 
  private:
   [[noreturn]] static void WayOverrun();

@@ -212,9 +212,15 @@ class SQL92Parser : public TqxBaseParser {
   void namePartWayCalc(TqxWayList& ways);
   void namePart(TastVector<std::string>& parts);
 
-  // Runs the way calculation of a parse entry (twice when the text has no reading).
+  // Runs the way calculation of a parse entry: first the direct reading, then, when that
+  // does not settle the text, the way calculation (twice when the text has no reading).
+  enum class DirectEntry { kSelect, kObject, kExpression, kItem, kLogical };
   template <class F>
-  void Entry(TqxWayList& ways, F&& calc);
+  void Entry(TqxWayList& ways, DirectEntry entry, F&& calc);
+  // Reads the text along one way, deciding by the tokens ahead, as far as that settles
+  // which way comes first; true with `ways` holding that way when it reached the end.
+  bool ReadDirect(TqxWayList& ways, DirectEntry entry);
+  class DirectReader;
   void ForgetWorked();
   // Drops the ways standing before a token for which `dead` says they have no future. While
   // errors are worked out exactly, only when the error index already stands at that token

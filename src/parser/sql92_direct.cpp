@@ -1,0 +1,843 @@
+// The direct reading of the SQL-92 grammar: one way, taken decision by decision, for the
+// texts whose first reading can be settled by looking a few tokens ahead.
+//
+// At every decision the reader takes the most preferred alternative that can still
+// complete (an option taken before skipped, the earlier alternative first; repetitions go
+// on while their first token follows, as no list of this grammar is followed by its own
+// separator). An alternative is passed over only where the tokens show that it dies:
+// its first token does not fit, or a token further on that every reading of it needs is
+// missing. So when the reading arrives at the end of the text, no earlier way can be
+// complete, and it is the first way, with the decisions the way calculation records.
+// When the reader meets a text it cannot settle so (an alternative it took dies, a
+// bracket that could open several constructs, an unusual name), it gives up and the way
+// calculation works the text out; the points it made are then marked removed.
+#include <charconv>
+#include <string>
+#include <vector>
+
+#include "parser/sql92_grammar.h"
+#include "qorvex/parser/sql92_first_sets.h"
+#include "qorvex/parser/sql92_parser.h"
+
+namespace qorvex {
+
+using namespace sql92first;
+using namespace sql92grammar;
+
+namespace {
+
+// The reader's way ended before the text did, or the text needs the way calculation.
+struct DirectMiss {};
+
+// What may follow a condition: "and", "or", the end of its bracket, "then" of a searched
+// CASE, what follows a WHERE or HAVING condition, and what follows a join's ON condition
+// (the next join, the "on" of an enclosing join, the end of a bracketed join).
+constexpr TqxTokenSet kFollowCondition =
+    TqxTokenSet{tkKwAnd, tkKwOr, tkRParen, tkKwThen, tkKwOn} | kFollowFromClause | kJoinedTable;
+
+// The direct reading keeps to half the parser's nesting bound, so that a text reaching
+// the bound on any of its readings is left to the way calculation, which reports it.
+constexpr std::int32_t kDirectNesting = SQL92Parser::kMaxNesting / 2;
+
+}  // namespace
+
+class SQL92Parser::DirectReader {
+ public:
+  DirectReader(SQL92Parser& parser, TqxWayPoint* start) : p_(parser), w_(start) {}
+
+  TqxWayPoint* Leaf() const { return w_; }
+  std::size_t Marks() const { return marks_; }
+  bool AtEnd() const { return Next() == tkEof; }
+
+  void SelectStatement() {
+    QueryExpression();
+    Opt(Next() == tkKwOrder, [&] { OrderByClause(); });
+  }
+  void DbObject() {
+    Name(kObjectQualifiers);
+    if (kCannotFollowName.Has(Next()))
+      throw DirectMiss{};
+  }
+  void SelectItem();
+  void Expression();
+  void ExpressionLogical();
+
+ private:
+  // ---- tokens and decisions
+  std::int32_t Next() const { return p_.NextKind(w_->tokenIndex); }
+  std::int32_t Ahead(std::int32_t n) const { return p_.NextKind(w_->tokenIndex + n); }
+  void Mark(std::int32_t decision) {
+    w_ = p_.NewWayPoint(w_, decision);
+    ++marks_;
+  }
+  void Expect(std::int32_t kind) {
+    if (Next() != kind)
+      throw DirectMiss{};
+    ++w_->tokenIndex;
+  }
+  // A choice among single tokens: the decision is the token's place in `kinds`.
+  void TokenOf(const std::int32_t* kinds, std::int32_t count) {
+    const std::int32_t kind = Next();
+    for (std::int32_t i = 0; i < count; ++i) {
+      if (kinds[i] == kind) {
+        Mark(i);
+        ++w_->tokenIndex;
+        return;
+      }
+    }
+    throw DirectMiss{};
+  }
+  template <class F>
+  void Opt(bool take, F&& part) {
+    if (!take) {
+      Mark(0);
+      return;
+    }
+    Mark(1);
+    part();
+  }
+  void OptToken(std::int32_t kind) {
+    Opt(Next() == kind, [&] { ++w_->tokenIndex; });
+  }
+  template <class F>
+  void Iter(const TqxTokenSet& first, F&& part) {
+    while (first.Has(Next())) {
+      Mark(1);
+      part();
+    }
+    Mark(0);
+  }
+  void Enter() {
+    if (++depth_ > kDirectNesting)
+      throw DirectMiss{};
+  }
+  void Leave() { --depth_; }
+
+  // ---- statement level
+  void SubSelectStatement() { SelectStatement(); }
+  void QueryExpression() {
+    Enter();
+    SubQueryExpression();
+    Iter(kSetOperator, [&] {
+      TokenOf(kSetOperatorKinds, 3);
+      OptToken(tkKwAll);
+      SubQueryExpression();
+    });
+    Leave();
+  }
+  void SubQueryExpression() {
+    const std::int32_t kind = Next();
+    if (kind == tkKwSelect) {
+      Mark(0);
+      QuerySpecification();
+    } else if (kind == tkLParen) {
+      Mark(1);
+      ++w_->tokenIndex;
+      QueryExpression();
+      Expect(tkRParen);
+    } else {
+      throw DirectMiss{};
+    }
+  }
+  void QuerySpecification();
+  void SelectList() {
+    Opt(kSelectItem.Has(Next()), [&] {
+      SelectItem();
+      Iter(TqxTokenSet{tkComma}, [&] {
+        ++w_->tokenIndex;
+        SelectItem();
+      });
+    });
+  }
+  void OptAs() { OptToken(tkKwAs); }
+  void OptAlias() {
+    Opt(kAsAlias.Has(Next()), [&] {
+      OptAs();
+      Alias();
+    });
+  }
+  void Alias();
+  void OrderByClause() {
+    Expect(tkKwOrder);
+    Expect(tkKwBy);
+    OrderByItem();
+    Iter(TqxTokenSet{tkComma}, [&] {
+      ++w_->tokenIndex;
+      OrderByItem();
+    });
+  }
+  void OrderByItem() {
+    Expression();
+    Opt(kOrderDirection.Has(Next()), [&] { TokenOf(kOrderDirectionKinds, 2); });
+  }
+  void GroupByList() {
+    Expect(tkKwGroup);
+    Expect(tkKwBy);
+    ExpressionsList();
+  }
+  void TableSource() {
+    Enter();
+    SubTableSource();
+    Iter(kJoinedTable, [&] { JoinedTable(); });
+    Leave();
+  }
+  void SubTableSource();
+  void JoinedTable();
+  void SQLfunction() {
+    Name(kObjectQualifiers);
+    Expect(tkLParen);
+    Opt(kExpression.Has(Next()), [&] { ExpressionsList(); });
+    Expect(tkRParen);
+  }
+  // A name chain part.part...part, each token one part: the only reading of a name
+  // that nothing can follow with a ".", as every shorter reading stands before one.
+  void Name(int levels);
+  void KeywordAsIdentifier() {
+    Mark(Next() - kFirstNonReservedKeyword);
+    ++w_->tokenIndex;
+  }
+  void Identifier() { TokenOf(kIdentifierKinds, 2); }
+
+  // ---- expressions
+  void ExpressionsList() {
+    Expression();
+    Iter(TqxTokenSet{tkComma}, [&] {
+      ++w_->tokenIndex;
+      Expression();
+    });
+  }
+  void ExpressionAnd() {
+    ExpressionNot();
+    Iter(TqxTokenSet{tkKwAnd}, [&] {
+      ++w_->tokenIndex;
+      ExpressionNot();
+    });
+  }
+  void ExpressionNot();
+  void ExpressionLogicalTerm();
+  bool LogicalBracketsFit();
+  void Predicate();
+  void ExpressionFactor() {
+    ExpressionUnary();
+    const std::int32_t depth = depth_;
+    Iter(kFactorOperator, [&] {
+      Enter();
+      TokenOf(kFactorKinds, 3);
+      ExpressionUnary();
+    });
+    depth_ = depth;
+  }
+  void ExpressionUnary();
+  void ExpressionTerm();
+  void AggregateFunction();
+  void CaseFunction();
+  void CastFunction() {
+    Expect(tkKwCast);
+    Expect(tkLParen);
+    Expression();
+    Expect(tkKwAs);
+    SQLType();
+    Expect(tkRParen);
+  }
+  void SQLType();
+  void SQLTypeBuiltIn();
+  bool SizeAt(std::int32_t tokenIndex) const;
+
+  SQL92Parser& p_;
+  TqxWayPoint* w_;
+  std::int32_t depth_ = 0;
+  std::size_t marks_ = 0;
+  // Index of the matching ")" for each "(", worked out when first needed.
+  std::vector<std::int32_t> match_;
+};
+
+// querySpecification: selectClause [ fromClause ] [ "where" expressionLogical ]
+//                     [ groupByList ] [ "having" expressionLogical ]
+void SQL92Parser::DirectReader::QuerySpecification() {
+  Expect(tkKwSelect);
+  Opt(kSelectMode.Has(Next()), [&] { TokenOf(kSelectModeKinds, 2); });
+  SelectList();
+  Opt(Next() == tkKwFrom, [&] {
+    ++w_->tokenIndex;
+    Opt(kTableSource.Has(Next()), [&] { TableSource(); });
+  });
+  Opt(Next() == tkKwWhere, [&] {
+    ++w_->tokenIndex;
+    ExpressionLogical();
+  });
+  Opt(Next() == tkKwGroup, [&] { GroupByList(); });
+  Opt(Next() == tkKwHaving, [&] {
+    ++w_->tokenIndex;
+    ExpressionLogical();
+  });
+}
+
+// selectItem: "*" | alias2 "=" expression | dbObject ".*" | expression [ [ "as" ] alias1 ]
+// The alias of the second form is one token, so "=" must follow it; the name chain of the
+// third must end before ".*".
+void SQL92Parser::DirectReader::SelectItem() {
+  const std::int32_t kind = Next();
+  if (kind == tkStar) {
+    Mark(0);
+    ++w_->tokenIndex;
+  } else if (kSelectItemAliasEquals.Has(kind) && Ahead(1) == tkEqual) {
+    Mark(1);
+    Alias();
+    Expect(tkEqual);
+    Expression();
+  } else if (kSelectItemAllColumns.Has(kind) &&
+             p_.NextKind(p_.NameRunEnd(w_->tokenIndex)) == tkDotStar) {
+    Mark(2);
+    Name(kObjectQualifiers);
+    Expect(tkDotStar);
+  } else if (kSelectItemExpression.Has(kind)) {
+    Mark(3);
+    Expression();
+    OptAlias();
+  } else {
+    throw DirectMiss{};
+  }
+}
+
+// alias1, alias2: identifier | string literal | keywordAsIdentifier
+void SQL92Parser::DirectReader::Alias() {
+  const std::int32_t kind = Next();
+  if (kIdentifier.Has(kind)) {
+    Mark(0);
+    Identifier();
+  } else if (kind == tkString) {
+    Mark(1);
+    ++w_->tokenIndex;
+  } else if (kKeywordAsIdentifier.Has(kind)) {
+    Mark(2);
+    KeywordAsIdentifier();
+  } else {
+    throw DirectMiss{};
+  }
+}
+
+// subTableSource: "(" ( tableSource ")" | subSelectStatement ")" [ "as" ] alias1
+//                       [ "(" alias1 { "," alias1 } ")" ] )
+//               | SQLfunction [ [ "as" ] alias1 ] | dbObject [ [ "as" ] alias1 ]
+// A function needs "(" after its name chain.
+void SQL92Parser::DirectReader::SubTableSource() {
+  const std::int32_t kind = Next();
+  if (kind == tkLParen) {
+    Mark(0);
+    ++w_->tokenIndex;
+    const std::int32_t inner = Next();
+    if (kTableSource.Has(inner)) {
+      Mark(0);
+      TableSource();
+      Expect(tkRParen);
+    } else if (kSubSelectStatement.Has(inner)) {
+      Mark(1);
+      SubSelectStatement();
+      Expect(tkRParen);
+      OptAs();
+      Alias();
+      Opt(Next() == tkLParen, [&] {
+        ++w_->tokenIndex;
+        Alias();
+        Iter(TqxTokenSet{tkComma}, [&] {
+          ++w_->tokenIndex;
+          Alias();
+        });
+        Expect(tkRParen);
+      });
+    } else {
+      throw DirectMiss{};
+    }
+  } else if (kDbObject.Has(kind)) {
+    if (p_.NextKind(p_.NameRunEnd(w_->tokenIndex)) == tkLParen) {
+      Mark(1);
+      SQLfunction();
+    } else {
+      Mark(2);
+      DbObject();
+    }
+    OptAlias();
+  } else {
+    throw DirectMiss{};
+  }
+}
+
+// joinedTable: "," subTableSource | "cross" "join" subTableSource
+//            | [ "inner" | ( "left" | "right" | "full" ) [ "outer" ] ] "join"
+//              ( subTableSource | tableSourceInner ) "on" expressionLogical
+// A join whose right side is itself a join (tableSourceInner) is left to the way
+// calculation: the reader takes the first alternative and misses at its "on".
+void SQL92Parser::DirectReader::JoinedTable() {
+  const std::int32_t kind = Next();
+  if (kind == tkComma) {
+    Mark(0);
+    ++w_->tokenIndex;
+    SubTableSource();
+  } else if (kind == tkKwCross) {
+    Mark(1);
+    ++w_->tokenIndex;
+    Expect(tkKwJoin);
+    SubTableSource();
+  } else {
+    Mark(2);
+    Opt(kJoinKindWord.Has(kind), [&] {
+      if (kind == tkKwInner) {
+        Mark(0);
+        ++w_->tokenIndex;
+      } else {
+        Mark(1);
+        TokenOf(kOuterJoinKinds, 3);
+        OptToken(tkKwOuter);
+      }
+    });
+    Expect(tkKwJoin);
+    if (!kSubTableSource.Has(Next()))
+      throw DirectMiss{};
+    Mark(0);
+    SubTableSource();
+    Expect(tkKwOn);
+    ExpressionLogical();
+  }
+}
+
+void SQL92Parser::DirectReader::Name(int levels) {
+  const std::int32_t first = w_->tokenIndex + 1;
+  std::int32_t last = first;
+  for (;;) {
+    const std::int32_t kind = p_.KindAt(last);
+    if (!kNamePart.Has(kind) || (kind == tkQuotedIdentifier && p_.NameParts(last - 1, last) != 1))
+      throw DirectMiss{};
+    if (p_.KindAt(last + 1) != tkDot)
+      break;
+    last += 2;
+  }
+  const std::int32_t groups = (last - first) / 2;
+  if (groups > levels)
+    throw DirectMiss{};
+  for (std::int32_t l = 0; l < groups; ++l)
+    Mark(1);
+  if (groups < levels)
+    Mark(0);
+  for (std::int32_t at = first; at <= last; at += 2) {
+    const std::int32_t kind = p_.KindAt(at);
+    if (at != last)
+      Mark(1);  // a written qualifying part
+    const bool keyword = !kIdentifier.Has(kind);
+    Mark(keyword ? 1 : 0);
+    Mark(keyword ? kind - kFirstNonReservedKeyword : (kind == tkQuotedIdentifier ? 1 : 0));
+    w_->tokenIndex = at == last ? at : at + 1;  // the part, and its "."
+  }
+}
+
+// ---- logical expressions -------------------------------------------------------------
+
+void SQL92Parser::DirectReader::ExpressionLogical() {
+  Enter();
+  ExpressionAnd();
+  Iter(TqxTokenSet{tkKwOr}, [&] {
+    ++w_->tokenIndex;
+    ExpressionAnd();
+  });
+  Leave();
+}
+
+// expressionNot: "not" expressionNot | expressionLogicalTerm
+void SQL92Parser::DirectReader::ExpressionNot() {
+  const std::int32_t kind = Next();
+  if (kind == tkKwNot) {
+    Mark(0);
+    Enter();
+    ++w_->tokenIndex;
+    ExpressionNot();
+    Leave();
+  } else if (kExpressionLogicalTerm.Has(kind)) {
+    Mark(1);
+    ExpressionLogicalTerm();
+  } else {
+    throw DirectMiss{};
+  }
+}
+
+// expressionLogicalTerm: "(" expressionLogical ")" | [ expression ] predicate
+//                      | "exists" "(" subSelectStatement ")"
+void SQL92Parser::DirectReader::ExpressionLogicalTerm() {
+  const std::int32_t kind = Next();
+  if (kind == tkLParen && LogicalBracketsFit()) {
+    Mark(0);
+    ++w_->tokenIndex;
+    ExpressionLogical();
+    Expect(tkRParen);
+  } else if (kLogicalPredicate.Has(kind)) {
+    Mark(1);
+    Opt(kExpression.Has(kind), [&] { Expression(); });
+    Predicate();
+  } else if (kind == tkKwExists) {
+    Mark(2);
+    ++w_->tokenIndex;
+    Expect(tkLParen);
+    SubSelectStatement();
+    Expect(tkRParen);
+  } else {
+    throw DirectMiss{};
+  }
+}
+
+// A bracketed condition needs a condition to start inside its bracket, and after the
+// matching ")" a token that may follow a condition; otherwise the bracket opens the
+// value expression of a predicate, as in "(a + b) > c".
+bool SQL92Parser::DirectReader::LogicalBracketsFit() {
+  if (!kExpressionLogical.Has(Ahead(1)))
+    return false;
+  if (match_.empty()) {
+    const std::int32_t count = p_.TokenCount();
+    match_.assign(static_cast<std::size_t>(count), -1);
+    std::vector<std::int32_t> open;
+    for (std::int32_t i = 0; i < count; ++i) {
+      const std::int32_t kind = p_.KindAt(i);
+      if (kind == tkLParen) {
+        open.push_back(i);
+      } else if (kind == tkRParen && !open.empty()) {
+        match_[static_cast<std::size_t>(open.back())] = i;
+        open.pop_back();
+      }
+    }
+  }
+  const std::int32_t close = match_[static_cast<std::size_t>(w_->tokenIndex + 1)];
+  return close >= 0 && kFollowCondition.Has(p_.NextKind(close));
+}
+
+// predicate: comparisonOperator ( expression | expressionCompWithSet )
+//          | "is" [ "not" ] "null"
+//          | [ "not" ] "like" expression [ "escape" expression ]
+//          | [ "not" ] "between" expression "and" expression
+//          | [ "not" ] "in" "(" ( subSelectStatement | expressionsList ) ")"
+void SQL92Parser::DirectReader::Predicate() {
+  const std::int32_t kind = Next();
+  if (kComparisonOperator.Has(kind)) {
+    Mark(0);
+    TokenOf(kComparisonKinds, 9);
+    const std::int32_t right = Next();
+    if (kExpression.Has(right)) {
+      Mark(0);
+      Expression();
+    } else if (kExpressionCompWithSet.Has(right)) {
+      Mark(1);
+      TokenOf(kSetQuantifierKinds, 3);
+      Expect(tkLParen);
+      SubSelectStatement();
+      Expect(tkRParen);
+    } else {
+      throw DirectMiss{};
+    }
+    return;
+  }
+  if (kind == tkKwIs) {
+    Mark(1);
+    ++w_->tokenIndex;
+    OptToken(tkKwNot);
+    Expect(tkKwNull);
+    return;
+  }
+  const std::int32_t word = kind == tkKwNot ? Ahead(1) : kind;
+  if (word == tkKwLike) {
+    Mark(2);
+    OptToken(tkKwNot);
+    ++w_->tokenIndex;
+    Expression();
+    Opt(Next() == tkKwEscape, [&] {
+      ++w_->tokenIndex;
+      Expression();
+    });
+  } else if (word == tkKwBetween) {
+    Mark(3);
+    OptToken(tkKwNot);
+    ++w_->tokenIndex;
+    Expression();
+    Expect(tkKwAnd);
+    Expression();
+  } else if (word == tkKwIn) {
+    Mark(4);
+    OptToken(tkKwNot);
+    ++w_->tokenIndex;
+    Expect(tkLParen);
+    const std::int32_t inner = Next();
+    if (kSubSelectStatement.Has(inner)) {
+      Mark(0);
+      SubSelectStatement();
+    } else if (kExpressionsList.Has(inner)) {
+      Mark(1);
+      ExpressionsList();
+    } else {
+      throw DirectMiss{};
+    }
+    Expect(tkRParen);
+  } else {
+    throw DirectMiss{};
+  }
+}
+
+// ---- value expressions ---------------------------------------------------------------
+
+// expression: expressionAdd; expressionAdd: expressionFactor { ( "+" | "-" ) expressionFactor }
+// Every further operand of a chain nests one level deeper, as in the way calculation.
+void SQL92Parser::DirectReader::Expression() {
+  Enter();
+  ExpressionFactor();
+  const std::int32_t depth = depth_;
+  Iter(kAddOperator, [&] {
+    Enter();
+    TokenOf(kAddKinds, 2);
+    ExpressionFactor();
+  });
+  depth_ = depth;
+  Leave();
+}
+
+// expressionUnary: ( "-" | "+" | "~" ) expressionUnary | expressionTerm
+void SQL92Parser::DirectReader::ExpressionUnary() {
+  const std::int32_t kind = Next();
+  if (kUnaryOperator.Has(kind)) {
+    Mark(0);
+    Enter();
+    TokenOf(kUnaryKinds, 3);
+    ExpressionUnary();
+    Leave();
+  } else {
+    Mark(1);
+    ExpressionTerm();
+  }
+}
+
+// expressionTerm: "(" expression ")" | constant | dbColumn | SQLAggregateFunction
+//               | SQLfunction | "(" subSelectStatement ")" | caseFunction
+//               | castFunction | parameterlessFunction
+// A bracket holds an expression unless a query starts in it; a name chain followed by
+// "(" is a function (no column is followed by a bracket).
+void SQL92Parser::DirectReader::ExpressionTerm() {
+  const std::int32_t kind = Next();
+  if (kind == tkLParen) {
+    const std::int32_t inner = Ahead(1);
+    if (kExpression.Has(inner)) {
+      Mark(0);
+      ++w_->tokenIndex;
+      Expression();
+    } else if (kSubSelectStatement.Has(inner)) {
+      Mark(5);
+      ++w_->tokenIndex;
+      SubSelectStatement();
+    } else {
+      throw DirectMiss{};
+    }
+    Expect(tkRParen);
+  } else if (kConstant.Has(kind)) {
+    Mark(1);
+    TokenOf(kConstantKinds, 6);
+  } else if (kDbColumn.Has(kind)) {
+    if (p_.NextKind(p_.NameRunEnd(w_->tokenIndex)) == tkLParen) {
+      Mark(4);
+      SQLfunction();
+    } else {
+      Mark(2);
+      Name(kColumnQualifiers);
+      if (kCannotFollowColumn.Has(Next()))
+        throw DirectMiss{};
+    }
+  } else if (kAggregate.Has(kind)) {
+    Mark(3);
+    AggregateFunction();
+  } else if (kind == tkKwCase) {
+    Mark(6);
+    CaseFunction();
+  } else if (kind == tkKwCast) {
+    Mark(7);
+    CastFunction();
+  } else if (kParameterlessFunction.Has(kind)) {
+    Mark(8);
+    Mark(kind - tkKwCurrentTimestamp);
+    ++w_->tokenIndex;
+  } else {
+    throw DirectMiss{};
+  }
+}
+
+// SQLAggregateFunction:
+//     ( "avg" | "max" | "min" | "sum" ) "(" [ "all" | "distinct" ] expression ")"
+//   | "count" "(" ( "*" | [ "all" | "distinct" ] expression ) ")"
+void SQL92Parser::DirectReader::AggregateFunction() {
+  auto mode = [&] { Opt(kSelectMode.Has(Next()), [&] { TokenOf(kSelectModeKinds, 2); }); };
+  if (Next() != tkKwCount) {
+    Mark(0);
+    TokenOf(kOneParamAggregateKinds, 4);
+    Expect(tkLParen);
+    mode();
+    Expression();
+  } else {
+    Mark(1);
+    ++w_->tokenIndex;
+    Expect(tkLParen);
+    const std::int32_t kind = Next();
+    if (kind == tkStar) {
+      Mark(0);
+      ++w_->tokenIndex;
+    } else if (kSelectMode.Has(kind) || kExpression.Has(kind)) {
+      Mark(1);
+      mode();
+      Expression();
+    } else {
+      throw DirectMiss{};
+    }
+  }
+  Expect(tkRParen);
+}
+
+// caseFunction: "case" ( expression "when" expression "then" expression { ... }
+//                      | "when" expressionLogical "then" expression { ... } )
+//               [ "else" expression ] "end"
+void SQL92Parser::DirectReader::CaseFunction() {
+  ++w_->tokenIndex;
+  if (kExpression.Has(Next())) {
+    Mark(0);
+    Expression();
+    auto item = [&] {
+      Expect(tkKwWhen);
+      Expression();
+      Expect(tkKwThen);
+      Expression();
+    };
+    item();
+    Iter(TqxTokenSet{tkKwWhen}, item);
+  } else if (Next() == tkKwWhen) {
+    Mark(1);
+    auto item = [&] {
+      Expect(tkKwWhen);
+      ExpressionLogical();
+      Expect(tkKwThen);
+      Expression();
+    };
+    item();
+    Iter(TqxTokenSet{tkKwWhen}, item);
+  } else {
+    throw DirectMiss{};
+  }
+  Opt(Next() == tkKwElse, [&] {
+    ++w_->tokenIndex;
+    Expression();
+  });
+  Expect(tkKwEnd);
+}
+
+// SQLType: SQLTypeUser | built-in type; SQLTypeUser: [ identifier "." ] identifier.
+// A type stands only in CAST, before its ")".
+void SQL92Parser::DirectReader::SQLType() {
+  const std::int32_t kind = Next();
+  if (kSQLTypeUser.Has(kind)) {
+    Mark(0);
+    const std::int32_t start = w_->tokenIndex;
+    Opt(Ahead(1) == tkDot, [&] {
+      Identifier();
+      ++w_->tokenIndex;
+    });
+    Identifier();
+    if (p_.NameParts(start, w_->tokenIndex) > 2)
+      throw DirectMiss{};
+  } else if (kSQLTypeBuiltIn.Has(kind)) {
+    Mark(1);
+    SQLTypeBuiltIn();
+  } else {
+    throw DirectMiss{};
+  }
+}
+
+// A one-word type (decision 0) or the first form with arguments (decisions 1 to 16) whose
+// tokens are all there and followed by ")".
+void SQL92Parser::DirectReader::SQLTypeBuiltIn() {
+  const std::int32_t kind = Next();
+  if (kSQLType1word.Has(kind)) {
+    const bool twoWords = kind == tkKwDouble;
+    if (!twoWords || Ahead(1) == tkKwPrecision) {
+      if (Ahead(twoWords ? 2 : 1) == tkRParen) {
+        Mark(0);
+        TokenOf(kType1WordKinds, kType1WordCount);
+        if (twoWords)
+          ++w_->tokenIndex;
+        return;
+      }
+    }
+  }
+  for (std::int32_t i = 0; i < kTypeFormCount; ++i) {
+    const TypeForm& form = kTypeForms[i];
+    std::int32_t at = w_->tokenIndex;
+    auto next = [&](std::int32_t k) { return p_.NextKind(at++) == k; };
+    bool fits = next(form.words[0]) && (form.words[1] == 0 || next(form.words[1])) &&
+                next(tkLParen) && SizeAt(at + 1);
+    ++at;
+    if (fits && form.scale) {
+      fits = next(tkComma) && SizeAt(at + 1);
+      ++at;
+    }
+    fits = fits && next(tkRParen);
+    if (fits && form.zone != 0)
+      fits = next(form.zone) && next(tkKwTime) && next(tkKwZone);
+    if (fits && p_.NextKind(at) == tkRParen) {
+      Mark(i + 1);
+      w_->tokenIndex = at;
+      return;
+    }
+  }
+  throw DirectMiss{};
+}
+
+// An integer literal that fits a type size.
+bool SQL92Parser::DirectReader::SizeAt(std::int32_t tokenIndex) const {
+  if (p_.KindAt(tokenIndex) != tkInteger)
+    return false;
+  const std::string& text = p_.scanner->GetToken(tokenIndex).val;
+  std::int32_t value = 0;
+  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return ec == std::errc() && end == text.data() + text.size();
+}
+
+// ---- the entry -------------------------------------------------------------------------
+
+bool SQL92Parser::ReadDirect(TqxWayList& ways, DirectEntry entry) {
+  TqxWayPoint* start = ways.front();
+  const std::int32_t startToken = start->tokenIndex;
+  DirectReader reader(*this, start);
+  try {
+    switch (entry) {
+      case DirectEntry::kSelect:
+        reader.SelectStatement();
+        break;
+      case DirectEntry::kObject:
+        reader.DbObject();
+        break;
+      case DirectEntry::kExpression:
+        reader.Expression();
+        break;
+      case DirectEntry::kItem:
+        reader.SelectItem();
+        break;
+      case DirectEntry::kLogical:
+        reader.ExpressionLogical();
+        break;
+    }
+    if (reader.AtEnd()) {
+      ways.front() = reader.Leaf();
+      SetStraightWay(start, reader.Leaf(), reader.Marks());
+      return true;
+    }
+  } catch (const DirectMiss&) {
+  }
+  // The points made hang below the start's first new child: removing that child takes
+  // them out of the tree's downward view.
+  start->tokenIndex = startToken;
+  for (TqxWayPoint* p = reader.Leaf(); p != start; p = p->parent) {
+    if (p->parent == start) {
+      p->RemoveFromParent();
+      break;
+    }
+  }
+  return false;
+}
+
+}  // namespace qorvex
