@@ -184,7 +184,8 @@ TqxBaseParser::TqxBaseParser(TqxBaseScanner* scanner, TastSyntaxProvider* provid
   kinds_.swap(spareKinds);
   wayBuffer_.swap(spareWay);
   tokenCount_ = scanner != nullptr ? scanner->GetTokenCount() : 0;
-  kinds_.resize(static_cast<std::size_t>(tokenCount_));
+  // The padding is zero, the end token's kind.
+  kinds_.resize(static_cast<std::size_t>(tokenCount_) + kKindPadding);
   if (tokenCount_ > 0)
     scanner->CopyKinds(kinds_.data());
 }

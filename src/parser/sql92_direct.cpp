@@ -43,10 +43,10 @@ constexpr std::int32_t kDirectNesting = SQL92Parser::kMaxNesting / 2;
 
 class SQL92Parser::DirectReader {
  public:
-  DirectReader(SQL92Parser& parser, TqxWayPoint* start) : p_(parser), w_(start) {}
+  DirectReader(SQL92Parser& parser, TqxWayPoint* start)
+      : p_(parser), kinds_(parser.PaddedKinds() + 1), w_(start) {}
 
   TqxWayPoint* Leaf() const { return w_; }
-  std::size_t Marks() const { return marks_; }
   bool AtEnd() const { return Next() == tkEof; }
 
   void SelectStatement() {
@@ -64,11 +64,17 @@ class SQL92Parser::DirectReader {
 
  private:
   // ---- tokens and decisions
-  std::int32_t Next() const { return p_.NextKind(w_->tokenIndex); }
-  std::int32_t Ahead(std::int32_t n) const { return p_.NextKind(w_->tokenIndex + n); }
-  void Mark(std::int32_t decision) {
-    w_ = p_.NewWayPoint(w_, decision);
-    ++marks_;
+  // The reader consumes no end token, so it looks at most a few tokens past the end,
+  // into the padding of the kinds.
+  std::int32_t Next() const { return kinds_[w_->tokenIndex]; }
+  std::int32_t Ahead(std::int32_t n) const { return kinds_[w_->tokenIndex + n]; }
+  void Mark(std::int32_t decision) { w_ = p_.NewWayPoint(w_, decision); }
+  // The kind of the token after the run of name parts and points that follows.
+  std::int32_t AfterNameRun() const {
+    std::int32_t at = w_->tokenIndex;
+    while (kQualifier.Has(kinds_[at]))
+      ++at;
+    return kinds_[at];
   }
   void Expect(std::int32_t kind) {
     if (Next() != kind)
@@ -244,9 +250,9 @@ class SQL92Parser::DirectReader {
   bool SizeAt(std::int32_t tokenIndex) const;
 
   SQL92Parser& p_;
+  const std::int32_t* kinds_;  // kinds_[i] is the kind of the token after index i
   TqxWayPoint* w_;
   std::int32_t depth_ = 0;
-  std::size_t marks_ = 0;
   // Index of the matching ")" for each "(", worked out when first needed.
   std::vector<std::int32_t> match_;
 };
@@ -285,8 +291,7 @@ void SQL92Parser::DirectReader::SelectItem() {
     Alias();
     Expect(tkEqual);
     Expression();
-  } else if (kSelectItemAllColumns.Has(kind) &&
-             p_.NextKind(p_.NameRunEnd(w_->tokenIndex)) == tkDotStar) {
+  } else if (kSelectItemAllColumns.Has(kind) && AfterNameRun() == tkDotStar) {
     Mark(2);
     Name(kObjectQualifiers);
     Expect(tkDotStar);
@@ -349,7 +354,7 @@ void SQL92Parser::DirectReader::SubTableSource() {
       throw DirectMiss{};
     }
   } else if (kDbObject.Has(kind)) {
-    if (p_.NextKind(p_.NameRunEnd(w_->tokenIndex)) == tkLParen) {
+    if (AfterNameRun() == tkLParen) {
       Mark(1);
       SQLfunction();
     } else {
@@ -404,10 +409,10 @@ void SQL92Parser::DirectReader::Name(int levels) {
   const std::int32_t first = w_->tokenIndex + 1;
   std::int32_t last = first;
   for (;;) {
-    const std::int32_t kind = p_.KindAt(last);
+    const std::int32_t kind = kinds_[last - 1];
     if (!kNamePart.Has(kind) || (kind == tkQuotedIdentifier && p_.NameParts(last - 1, last) != 1))
       throw DirectMiss{};
-    if (p_.KindAt(last + 1) != tkDot)
+    if (kinds_[last] != tkDot)
       break;
     last += 2;
   }
@@ -419,7 +424,7 @@ void SQL92Parser::DirectReader::Name(int levels) {
   if (groups < levels)
     Mark(0);
   for (std::int32_t at = first; at <= last; at += 2) {
-    const std::int32_t kind = p_.KindAt(at);
+    const std::int32_t kind = kinds_[at - 1];
     if (at != last)
       Mark(1);  // a written qualifying part
     const bool keyword = !kIdentifier.Has(kind);
@@ -633,7 +638,7 @@ void SQL92Parser::DirectReader::ExpressionTerm() {
     Mark(1);
     TokenOf(kConstantKinds, 6);
   } else if (kDbColumn.Has(kind)) {
-    if (p_.NextKind(p_.NameRunEnd(w_->tokenIndex)) == tkLParen) {
+    if (AfterNameRun() == tkLParen) {
       Mark(4);
       SQLfunction();
     } else {
@@ -802,6 +807,7 @@ bool SQL92Parser::DirectReader::SizeAt(std::int32_t tokenIndex) const {
 bool SQL92Parser::ReadDirect(TqxWayList& ways, DirectEntry entry) {
   TqxWayPoint* start = ways.front();
   const std::int32_t startToken = start->tokenIndex;
+  const std::size_t pointsBefore = GetWayPointCount();
   DirectReader reader(*this, start);
   try {
     switch (entry) {
@@ -823,7 +829,7 @@ bool SQL92Parser::ReadDirect(TqxWayList& ways, DirectEntry entry) {
     }
     if (reader.AtEnd()) {
       ways.front() = reader.Leaf();
-      SetStraightWay(start, reader.Leaf(), reader.Marks());
+      SetStraightWay(start, reader.Leaf(), GetWayPointCount() - pointsBefore);
       return true;
     }
   } catch (const DirectMiss&) {

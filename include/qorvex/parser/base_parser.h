@@ -253,6 +253,10 @@ class TqxBaseParser {
                : tkEof;
   }
   std::int32_t KindAt(std::int32_t index) const { return NextKind(index - 1); }
+  // The kinds of all tokens followed by kKindPadding end kinds, so that a look a few
+  // tokens past the end needs no bounds test.
+  static constexpr std::size_t kKindPadding = 8;
+  const std::int32_t* PaddedKinds() const { return kinds_.data(); }
   std::int32_t TokenCount() const { return tokenCount_; }
   void RaiseMaxErr(std::int32_t index) {
     if (index > maxErrIndex)
