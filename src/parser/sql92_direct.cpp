@@ -135,7 +135,7 @@ class SQL92Parser::DirectReader {
     const std::int32_t kind = Next();
     if (kind == tkKwSelect) {
       Mark(0);
-      QuerySpecification();
+      SelectBlock();
     } else if (kind == tkLParen) {
       Mark(1);
       ++w_->tokenIndex;
@@ -145,7 +145,7 @@ class SQL92Parser::DirectReader {
       throw DirectMiss{};
     }
   }
-  void QuerySpecification();
+  void SelectBlock();
   void SelectList() {
     Opt(kSelectItem.Has(Next()), [&] {
       SelectItem();
@@ -257,9 +257,9 @@ class SQL92Parser::DirectReader {
   std::vector<std::int32_t> match_;
 };
 
-// querySpecification: selectClause [ fromClause ] [ "where" expressionLogical ]
-//                     [ groupByList ] [ "having" expressionLogical ]
-void SQL92Parser::DirectReader::QuerySpecification() {
+// A SELECT block: selectClause [ fromClause ] [ "where" expressionLogical ]
+//                   [ groupByList ] [ "having" expressionLogical ]
+void SQL92Parser::DirectReader::SelectBlock() {
   Expect(tkKwSelect);
   Opt(kSelectMode.Has(Next()), [&] { TokenOf(kSelectModeKinds, 2); });
   SelectList();
