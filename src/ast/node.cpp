@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "ast/node_util.h"
 #include "core/small_blocks.h"
 #include "qorvex/ast/builder.h"
 #include "qorvex/ast/syntax_provider.h"
@@ -246,17 +247,7 @@ void TastNodeWithList::GetMyChildren(std::vector<TastExtender*>& List) const {
 }
 
 void TastNodeWithList::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const {
-  bool first = true;
-  for (const auto& item : Items_) {
-    if (!item)
-      continue;
-    if (!first) {
-      Builder.WriteSymbol(",");
-      Builder.Space();
-    }
-    item->BuildSQL(Builder, MultiLine);
-    first = false;
-  }
+  detail::WriteCommaList(Items_, Builder, MultiLine);
 }
 
 void TastNodeWithList::Add(std::unique_ptr<TastNode> Node) {

@@ -1,6 +1,7 @@
 #include "qorvex/model/datasources.h"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 
 #include "model/model_util.h"
@@ -19,6 +20,20 @@ using model::As;
 using model::Downcast;
 
 namespace {
+
+// The menu of a diagram object that can be removed and edited in a dialog.
+void AddRemoveAndEdit(TqxPopupMenu& Menu, std::function<void()> Remove,
+                      std::function<void()> Edit) {
+  TqxMenuItem remove;
+  remove.Caption = "Remove";
+  remove.OnClick = std::move(Remove);
+  Menu.push_back(std::move(remove));
+  TqxMenuItem edit;
+  edit.Caption = "Edit...";
+  edit.Default = true;
+  edit.OnClick = std::move(Edit);
+  Menu.push_back(std::move(edit));
+}
 
 TSQLExpressionItem* StripBrackets(TSQLExpressionItem* E) {
   while (auto* brackets = As<TSQLExpressionBrackets>(E))
@@ -690,15 +705,8 @@ void TqxDatasource::RestoreControlParams() {
 }
 
 void TqxDatasource::GetPopupMenu(TqxPopupMenu& Menu) {
-  TqxMenuItem remove;
-  remove.Caption = "Remove";
-  remove.OnClick = [this] { SendDestroyNotification(); };
-  Menu.push_back(std::move(remove));
-  TqxMenuItem edit;
-  edit.Caption = "Edit...";
-  edit.Default = true;
-  edit.OnClick = [this] { EditProps(); };
-  Menu.push_back(std::move(edit));
+  AddRemoveAndEdit(
+      Menu, [this] { SendDestroyNotification(); }, [this] { EditProps(); });
 }
 
 bool TqxDatasource::GetEditPropsDialog(TqxDialogKind& Kind) const {
@@ -911,15 +919,8 @@ void TqxLink::FreeModelObject() {
 }
 
 void TqxLink::GetPopupMenu(TqxPopupMenu& Menu) {
-  TqxMenuItem remove;
-  remove.Caption = "Remove";
-  remove.OnClick = [this] { RemoveEvent(); };
-  Menu.push_back(std::move(remove));
-  TqxMenuItem edit;
-  edit.Caption = "Edit...";
-  edit.Default = true;
-  edit.OnClick = [this] { EditProps(); };
-  Menu.push_back(std::move(edit));
+  AddRemoveAndEdit(
+      Menu, [this] { RemoveEvent(); }, [this] { EditProps(); });
 }
 
 bool TqxLink::GetEditPropsDialog(TqxDialogKind& Kind) const {

@@ -173,42 +173,38 @@ TqxQueryBase* TqxUnionGroup::InsertItem(int Index, std::unique_ptr<TqxQueryBase>
   return raw;
 }
 
+template <class T, class Load>
+T* TqxUnionGroup::InsertLoaded(int Index, const std::string& Operator, Load&& LoadInto) {
+  TqxUpdateGuard guard(this);
+  auto* item = static_cast<T*>(InsertItem(Index, std::make_unique<T>(GetQueryBuilder(), this)));
+  item->SetUnionOperator(Operator);
+  try {
+    LoadInto(*item);
+  } catch (...) {
+    // A tree the model rejects leaves the group as it was.
+    ExtractItem(item);
+    throw;
+  }
+  item->CreateControlsRecursive();
+  NotifySQLUpdated();
+  return item;
+}
+
 TqxUnionSubQuery* TqxUnionGroup::InsertAST(int Index,
                                            std::unique_ptr<TSQLSubQuerySelectExpression> Node) {
   if (!Node)
     return nullptr;
-  TqxUpdateGuard guard(this);
-  auto* operand = static_cast<TqxUnionSubQuery*>(
-      InsertItem(Index, std::make_unique<TqxUnionSubQuery>(GetQueryBuilder(), this)));
-  operand->SetUnionOperator(OperatorOf(*Node));
-  try {
-    operand->LoadFromAST(std::move(Node));
-  } catch (...) {
-    ExtractItem(operand);
-    throw;
-  }
-  operand->CreateControlsRecursive();
-  NotifySQLUpdated();
-  return operand;
+  const std::string op = OperatorOf(*Node);
+  return InsertLoaded<TqxUnionSubQuery>(
+      Index, op, [&](TqxUnionSubQuery& operand) { operand.LoadFromAST(std::move(Node)); });
 }
 
 TqxUnionGroup* TqxUnionGroup::InsertGroupAST(int Index,
                                              std::unique_ptr<TSQLSubQueryExpressions> Node) {
   if (!Node)
     return nullptr;
-  TqxUpdateGuard guard(this);
-  auto* group = static_cast<TqxUnionGroup*>(
-      InsertItem(Index, std::make_unique<TqxUnionGroup>(GetQueryBuilder(), this)));
-  group->SetUnionOperator(OperatorOf(*Node));
-  try {
-    group->LoadFromAST(*Node);
-  } catch (...) {
-    ExtractItem(group);
-    throw;
-  }
-  group->CreateControlsRecursive();
-  NotifySQLUpdated();
-  return group;
+  return InsertLoaded<TqxUnionGroup>(Index, OperatorOf(*Node),
+                                     [&](TqxUnionGroup& group) { group.LoadFromAST(*Node); });
 }
 
 void TqxUnionGroup::LoadFromAST(TSQLSubQueryExpressions& Node) {

@@ -123,6 +123,8 @@ class TqxUnionGroup : public TqxQueryBase {
   void CheckCanAddGroup() const;
   std::unique_ptr<TqxQueryBase> ExtractItem(TqxQueryBase* Item);
   TqxQueryBase* InsertItem(int Index, std::unique_ptr<TqxQueryBase> Item);
+  template <class T, class Load>
+  T* InsertLoaded(int Index, const std::string& Operator, Load&& LoadInto);
   static std::unique_ptr<TqxQueryBase> Detach(TqxQueryBase* Item);
   void DropIfEmpty();
 
