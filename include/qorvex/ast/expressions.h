@@ -721,6 +721,7 @@ class TSQLExpressionLogicalCollection : public TSQLExpressionItemsList {
   virtual void WriteLogicalOperator(TSQLBuilder& Builder) const = 0;
 };
 
+// Conditions joined by AND.
 class TSQLExpressionAnd : public TSQLExpressionLogicalCollection {
   QX_CLASS(TastClass)
 
@@ -729,6 +730,7 @@ class TSQLExpressionAnd : public TSQLExpressionLogicalCollection {
   void WriteLogicalOperator(TSQLBuilder& Builder) const override;
 };
 
+// Conditions joined by OR.
 class TSQLExpressionOr : public TSQLExpressionLogicalCollection {
   QX_CLASS(TastClass)
 

@@ -65,6 +65,7 @@ class TSQLJoinKind : public TastNode {
   virtual bool IsRightOuter() const { return false; }
 };
 
+// Writes CROSS JOIN.
 class TSQLJoinKindCross : public TSQLJoinKind {
   QX_CLASS(TastClass)
 
@@ -73,6 +74,7 @@ class TSQLJoinKindCross : public TSQLJoinKind {
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
 };
 
+// Writes INNER JOIN.
 class TSQLJoinKindInner : public TSQLJoinKind {
   QX_CLASS(TastClass)
 
@@ -98,6 +100,7 @@ class TSQLJoinKindOuter : public TSQLJoinKind {
   void BuildJoin(TSQLBuilder& Builder, const char* Word) const;
 };
 
+// Writes LEFT [OUTER] JOIN: every row of the left source is kept.
 class TSQLJoinKindLeft : public TSQLJoinKindOuter {
   QX_CLASS(TastClass)
 
@@ -107,6 +110,7 @@ class TSQLJoinKindLeft : public TSQLJoinKindOuter {
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
 };
 
+// Writes RIGHT [OUTER] JOIN: every row of the right source is kept.
 class TSQLJoinKindRight : public TSQLJoinKindOuter {
   QX_CLASS(TastClass)
 
@@ -116,6 +120,7 @@ class TSQLJoinKindRight : public TSQLJoinKindOuter {
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
 };
 
+// Writes FULL [OUTER] JOIN: the rows of both sources are kept.
 class TSQLJoinKindFull : public TSQLJoinKindOuter {
   QX_CLASS(TastClass)
 

@@ -113,6 +113,7 @@ class TSQLSubQuerySelectMode : public TastNode {
   using TastNode::TastNode;
 };
 
+// No quantifier written: the statement as read without ALL or DISTINCT.
 class TSQLSubQuerySelectModeDefault : public TSQLSubQuerySelectMode {
   QX_CLASS(TastClass)
 
@@ -120,6 +121,7 @@ class TSQLSubQuerySelectModeDefault : public TSQLSubQuerySelectMode {
   using TSQLSubQuerySelectMode::TSQLSubQuerySelectMode;
 };
 
+// Writes ALL.
 class TSQLSubQuerySelectModeAll : public TSQLSubQuerySelectMode {
   QX_CLASS(TastClass)
 
@@ -128,6 +130,7 @@ class TSQLSubQuerySelectModeAll : public TSQLSubQuerySelectMode {
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
 };
 
+// Writes DISTINCT.
 class TSQLSubQuerySelectModeDistinct : public TSQLSubQuerySelectMode {
   QX_CLASS(TastClass)
 

@@ -112,6 +112,7 @@ struct TqxAddObjectFormOptions {
   bool operator==(const TqxAddObjectFormOptions&) const = default;
 };
 
+// A position in pixels, on the diagram or on the screen.
 struct TqxPoint {
   int X = 0;
   int Y = 0;
