@@ -89,6 +89,17 @@ inline void CheckText(const TextCase& Case) {
 
 using Expr = std::unique_ptr<TSQLExpressionItem>;
 
+// Trees read by the parser: an expression, a condition, a statement.
+inline Expr Ex(const std::string& Text) {
+  return P()->ParseExpression(Text);
+}
+inline Expr Cond(const std::string& Text) {
+  return P()->ParseLogicalExpression(Text);
+}
+inline std::unique_ptr<TSQLSelectStatement> Sql(const std::string& Text) {
+  return P()->ParseSelect(Text);
+}
+
 // A vector of move-only values.
 template <class T, class... A>
 std::vector<T> Vec(A... Args) {
@@ -116,9 +127,6 @@ std::unique_ptr<T> Name(const Strings& Parts, TastSyntaxProvider* Provider = P()
   for (const std::string& part : Parts)
     name->AddName(part);
   return name;
-}
-inline std::unique_ptr<TSQLDatabaseObject> DbObj(const Strings& Parts) {
-  return Name<TSQLDatabaseObject>(Parts);
 }
 
 inline Expr Col(const Strings& Parts) {
@@ -199,7 +207,7 @@ std::unique_ptr<T> Named(const char* Text) {
 inline std::unique_ptr<TSQLFromObject> Table(const Strings& Parts, const char* Alias = nullptr,
                                              bool As = false) {
   auto source = NewNode<TSQLFromObject>(P());
-  source->SetDatabaseObject(DbObj(Parts));
+  source->SetDatabaseObject(Name<TSQLDatabaseObject>(Parts));
   if (Alias != nullptr && As)
     source->SetAlias(Named<TSQLAliasObjectAsAlias>(Alias));
   else if (Alias != nullptr)
@@ -214,14 +222,6 @@ std::unique_ptr<Kind> JoinKind(bool Outer = false) {
     kind->Outer = Outer;
   return kind;
 }
-template <class Kind>
-std::unique_ptr<TSQLFromSource> Joined(std::unique_ptr<TSQLFromSource> Source, Expr Condition,
-                                       bool Outer = false) {
-  Source->SetJoinKind(JoinKind<Kind>(Outer));
-  Source->SetJoinCondition(std::move(Condition));
-  return Source;
-}
-
 template <class Item = TSQLFromClause>
 std::unique_ptr<Item> From(std::vector<std::unique_ptr<TSQLFromSource>> Sources) {
   auto item = NewNode<Item>(P());
