@@ -38,7 +38,7 @@ std::unique_ptr<T> WithNot(Expr Inner) {
 // Hand-built nodes cover the classes and field values the parser never produces; parsed
 // texts cover the multi-line and HTML forms of the others.
 const TextCase kExpressions[] = {
-    {"function without argument list", [] { return Function("now", {}, true); }, "now()", nullptr,
+    {"function without argument list", [] { return Function("now"); }, "now()", nullptr,
      "<i>now</i><font color=#7f7fff>(</font><font color=#7f7fff>)</font>"},
     {"named argument written tight",
      [] {
@@ -87,7 +87,8 @@ const TextCase kExpressions[] = {
     {"aggregate with an argument list",
      [] {
        auto node = Aggregate<TSQLExpressionAggregateWParams>("corr");
-       node->SetParams(Function("", Items(Col({"a"}), Col({"b"})))->ExtractParams());
+       node->SetParams(
+           static_cast<TSQLExpressionFunction&>(*Ex("f(a, b)")).GetFunction()->ExtractParams());
        return node;
      },
      "corr(a, b)", nullptr, nullptr},

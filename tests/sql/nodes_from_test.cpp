@@ -49,7 +49,7 @@ const TextCase kFrom[] = {
     {"built-in function",
      [] {
        auto source = NewNode<TSQLFromBuiltInFunction>(P());
-       source->SetFunction(Function("dual", {}, true));
+       source->SetFunction(Function("dual"));
        return source;
      },
      "dual()", nullptr, nullptr},

@@ -20,9 +20,15 @@ std::unique_ptr<TSQLSubQuerySelectExpression> WithMode(
   return Block;
 }
 
+std::unique_ptr<TSQLSubQuerySelectExpression> EmptyBlock() {
+  auto block = NewNode<TSQLSubQuerySelectExpression>(P());
+  block->SetSelectItems(NewNode<TSQLSelectItems>(P()));
+  return block;
+}
+
 // The first SELECT block of a parsed statement, taken out of it; the statement's ORDER BY
 // moved into the block.
-std::unique_ptr<TSQLSubQuerySelectExpression> ParsedBlock(const std::string& Text) {
+std::unique_ptr<TSQLSubQuerySelectExpression> Block(const std::string& Text) {
   auto statement = Sql(Text);
   std::unique_ptr<TSQLSubQuerySelectExpression> block(
       static_cast<TSQLSubQuerySelectExpression*>(statement->Extract(0).release()));
@@ -46,22 +52,22 @@ std::unique_ptr<TSQLSubQueryExpressions> Chain(A... Operands) {
 
 const TextCase kQuery[] = {
     // Select items
-    {"all columns", [] { return Star(); }, "*", nullptr, "<font color=#7f7fff>*</font>"},
+    {"all columns", [] { return NewNode<TSQLSelectItemAllColumns>(P()); }, "*", nullptr,
+     "<font color=#7f7fff>*</font>"},
     {"all columns of a table", [] { return P()->ParseSelectItem("s.t.*"); }, "s.t.*", nullptr,
      "<i>s</i><font color=#7f7fff>.</font><i>t</i><font color=#7f7fff>.*</font>"},
-    {"alias after the expression",
-     [] { return SelectExpr(Col({"b"}), Named<TSQLAliasObjectAlias>("a")); }, "b a", nullptr,
+    {"alias after the expression", [] { return P()->ParseSelectItem("b a"); }, "b a", nullptr,
      "<i>b</i> <i>a</i>"},
     {"GROUP BY list writes its own keywords",
-     [] { return ParsedBlock("select a from t group by a, b")->ExtractGroupBy(); }, "GROUP BY a, b",
+     [] { return Block("select a from t group by a, b")->ExtractGroupBy(); }, "GROUP BY a, b",
      nullptr, "<b>group</b> <b>by</b> <i>a</i><font color=#7f7fff>,</font> <i>b</i>"},
     {"default mode writes nothing", [] { return NewNode<TSQLSubQuerySelectModeDefault>(P()); }, "",
      nullptr, ""},
     // SELECT blocks
-    {"block with an empty select list", [] { return Block(List()); }, "SELECT", nullptr,
+    {"block with an empty select list", [] { return EmptyBlock(); }, "SELECT", nullptr,
      "<b>select</b>"},
     {"empty select list with a mode",
-     [] { return WithMode<TSQLSubQuerySelectModeAll>(Block(List())); }, "SELECT ALL", nullptr,
+     [] { return WithMode<TSQLSubQuerySelectModeAll>(EmptyBlock()); }, "SELECT ALL", nullptr,
      nullptr},
     {"empty FROM clause keeps its keyword", [] { return Sql("select * from"); }, "SELECT * FROM ",
      "SELECT *\r\nFROM ", nullptr},
@@ -70,7 +76,7 @@ const TextCase kQuery[] = {
      "<b>select</b> <b>distinct</b> <i>a</i> <b>from</b> <i>t</i>"},
     {"every clause of a block in its fixed order",
      [] {
-       return ParsedBlock(
+       return Block(
            "select distinct a, b from t where a = 1 group by a having count(*) > 1 order by a "
            "desc");
      },
@@ -80,19 +86,19 @@ const TextCase kQuery[] = {
      nullptr},
     {"empty GROUP BY list is left out",
      [] {
-       auto block = SelectColumn("a", "t");
+       auto block = Block("select a from t");
        block->SetGroupBy(NewNode<TSQLGroupByList>(P()));
        return block;
      },
      "SELECT a FROM t", "SELECT a\r\nFROM t", nullptr},
     // Chains and statements
     {"operand without operator set writes union",
-     [] { return Chain(SelectColumn("a"), SelectColumn("b")); }, "SELECT a union SELECT b",
+     [] { return Chain(Block("select a"), Block("select b")); }, "SELECT a union SELECT b",
      "SELECT a\r\nunion\r\nSELECT b", "<b>select</b> <i>a</i> <b>union</b> <b>select</b> <i>b</i>"},
     {"operator text as stored, ALL after it",
      [] {
-       auto chain = Stmt(SelectColumn("a"));
-       chain->Add(Operator(SelectColumn("b"), "Union", true));
+       auto chain = Sql("select a");
+       chain->Add(Operator(Block("select b"), "Union", true));
        return chain;
      },
      "SELECT a Union ALL SELECT b", "SELECT a\r\nUnion ALL\r\nSELECT b", nullptr},
@@ -122,8 +128,8 @@ TEST(QueryNodes, SimpleUnionOperator) {
 }
 
 TEST(QueryNodes, ChainListOperations) {
-  auto chain = Chain(SelectColumn("a"), SelectColumn("b"));
-  chain->Insert(1, SelectColumn("c"));
+  auto chain = Chain(Block("select a"), Block("select b"));
+  chain->Insert(1, Block("select c"));
   EXPECT_EQ(Plain(*chain, false), "SELECT a union SELECT c union SELECT b");
   TSQLSubQueryExpression* c = chain->GetItems(1);
   EXPECT_EQ(chain->IndexOf(c), 1);
@@ -131,7 +137,7 @@ TEST(QueryNodes, ChainListOperations) {
   chain->Remove(chain->GetItems(1));
   EXPECT_EQ(Plain(*chain, false), "SELECT a");
   EXPECT_THROW(chain->Delete(1), EqxError);
-  EXPECT_THROW(chain->Insert(5, SelectColumn("x")), EqxError);
+  EXPECT_THROW(chain->Insert(5, Block("select x")), EqxError);
   chain->Clear();
   EXPECT_EQ(chain->GetCount(), 0);
 }
@@ -226,7 +232,7 @@ std::unique_ptr<TTestProxy> MakeProxy(std::unique_ptr<TSQLSubSelectStatement> St
 }
 
 TEST(StatementProxy, WritesThroughAFreshTreeAndFreesIt) {
-  auto proxy = MakeProxy(Stmt(Block(List(SelectExpr(Const("1"))), From(Sources(Table({"t"}))))));
+  auto proxy = MakeProxy(Sql("select 1 from t"));
   EXPECT_EQ(proxy->GetOwner(), FakeOwner());
   EXPECT_EQ(Plain(*proxy, true), "SELECT 1\r\nFROM t");
   EXPECT_EQ(proxy->GetSimpleSQL(), "SELECT 1 FROM t");
@@ -237,7 +243,7 @@ TEST(StatementProxy, WritesThroughAFreshTreeAndFreesIt) {
 }
 
 TEST(StatementProxy, CloneIsARealStatement) {
-  auto proxy = MakeProxy(Stmt(SelectColumn("a", "t")));
+  auto proxy = MakeProxy(Sql("select a from t"));
   std::unique_ptr<TastNode> copy = proxy->Clone();
   EXPECT_EQ(&copy->ClassType(), &TCountedStatement::StaticClass());
   EXPECT_EQ(gLiveTrees, 1);
@@ -252,10 +258,10 @@ TEST(StatementProxy, CloneIsARealStatement) {
 }
 
 TEST(StatementProxy, RefusesListOperationsAndAssign) {
-  auto proxy = MakeProxy(Stmt(SelectColumn("a", "t")));
-  auto other = Stmt(SelectColumn("b"));
+  auto proxy = MakeProxy(Sql("select a from t"));
+  auto other = Sql("select b");
   const std::pair<const char*, std::function<void()>> cases[] = {
-      {"Add", [&] { proxy->Add(SelectColumn("x")); }},
+      {"Add", [&] { proxy->Add(Block("select x")); }},
       {"Assign", [&] { proxy->Assign(*other); }},
       {"Clear", [&] { proxy->Clear(); }},
       {"Delete", [&] { proxy->Delete(0); }},
@@ -264,7 +270,7 @@ TEST(StatementProxy, RefusesListOperationsAndAssign) {
       {"GetCount", [&] { proxy->GetCount(); }},
       {"GetItems", [&] { proxy->GetItems(0); }},
       {"Remove", [&] { proxy->Remove(other->GetItems(0)); }},
-      {"Insert", [&] { proxy->Insert(0, SelectColumn("x")); }},
+      {"Insert", [&] { proxy->Insert(0, Block("select x")); }},
       {"IndexOf", [&] { proxy->IndexOf(nullptr); }},
   };
   for (auto& [operation, call] : cases) {
@@ -306,8 +312,7 @@ TEST(StatementProxy, SubQueriesMoveIntoProxies) {
 }
 
 TEST(StatementProxy, AnAbstractProxyClassKeepsTheStatement) {
-  auto exists = NewNode<TSQLExpressionExists>(P());
-  exists->SetSubQuery(Stmt(SelectColumn("a", "t")));
+  Expr exists = Cond("exists (select a from t)");
   EXPECT_THROW(
       exists->MoveSubQueryInProxy(FakeOwner(), TSQLSubSelectStatementProxy::ProxyStaticClass()),
       EqxError);

@@ -115,11 +115,6 @@ template <class... A>
 std::vector<std::unique_ptr<TSQLFromSource>> Sources(A... Args) {
   return Vec<std::unique_ptr<TSQLFromSource>>(std::move(Args)...);
 }
-template <class... A>
-std::vector<std::unique_ptr<TastNode>> List(A... Args) {
-  return Vec<std::unique_ptr<TastNode>>(std::move(Args)...);
-}
-
 // A name written a.b.c: parts given outermost first.
 template <class T>
 std::unique_ptr<T> Name(const Strings& Parts, TastSyntaxProvider* Provider = P()) {
@@ -181,20 +176,10 @@ inline Expr Or(std::vector<Expr> Items) {
   return Logical<TSQLExpressionOr>(std::move(Items));
 }
 
-// name(args...); without arguments when Args is empty and NoParams is set.
-inline std::unique_ptr<TSQLFunction> Function(const char* FunctionName, std::vector<Expr> Args,
-                                              bool NoParams = false) {
+// name() without an argument list.
+inline std::unique_ptr<TSQLFunction> Function(const char* FunctionName) {
   auto function = NewNode<TSQLFunction>(P());
   function->Name = FunctionName;
-  if (NoParams)
-    return function;
-  auto params = NewNode<TSQLFunctionParams>(P());
-  for (auto& arg : Args) {
-    auto param = NewNode<TSQLFunctionParamExpression>(P());
-    param->SetExpression(std::move(arg));
-    params->Add(std::move(param));
-  }
-  function->SetParams(std::move(params));
   return function;
 }
 
@@ -228,45 +213,6 @@ std::unique_ptr<Item> From(std::vector<std::unique_ptr<TSQLFromSource>> Sources)
   for (auto& source : Sources)
     item->Add(std::move(source));
   return item;
-}
-
-inline std::unique_ptr<TSQLSelectItemExpression> SelectExpr(Expr Expression,
-                                                            std::unique_ptr<TSQLAlias> Alias = {}) {
-  auto item = NewNode<TSQLSelectItemExpression>(P());
-  item->SetExpression(std::move(Expression));
-  item->SetAlias(std::move(Alias));
-  return item;
-}
-
-inline std::unique_ptr<TSQLSelectItemAllColumns> Star() {
-  return NewNode<TSQLSelectItemAllColumns>(P());
-}
-
-// SELECT items FROM sources [WHERE condition].
-inline std::unique_ptr<TSQLSubQuerySelectExpression> Block(
-    std::vector<std::unique_ptr<TastNode>> SelectList,
-    std::unique_ptr<TSQLFromClause> FromClause = {}, Expr Where = {}) {
-  auto block = NewNode<TSQLSubQuerySelectExpression>(P());
-  auto items = NewNode<TSQLSelectItems>(P());
-  for (auto& item : SelectList)
-    items->Add(std::move(item));
-  block->SetSelectItems(std::move(items));
-  block->SetFromClause(std::move(FromClause));
-  block->SetWhere(std::move(Where));
-  return block;
-}
-// SELECT column [FROM table].
-inline std::unique_ptr<TSQLSubQuerySelectExpression> SelectColumn(const char* Column,
-                                                                  const char* TableName = nullptr) {
-  return Block(List(SelectExpr(Col({Column}))),
-               TableName != nullptr ? From(Sources(Table({TableName}))) : nullptr);
-}
-
-template <class Statement = TSQLSubSelectStatement>
-std::unique_ptr<Statement> Stmt(std::unique_ptr<TSQLSubQueryExpression> Operand) {
-  auto statement = NewNode<Statement>(P());
-  statement->Add(std::move(Operand));
-  return statement;
 }
 
 // Every node of a tree (extenders included), in walk order.
