@@ -70,39 +70,32 @@ class TList : public TastNodeWithList {
   void MoveSubQueryInProxyInternal(TqxQueryBuilderControlOwner*, const TSQLProxyClass&) override {
     Trace("move list");
   }
+  // Accepts every edit, adding an item to the edited copy.
+  bool EditPropsInternal(TastNode& Node, TqxQueryBuilderControlOwner*) override;
 };
 
-// Writes its node between square brackets.
+// Writes its node between square brackets; TAngleExt between angle brackets, and refuses
+// every edit.
 class TBracketExt : public TastExtender {
   QX_CLASS(TastClass)
  public:
   using TastExtender::TastExtender;
+  virtual std::string Marks() const { return "[]"; }
   void BuildSQLForNode(const TastNode& Node, TSQLBuilder& Builder, bool MultiLine) const override {
-    Builder.WriteSymbol("[");
+    Builder.WriteSymbol(Marks().substr(0, 1));
     Node.BuildSQLDirect(Builder, MultiLine);
-    Builder.WriteSymbol("]");
+    Builder.WriteSymbol(Marks().substr(1));
   }
   void SimplifyTree() override { Trace("ext bracket"); }
   void MoveSubQueryInProxyInternal(TqxQueryBuilderControlOwner*, const TSQLProxyClass&) override {
     Trace("move ext");
   }
 };
-// Writes its node in angle brackets.
-class TAngleExt : public TastExtender {
+class TAngleExt : public TBracketExt {
   QX_CLASS(TastClass)
  public:
-  using TastExtender::TastExtender;
-  void BuildSQLForNode(const TastNode& Node, TSQLBuilder& Builder, bool MultiLine) const override {
-    Builder.WriteSymbol("<");
-    Node.BuildSQLDirect(Builder, MultiLine);
-    Builder.WriteSymbol(">");
-  }
-};
-// Refuses every edit.
-class TRefuseExt : public TastExtender {
-  QX_CLASS(TastClass)
- public:
-  using TastExtender::TastExtender;
+  using TBracketExt::TBracketExt;
+  std::string Marks() const override { return "<>"; }
   bool EditPropsForNode(TastNode&, TqxQueryBuilderControlOwner*) override { return false; }
 };
 // Writes its node followed by the one-line text of a sibling leaf, asking for that text
@@ -124,8 +117,7 @@ QX_DEFINE_CLASS(TLeafSub, TLeaf)
 QX_DEFINE_CLASS(TLeafSubSub, TLeafSub)
 QX_DEFINE_CLASS(TList, TastNodeWithList)
 QX_DEFINE_CLASS(TBracketExt, TastExtender)
-QX_DEFINE_CLASS(TAngleExt, TastExtender)
-QX_DEFINE_CLASS(TRefuseExt, TastExtender)
+QX_DEFINE_CLASS(TAngleExt, TBracketExt)
 QX_DEFINE_CLASS(TNestedTextExt, TastExtender)
 
 template <class T = TLeaf>
@@ -133,6 +125,11 @@ std::unique_ptr<T> Leaf(TastSyntaxProvider* P, const std::string& Name) {
   auto leaf = NewNode<T>(P);
   leaf->Name = Name;
   return leaf;
+}
+
+bool TList::EditPropsInternal(TastNode& Node, TqxQueryBuilderControlOwner*) {
+  static_cast<TList&>(Node).Add(Leaf(GetSyntaxProvider(), "new"));
+  return true;
 }
 
 std::unique_ptr<TList> ListOf(TastSyntaxProvider* P, const std::vector<std::string>& Names) {
@@ -149,13 +146,9 @@ std::vector<std::string> Names(const TList& List) {
   return names;
 }
 
-const std::string& ExtName(const TastNode& Node) {
-  static const std::string none = "none";
-  static std::string name;
-  if (Node.GetExtender() == nullptr)
-    return none;
-  name = std::string(Node.GetExtender()->ClassType().ClassName());
-  return name;
+std::string ExtName(const TastNode& Node) {
+  return Node.GetExtender() == nullptr ? "none"
+                                       : std::string(Node.GetExtender()->ClassType().ClassName());
 }
 
 TEST(TreeNode, ClassReferencesCreateTheDynamicClassWithItsExtender) {
@@ -183,8 +176,8 @@ TEST(ExtenderRegistry, NearestRegisteredAncestorWinsAndExactMatchWinsAtOnce) {
   // An exact entry registered after an ancestor's still wins.
   TestProvider q;
   q.RegisterExtender(TLeafSub::StaticClass(), TBracketExt::StaticClass());
-  q.RegisterExtender(TLeafSubSub::StaticClass(), TRefuseExt::StaticClass());
-  EXPECT_EQ(q.FindExtenderClass(TLeafSubSub::StaticClass(), true), &TRefuseExt::StaticClass());
+  q.RegisterExtender(TLeafSubSub::StaticClass(), TAngleExt::StaticClass());
+  EXPECT_EQ(q.FindExtenderClass(TLeafSubSub::StaticClass(), true), &TAngleExt::StaticClass());
   // A registered base does not reach upwards.
   EXPECT_EQ(q.FindExtenderClass(TLeaf::StaticClass(), true), nullptr);
 }
@@ -251,22 +244,14 @@ TEST(ExtenderRegistry, UpdateExtenderFollowsRegistryChanges) {
   EXPECT_EQ(orphan->GetExtender(), nullptr);
 }
 
-TEST(TreeNodeWithList, WritesItemsCommaSeparated) {
-  TestProvider p;
-  EXPECT_EQ(ListOf(&p, {})->GetSimpleSQL(), "");
-  EXPECT_EQ(ListOf(&p, {"a", "b c", "d"})->GetSimpleSQL(), "a, b c, d");
-  // Extenders take effect for every item, since items are written through BuildSQL.
-  p.RegisterExtender(TLeaf::StaticClass(), TBracketExt::StaticClass());
-  EXPECT_EQ(ListOf(&p, {"a", "b"})->GetSimpleSQL(), "[a], [b]");
-}
-
-TEST(TreeNodeWithList, CloneIsDeepAndInOrder) {
+TEST(TreeNodeWithList, WritesItemsCommaSeparatedAndClonesDeepInOrder) {
   TestProvider p;
   p.RegisterExtender(TLeafSub::StaticClass(), TBracketExt::StaticClass());
   auto list = ListOf(&p, {"a", "b"});
   list->Add(Leaf<TLeafSub>(&p, "c"));
   list->SetExtenderData(7);
   std::unique_ptr<TList> copy = CloneNode(*list);
+  EXPECT_EQ(ListOf(&p, {})->GetSimpleSQL(), "");
   ASSERT_EQ(copy->GetCount(), 3);
   EXPECT_EQ(&copy->ClassType(), &TList::StaticClass());
   EXPECT_EQ(copy->GetExtenderData(), 7u);
@@ -363,18 +348,6 @@ TEST(TreeWalks, ReachExtendersAndMoveSubQueryInProxyIsPreOrder) {
   EXPECT_EQ(children[0], static_cast<TastNode*>(list->GetItems(1))->GetExtender());
 }
 
-// A list that accepts every edit and adds an item to the edited copy.
-class TEditList : public TastNodeWithList {
-  QX_CLASS(TastClass)
- public:
-  using TastNodeWithList::TastNodeWithList;
-  bool EditPropsInternal(TastNode& Node, TqxQueryBuilderControlOwner*) override {
-    static_cast<TEditList&>(Node).Add(Leaf(GetSyntaxProvider(), "new"));
-    return true;
-  }
-};
-QX_DEFINE_CLASS(TEditList, TastNodeWithList)
-
 TEST(TreeNode, EditPropsAppliesTheCopyOnlyOnAcceptance) {
   TestProvider p;
   auto leaf = Leaf(&p, "a");
@@ -392,14 +365,14 @@ TEST(TreeNode, EditPropsAppliesTheCopyOnlyOnAcceptance) {
   EXPECT_EQ(sub->Name, "edited");
 
   // A refusing extender wins even though EditPropsInternal would accept.
-  p.RegisterExtender(TLeafSubSub::StaticClass(), TRefuseExt::StaticClass());
+  p.RegisterExtender(TLeafSubSub::StaticClass(), TAngleExt::StaticClass());
   auto refused = Leaf<TLeafSubSub>(&p, "c");
   refused->EditProps(nullptr);
   EXPECT_EQ(refused->Name, "c");
   TLeaf::accept = false;
 
   // A list's accepted copy replaces its items.
-  auto list = NewNode<TEditList>(&p);
+  auto list = NewNode<TList>(&p);
   list->Add(Leaf(&p, "a"));
   list->EditProps(nullptr);
   EXPECT_EQ(list->GetSimpleSQL(), "a, new");

@@ -11,187 +11,111 @@ namespace {
 
 using namespace qorvex::test;
 
-// A column expression whose name node is remembered in `Out` for the checks.
-Expr Ref(const Strings& Parts, TSQLObjectColumn*& Out) {
-  Expr column = Col(Parts);
-  Out = static_cast<TSQLExpressionColumn&>(*column).GetColumn();
-  return column;
-}
+// A parsed statement with its sources (join groups left out) and names in walk order.
+struct Tree {
+  std::unique_ptr<TSQLSelectStatement> statement;
+  std::vector<TSQLFromSource*> sources;
+  std::vector<TSQLDatabaseObject*> names;
 
-void Bind(TastNode& Root) {
-  std::vector<TSQLFromSource*> stack;
-  Root.FixupObjects(stack);
-  EXPECT_TRUE(stack.empty());
-}
-
-TEST(Binding, AliasBeatsObjectNameAndUnaliasedSourcesArePreferred) {
-  // Column qualifier, the two sources' tables and aliases, the source to bind, the text.
-  const struct {
-    Strings column;
-    const char *table1, *alias1, *table2;
-    int bound;
-    const char* text;
-  } cases[] = {{{"a", "c"}, "t", "a", "a", 0, "SELECT a.c FROM t a,  a"},
-               {{"t", "c"}, "t", "x", "T", 1, "SELECT T.c FROM t x,  T"}};
-  for (auto& c : cases) {
-    TSQLObjectColumn* column = nullptr;
-    auto sources = Sources(Table({c.table1}, c.alias1), Table({c.table2}));
-    TSQLFromSource* expected = sources[c.bound].get();
-    auto statement = Stmt(Block(List(SelectExpr(Ref(c.column, column))), From(std::move(sources))));
-    Bind(*statement);
-    EXPECT_EQ(column->GetFromSource(), expected) << c.text;
-    EXPECT_EQ(Plain(*statement, false), c.text);  // bound columns use their source's name
+  explicit Tree(const char* Text) : statement(Sql(Text)) {
+    std::vector<TastExtender*> nodes;
+    CollectNodes(*statement, nodes);
+    for (TastExtender* node : nodes) {
+      if (auto* source = dynamic_cast<TSQLFromSource*>(node);
+          source != nullptr && dynamic_cast<TSQLFromItem*>(node) == nullptr)
+        sources.push_back(source);
+      if (auto* name = dynamic_cast<TSQLDatabaseObject*>(node))
+        names.push_back(name);
+    }
   }
-}
-
-TEST(Binding, NamesAreWrittenAsTheirSourceIsNamed) {
-  struct {
-    Strings column, table;
-    const char* alias;
-    const char* text;
-    bool bound;
-  } cases[] = {
-      {{"X", "c"}, {"t"}, "x", "SELECT x.c FROM t x", true},
-      {{"t", "c"}, {"s", "t"}, "x", "SELECT x.c FROM s.t x", true},
-      {{"T", "c"}, {"s", "t"}, nullptr, "SELECT s.t.c FROM s.t", true},
-      {{"s", "t", "c"}, {"s", "t"}, nullptr, "SELECT s.t.c FROM s.t", true},
-      {{"db", "s", "t", "c"}, {"t"}, nullptr, "SELECT t.c FROM t", true},
-      {{"r", "t", "c"}, {"s", "t"}, nullptr, "SELECT r.t.c FROM s.t", false},
-      {{"u", "c"}, {"t"}, nullptr, "SELECT u.c FROM t", false},
-      {{"c"}, {"t"}, "x", "SELECT c FROM t x", false},
-      {{"my t", "my c"}, {"my t"}, nullptr, "SELECT \"my t\".\"my c\" FROM \"my t\"", true},
-  };
-  for (auto& c : cases) {
-    TSQLObjectColumn* node = nullptr;
-    auto statement =
-        Stmt(Block(List(SelectExpr(Ref(c.column, node))), From(Sources(Table(c.table, c.alias)))));
-    Bind(*statement);
-    EXPECT_EQ(Plain(*statement, false), c.text);
-    EXPECT_EQ(node->GetFromSource() != nullptr, c.bound) << c.text;
+  void Bind() {
+    std::vector<TSQLFromSource*> stack;
+    statement->FixupObjects(stack);
+    EXPECT_TRUE(stack.empty());
   }
-}
-
-// SELECT * FROM t WHERE Exists(SELECT 1 FROM <inner> WHERE <left>=<right>)
-struct Nested {
-  std::unique_ptr<TSQLSubSelectStatement> statement;
-  TSQLFromSource* outer = nullptr;
-  TSQLFromSource* inner = nullptr;
-  TSQLObjectColumn* left = nullptr;
-  TSQLObjectColumn* right = nullptr;
+  // "name>source index" for every bound name, in walk order.
+  std::string Bindings() const {
+    std::string out;
+    for (const TSQLDatabaseObject* name : names) {
+      for (std::size_t i = 0; i < sources.size(); ++i) {
+        if (name->GetFromSource() == sources[i])
+          out += (out.empty() ? "" : " ") + name->GetQualifiedName() + ">" + std::to_string(i);
+      }
+    }
+    return out;
+  }
+  std::string Text() const { return Plain(*statement, false); }
 };
 
-Nested MakeNested(const char* InnerTable, const Strings& Left, const Strings& Right) {
-  Nested n;
-  auto outer = Table({"t"});
-  auto inner = Table({InnerTable});
-  n.outer = outer.get();
-  n.inner = inner.get();
-  auto exists = NewNode<TSQLExpressionExists>(P());
-  exists->SetSubQuery(Stmt(Block(List(SelectExpr(Const("1"))), From(Sources(std::move(inner))),
-                                 Bin(Ref(Left, n.left), "=", Ref(Right, n.right)))));
-  n.statement = Stmt(Block(List(Star()), From(Sources(std::move(outer))), std::move(exists)));
-  return n;
-}
-
-TEST(Binding, EnclosingBlocksAreVisibleAndTheNearestIsSearchedFirst) {
-  Nested n = MakeNested("u", {"u", "id"}, {"t", "id"});
-  Bind(*n.statement);
-  EXPECT_EQ(n.left->GetFromSource(), n.inner);
-  EXPECT_EQ(n.right->GetFromSource(), n.outer);
-  Nested m = MakeNested("t", {"t", "id"}, {"t", "k"});
-  Bind(*m.statement);
-  EXPECT_EQ(m.left->GetFromSource(), m.inner);
-  EXPECT_EQ(m.right->GetFromSource(), m.inner);
-}
-
-TEST(Binding, SiblingBlocksAreNotVisible) {
-  TSQLObjectColumn* ta = nullptr;
-  TSQLObjectColumn* inScalar = nullptr;
-  auto statement = Stmt(Block(List(SelectExpr(Col({"a"}))), From(Sources(Table({"t"})))));
-  statement->Add(Block(List(SelectExpr(Ref({"t", "a"}, ta))), From(Sources(Table({"u"})))));
-  // A sub-query in the select list of a third block sees that block only.
-  auto scalar = NewNode<TSQLExpressionSelect>(P());
-  scalar->SetSubQuery(Stmt(Block(List(SelectExpr(Ref({"u", "a"}, inScalar))))));
-  statement->Add(Block(List(SelectExpr(std::move(scalar))), From(Sources(Table({"v"})))));
-  Bind(*statement);
-  EXPECT_EQ(ta->GetFromSource(), nullptr);
-  EXPECT_EQ(inScalar->GetFromSource(), nullptr);
-}
-
-TEST(Binding, DerivedTablesSeeTheEnclosingBlock) {
-  TSQLObjectColumn* ta = nullptr;
-  auto outer = Table({"t"});
-  TSQLFromSource* t = outer.get();
-  auto derived = NewNode<TSQLFromQuery>(P());
-  derived->SetSubQuery(
-      Stmt(Block(List(SelectExpr(Ref({"t", "a"}, ta))), From(Sources(Table({"u"}))))));
-  derived->SetAlias(Named<TSQLAliasObjectAlias>("q"));
-  auto statement = Stmt(Block(List(Star()), From(Sources(std::move(outer), std::move(derived)))));
-  Bind(*statement);
-  EXPECT_EQ(ta->GetFromSource(), t);
-}
-
-TEST(Binding, JoinConditionsAndTableQualifiersBind) {
-  TSQLObjectColumn* left = nullptr;
-  TSQLObjectColumn* right = nullptr;
-  auto a = Table({"a"});
-  auto b = Table({"b"}, "x");
-  TSQLFromSource* sa = a.get();
-  TSQLFromSource* sb = b.get();
-  auto allOfB = NewNode<TSQLSelectItemAllTableColumns>(P());
-  allOfB->SetQualifier(DbObj({"X"}));
-  TSQLDatabaseObject* qualifier = allOfB->GetQualifier();
-  auto statement = Stmt(Block(
-      List(std::move(allOfB)),
-      From(Sources(std::move(a),
-                   Joined<TSQLJoinKindLeft>(
-                       std::move(b), Bin(Ref({"a", "id"}, left), "=", Ref({"x", "id"}, right)))))));
-  Bind(*statement);
-  EXPECT_EQ(left->GetFromSource(), sa);
-  EXPECT_EQ(right->GetFromSource(), sb);
-  EXPECT_EQ(qualifier->GetFromSource(), sb);
-  // The FROM objects' own names are never bound.
-  auto* object = static_cast<TSQLFromObject*>(sa)->GetDatabaseObject();
-  EXPECT_EQ(object->GetFromSource(), nullptr);
-  EXPECT_EQ(Plain(*statement, false), "SELECT x.* FROM a LEFT JOIN  b x ON a.id=x.id");
+// The statement, its text once bound (bound names are written as their source is named)
+// and the bindings. FROM objects' own names are never bound.
+TEST(Binding, NamesFindTheirSources) {
+  const struct {
+    const char *text, *written, *bindings;
+  } cases[] = {
+      // An alias beats an object name; unaliased sources are preferred.
+      {"select a.c from t a, a", "SELECT a.c FROM t a,  a", "a.c>0"},
+      {"select t.c from t x, T", "SELECT T.c FROM t x,  T", "t.c>1"},
+      {"select X.c from t x", "SELECT x.c FROM t x", "X.c>0"},
+      {"select t.c from s.t x", "SELECT x.c FROM s.t x", "t.c>0"},
+      {"select T.c from s.t", "SELECT s.t.c FROM s.t", "T.c>0"},
+      {"select s.t.c from s.t", "SELECT s.t.c FROM s.t", "s.t.c>0"},
+      {"select db.s.t.c from t", "SELECT t.c FROM t", "db.s.t.c>0"},
+      {"select r.t.c from s.t", "SELECT r.t.c FROM s.t", ""},
+      {"select u.c from t", "SELECT u.c FROM t", ""},
+      {"select c from t x", "SELECT c FROM t x", ""},
+      {"select \"my t\".\"my c\" from \"my t\"", "SELECT \"my t\".\"my c\" FROM \"my t\"",
+       "my t.my c>0"},
+      // Enclosing blocks are visible, the nearest searched first.
+      {"select * from t where exists (select 1 from u where u.id = t.id)",
+       "SELECT * FROM t WHERE Exists(SELECT 1 FROM u WHERE u.id=t.id)", "u.id>1 t.id>0"},
+      {"select * from t where exists (select 1 from t where t.id = t.k)",
+       "SELECT * FROM t WHERE Exists(SELECT 1 FROM t WHERE t.id=t.k)", "t.id>1 t.k>1"},
+      // Sibling blocks are not; a sub-query in a select list sees its own block only.
+      {"select a from t union select t.a from u union select (select u.a) from v",
+       "SELECT a FROM t union SELECT t.a FROM u union SELECT (SELECT u.a) FROM v", ""},
+      // Derived tables see the enclosing block.
+      {"select * from t, (select t.a from u) q", "SELECT * FROM t,  (SELECT t.a FROM u) q",
+       "t.a>0"},
+      // Join conditions and table qualifiers.
+      {"select X.* from a left join b x on a.id = x.id",
+       "SELECT x.* FROM a LEFT JOIN  b x ON a.id=x.id", "X>1 a.id>0 x.id>1"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    Tree tree(c.text);
+    tree.Bind();
+    EXPECT_EQ(tree.Text(), c.written);
+    EXPECT_EQ(tree.Bindings(), c.bindings);
+  }
 }
 
 TEST(Binding, UnqualifiedColumnsKeepTheirBinding) {
-  TSQLObjectColumn* c = nullptr;
-  auto source = Table({"t"}, "x");
-  TSQLFromSource* t = source.get();
-  auto statement = Stmt(Block(List(SelectExpr(Ref({"c"}, c))), From(Sources(std::move(source)))));
-  Bind(*statement);
-  EXPECT_EQ(c->GetFromSource(), nullptr);
-  c->SetFromSource(t);
-  Bind(*statement);
-  EXPECT_EQ(c->GetFromSource(), t);
-  EXPECT_EQ(Plain(*statement, false), "SELECT x.c FROM t x");
+  Tree tree("select c from t x");
+  tree.Bind();
+  EXPECT_EQ(tree.Bindings(), "");
+  tree.names[0]->SetFromSource(tree.sources[0]);
+  tree.Bind();
+  EXPECT_EQ(tree.Bindings(), "c>0");
+  EXPECT_EQ(tree.Text(), "SELECT x.c FROM t x");
 }
 
 TEST(Binding, RemovedSourcesAreForgotten) {
-  TSQLObjectColumn* xa = nullptr;
-  TSQLObjectColumn* ub = nullptr;
-  auto x = Table({"t"}, "x");
-  TSQLFromSource* sx = x.get();
-  auto statement =
-      Stmt(Block(List(SelectExpr(Ref({"X", "a"}, xa)), SelectExpr(Ref({"u", "b"}, ub))),
-                 From(Sources(std::move(x), Table({"u"})))));
-  Bind(*statement);
-  EXPECT_EQ(Plain(*statement, false), "SELECT x.a, u.b FROM t x,  u");
-  statement->RemoveReferencesToFromSource(sx);
-  EXPECT_EQ(xa->GetFromSource(), nullptr);
-  EXPECT_NE(ub->GetFromSource(), nullptr);
-  EXPECT_EQ(Plain(*statement, false), "SELECT X.a, u.b FROM t x,  u");
+  Tree tree("select X.a, u.b from t x, u");
+  tree.Bind();
+  EXPECT_EQ(tree.Text(), "SELECT x.a, u.b FROM t x,  u");
+  tree.statement->RemoveReferencesToFromSource(tree.sources[0]);
+  EXPECT_EQ(tree.Bindings(), "u.b>1");
+  EXPECT_EQ(tree.Text(), "SELECT X.a, u.b FROM t x,  u");
 }
 
 TEST(Binding, TreeDumpShowsBindings) {
-  auto statement = Stmt(Block(List(SelectExpr(Col({"x", "a"})), SelectExpr(Col({"u", "b"}))),
-                              From(Sources(Table({"t"}, "x"), Table({"s", "u"})))));
-  Bind(*statement);
-  EXPECT_EQ(statement->Dump(),
-            "TSQLSubSelectStatement union\n"
+  Tree tree("select x.a, u.b from t x, s.u");
+  tree.Bind();
+  EXPECT_EQ(tree.statement->Dump(),
+            "TSQLSelectStatement union\n"
             "  TSQLSubQuerySelectExpression union\n"
+            "    TSQLSubQuerySelectModeDefault\n"
             "    TSQLSelectItems\n"
             "      TSQLSelectItemExpression\n"
             "        TSQLExpressionColumn\n"
@@ -209,24 +133,20 @@ TEST(Binding, TreeDumpShowsBindings) {
 
 TEST(Binding, TheStackIsLeftAsFound) {
   auto outside = Table({"o"});
-  TSQLObjectColumn* oc = nullptr;
-  auto statement = Stmt(Block(List(SelectExpr(Ref({"o", "c"}, oc))), From(Sources(Table({"t"})))));
+  Tree tree("select o.c from t");
   std::vector<TSQLFromSource*> stack{outside.get()};
-  statement->FixupObjects(stack);
+  tree.statement->FixupObjects(stack);
   ASSERT_EQ(stack.size(), 1u);
   EXPECT_EQ(stack[0], outside.get());
-  EXPECT_EQ(oc->GetFromSource(), outside.get());
+  EXPECT_EQ(tree.names[0]->GetFromSource(), outside.get());
 }
 
 TEST(Binding, CopiedExpressionsKeepTheirSources) {
-  TSQLObjectColumn* xa = nullptr;
-  auto x = Table({"t"}, "x");
-  TSQLFromSource* sx = x.get();
-  auto statement = Stmt(Block(List(SelectExpr(Ref({"x", "a"}, xa))), From(Sources(std::move(x)))));
-  Bind(*statement);
+  Tree tree("select x.a from t x");
+  tree.Bind();
   // A copy of an expression alone still refers to the statement's source.
-  std::unique_ptr<TSQLObjectColumn> copy = CloneNode(*xa);
-  EXPECT_EQ(copy->GetFromSource(), sx);
+  std::unique_ptr<TSQLDatabaseObject> copy = CloneNode(*tree.names[0]);
+  EXPECT_EQ(copy->GetFromSource(), tree.sources[0]);
   EXPECT_EQ(copy->GetSimpleSQL(), "x.a");
 }
 

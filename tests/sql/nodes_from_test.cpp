@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,23 +12,17 @@ namespace {
 
 using namespace qorvex::test;
 
-Expr Eq(const Strings& Left, const Strings& Right) {
-  return Bin(Col(Left), "=", Col(Right));
+// The FROM clause of "select * from <Text>", and its first source.
+std::unique_ptr<TSQLFromClause> Clause(const std::string& Text) {
+  return static_cast<TSQLSubQuerySelectExpression*>(Sql("select * from " + Text)->GetItems(0))
+      ->ExtractFromClause();
+}
+std::unique_ptr<TSQLFromSource> Source(const std::string& Text) {
+  return Clause(Text)->Extract(0);
 }
 
-std::unique_ptr<TSQLFromQuery> Derived(const char* Alias, Strings Columns, bool As = false) {
-  auto query = NewNode<TSQLFromQuery>(P());
-  query->SetSubQuery(Stmt(Block(List(SelectExpr(Const("1"))))));
-  if (As)
-    query->SetAlias(Named<TSQLAliasObjectAsAlias>(Alias));
-  else
-    query->SetAlias(Named<TSQLAliasObjectAlias>(Alias));
-  query->ColumnAliases = std::move(Columns);
-  return query;
-}
-
+// Alias, join kind and source classes by hand; joined items as parsed.
 const TextCase kFrom[] = {
-    // Aliases
     {"alias", [] { return Named<TSQLAlias>("x"); }, "x", nullptr, "<i>x</i>"},
     {"object alias", [] { return Named<TSQLAliasObjectAlias>("my x"); }, "\"my x\"", nullptr,
      "<i>\"my x\"</i>"},
@@ -37,38 +30,26 @@ const TextCase kFrom[] = {
      "<b>as</b> <i>x</i>"},
     {"alias-equals form writes the name", [] { return Named<TSQLAliasAliasEqualsObject>("x"); },
      "x", nullptr, nullptr},
-    // Join kinds (the leading space collapses at the start of a text)
+    // The leading space of a join kind collapses at the start of a text.
     {"cross join", [] { return JoinKind<TSQLJoinKindCross>(); }, "CROSS JOIN", nullptr,
      "<b>cross</b> <b>join</b>"},
-    {"inner join", [] { return JoinKind<TSQLJoinKindInner>(); }, "INNER JOIN", nullptr, nullptr},
     {"left outer join", [] { return JoinKind<TSQLJoinKindLeft>(true); }, "LEFT OUTER JOIN", nullptr,
      "<b>left</b> <b>outer</b> <b>join</b>"},
     {"right join", [] { return JoinKind<TSQLJoinKindRight>(); }, "RIGHT JOIN", nullptr, nullptr},
     {"full outer join", [] { return JoinKind<TSQLJoinKindFull>(true); }, "FULL OUTER JOIN", nullptr,
      nullptr},
-    // Sources
     {"table",
      [] {
        return Table({"s", "t"});
      },
      "s.t", nullptr, "<i>s</i><font color=#7f7fff>.</font><i>t</i>"},
-    {"derived table with AS and two column aliases",
-     [] {
-       return Derived("x", {"c", "d e"}, true);
-     },
-     "(SELECT 1) AS x (c, \"d e\")", nullptr, nullptr},
-    {"table function",
-     [] {
-       auto source = NewNode<TSQLFromFunction>(P());
-       source->SetFunction(Function("gen", Items(Col({"n"}))));
-       source->SetAlias(Named<TSQLAliasObjectAlias>("g"));
-       return source;
-     },
-     "gen(n) g", nullptr, nullptr},
+    {"derived table with AS and quoted column aliases",
+     [] { return Source("(select 1) as x (c, \"d e\")"); }, "(SELECT 1) AS x (c, \"d e\")", nullptr,
+     nullptr},
     {"built-in function",
      [] {
        auto source = NewNode<TSQLFromBuiltInFunction>(P());
-       source->SetFunction(Function("dual", {}, true));
+       source->SetFunction(Function("dual"));
        return source;
      },
      "dual()", nullptr, nullptr},
@@ -79,35 +60,23 @@ const TextCase kFrom[] = {
        return source;
      },
      "tv", nullptr, nullptr},
-    // Joined items: two spaces before a source on one line, a line break and one space on many
-    {"inner join with alias and ON",
-     [] {
-       return From(Sources(Table({"a"}), Joined<TSQLJoinKindInner>(Table({"b"}, "x"),
-                                                                   Eq({"a", "id"}, {"x", "id"}))));
-     },
-     "a INNER JOIN  b x ON a.id=x.id", "a INNER JOIN\r\n b x ON a.id=x.id",
-     "<i>a</i> <b>inner</b> <b>join</b>  <i>b</i> <i>x</i> <b>on</b> <i>a</i><font "
-     "color=#7f7fff>.</font><i>id</i><font color=#7f7fff>=</font><i>x</i><font "
-     "color=#7f7fff>.</font><i>id</i>"},
+    // Two spaces before a joined source on one line, a line break and one space on many.
+    {"inner join with alias and ON", [] { return Sql("select * from a join b x on a.id = x.id"); },
+     "SELECT * FROM a INNER JOIN  b x ON a.id=x.id",
+     "SELECT *\r\nFROM a INNER JOIN\r\n b x ON a.id=x.id",
+     "<b>select</b> <font color=#7f7fff>*</font> <b>from</b> <i>a</i> <b>inner</b> <b>join</b>  "
+     "<i>b</i> <i>x</i> <b>on</b> <i>a</i><font color=#7f7fff>.</font><i>id</i><font "
+     "color=#7f7fff>=</font><i>x</i><font color=#7f7fff>.</font><i>id</i>"},
     {"comma-separated sources", [] { return From(Sources(Table({"a"}), Table({"b"}))); }, "a,  b",
      "a, \r\n b", nullptr},
     {"three sources, left outer and cross",
-     [] {
-       return From(Sources(
-           Table({"a"}), Joined<TSQLJoinKindLeft>(Table({"b"}), Eq({"a", "id"}, {"b", "id"}), true),
-           Joined<TSQLJoinKindCross>(Table({"c"}), nullptr)));
-     },
-     "a LEFT OUTER JOIN  b ON a.id=b.id CROSS JOIN  c",
-     "a LEFT OUTER JOIN\r\n b ON a.id=b.id CROSS JOIN\r\n c", nullptr},
+     [] { return Sql("select * from a left outer join b on a.id = b.id cross join c"); },
+     "SELECT * FROM a LEFT OUTER JOIN  b ON a.id=b.id CROSS JOIN  c",
+     "SELECT *\r\nFROM a LEFT OUTER JOIN\r\n b ON a.id=b.id CROSS JOIN\r\n c", nullptr},
     {"nested join group is bracketed",
-     [] {
-       std::unique_ptr<TSQLFromSource> inner = From<TSQLFromItem>(Sources(
-           Table({"b"}), Joined<TSQLJoinKindRight>(Table({"c"}), Eq({"b", "k"}, {"c", "k"}))));
-       return From(Sources(Table({"a"}),
-                           Joined<TSQLJoinKindFull>(std::move(inner), Eq({"a", "k"}, {"b", "k"}))));
-     },
-     "a FULL JOIN  (b RIGHT JOIN  c ON b.k=c.k) ON a.k=b.k",
-     "a FULL JOIN\r\n (b RIGHT JOIN\r\n c ON b.k=c.k) ON a.k=b.k", nullptr},
+     [] { return Sql("select * from a full join (b right join c on b.k = c.k) on a.k = b.k"); },
+     "SELECT * FROM a FULL JOIN  (b RIGHT JOIN  c ON b.k=c.k) ON a.k=b.k",
+     "SELECT *\r\nFROM a FULL JOIN\r\n (b RIGHT JOIN\r\n c ON b.k=c.k) ON a.k=b.k", nullptr},
     {"empty FROM clause writes nothing", [] { return From(Sources()); }, "", nullptr, ""},
 };
 
@@ -136,7 +105,7 @@ TEST(JoinKinds, OuterSides) {
 
 TEST(FromSources, SimpleExpressionLeavesOutTheAlias) {
   EXPECT_EQ(Table({"s", "t"}, "x", true)->GetSimpleExpression(), "s.t");
-  EXPECT_EQ(Derived("q", {"c"})->GetSimpleExpression(), "(SELECT 1)");
+  EXPECT_EQ(Source("(select 1) q (c)")->GetSimpleExpression(), "(SELECT 1)");
   EXPECT_EQ(Table({"t"}, "x")->GetAliasName(), "x");
   EXPECT_EQ(Table({"t"})->GetAliasName(), "");
 }
@@ -158,14 +127,13 @@ TEST(FromSources, ItemListOperations) {
 }
 
 TEST(FromSources, AllSourcesAreFlattenedInTextOrder) {
-  auto group = From<TSQLFromItem>(Sources(Table({"b"}), Table({"c"})));
-  TSQLFromSource* b = group->GetItems(0);
-  TSQLFromSource* c = group->GetItems(1);
-  std::unique_ptr<TSQLFromSource> inner = std::move(group);
-  auto clause = From(Sources(Table({"a"}), std::move(inner), Table({"d"})));
+  auto clause = Clause("a, (b join c on 1 = 1), d");
   std::vector<TSQLFromSource*> all;
   clause->GetAllSources(all);
-  EXPECT_EQ(all, (std::vector<TSQLFromSource*>{clause->GetItems(0), b, c, clause->GetItems(2)}));
+  std::string names;
+  for (TSQLFromSource* source : all)
+    names += source->GetSimpleExpression();
+  EXPECT_EQ(names, "abcd");
 }
 
 // Answers field questions from a fixed list and records every question.
@@ -183,26 +151,14 @@ class RecordingMetadata : public TqxBaseMetadataProvider {
 };
 
 TEST(FieldLists, QuestionsAskedOfTheMetadataProvider) {
-  const std::pair<std::function<std::unique_ptr<TSQLFromSource>()>, const char*> cases[] = {
-      {[] {
-         return Table({"s", "my t"}, "x", true);
-       },
-       "select * from s.\"my t\" AS x"},
-      {[] {
-         return Derived("x", {"c", "d"});
-       },
-       "select * from (SELECT 1) x (c, d)"},
-      {[] { return Derived("x", {}); }, "select * from (SELECT 1) x"},
-      {[] {
-         auto query = Derived("x", {"c"});
-         query->SetAlias(nullptr);
-         return query;
-       },
-       "select * from (SELECT 1) (c)"},
-  };
-  for (auto& [make, question] : cases) {
+  std::vector<std::pair<std::unique_ptr<TSQLFromSource>, const char*>> cases;
+  cases.emplace_back(Source("s.[my t] as x"), "select * from s.\"my t\" AS x");
+  cases.emplace_back(Source("(select 1) x (c, d)"), "select * from (SELECT 1) x (c, d)");
+  cases.emplace_back(Source("(select 1) x"), "select * from (SELECT 1) x");
+  cases.emplace_back(Source("(select 1) x (c)"), "select * from (SELECT 1) (c)");
+  cases.back().first->SetAlias(nullptr);
+  for (auto& [source, question] : cases) {
     RecordingMetadata metadata;
-    std::unique_ptr<TSQLFromSource> source = make();
     source->Fields = {"stale"};
     source->RefreshFieldsList(&metadata);
     EXPECT_EQ(metadata.Asked, Strings{question});
@@ -213,16 +169,12 @@ TEST(FieldLists, QuestionsAskedOfTheMetadataProvider) {
 }
 
 TEST(FieldLists, RecursiveRefreshAsksChildrenFirstAndSkipsJoinGroups) {
-  auto derived = NewNode<TSQLFromQuery>(P());
-  derived->SetSubQuery(
-      Stmt(Block(List(SelectExpr(Col({"a"}))), From(Sources(Table({"t2"}), Table({"t3"}))))));
-  derived->SetAlias(Named<TSQLAliasObjectAlias>("q"));
-  auto group = From<TSQLFromItem>(Sources(Table({"t4"})));
-  auto clause = From(Sources(Table({"t1"}), std::move(derived), std::move(group)));
+  auto clause = Clause("t1, (select a from t2, t3) q, (t4 join t5 on 1 = 1)");
   RecordingMetadata metadata;
   clause->RefreshFieldsListRecursive(&metadata);
-  const Strings expected{"select * from t1", "select * from t2", "select * from t3",
-                         "select * from (SELECT a FROM t2,  t3) q", "select * from t4"};
+  const Strings expected{"select * from t1", "select * from t2",
+                         "select * from t3", "select * from (SELECT a FROM t2,  t3) q",
+                         "select * from t4", "select * from t5"};
   EXPECT_EQ(metadata.Asked, expected);
   EXPECT_TRUE(clause->Fields.empty());
   EXPECT_TRUE(clause->GetItems(2)->Fields.empty());

@@ -28,15 +28,15 @@ void PrintTo(const SimplifyCase& Case, std::ostream* Out) {
   *Out << Case.what;
 }
 
+// Parsed conditions, and by hand the shapes the parser never makes (a collection directly
+// inside a NOT or another collection, empty collections).
 const SimplifyCase kSimplify[] = {
-    {"double negation through brackets",
-     [] { return Not(Brackets(Not(Brackets(Cmp("a", "=", "1"))))); }, "a=1",
+    {"double negation through brackets", [] { return Cond("not (not (a = 1))"); }, "a=1",
      "TSQLExpressionOperatorBinary"},
-    {"three NOTs leave one", [] { return Not(Not(Not(Cmp("a", "=", "1")))); }, "Not a=1",
+    {"three NOTs leave one", [] { return Cond("not not not a = 1"); }, "Not a=1",
      "TSQLExpressionNot"},
-    {"De Morgan on AND",
-     [] { return Not(Brackets(And(Items(Cmp("a", "=", "1"), Cmp("b", "=", "2"))))); },
-     "Not a=1 Or Not b=2", "TSQLExpressionOr"},
+    {"De Morgan on AND", [] { return Cond("not (a = 1 and b = 2)"); }, "Not a=1 Or Not b=2",
+     "TSQLExpressionOr"},
     {"De Morgan on OR", [] { return Not(Or(Items(Cmp("a", "=", "1"), Cmp("b", "=", "2")))); },
      "Not a=1 And Not b=2", "TSQLExpressionAnd"},
     {"nested ANDs flatten into one",
@@ -51,41 +51,21 @@ const SimplifyCase kSimplify[] = {
        return And(Items(Cmp("a", "=", "1"), Or(Items(Cmp("b", "=", "2"), Cmp("c", "=", "3")))));
      },
      "a=1 And (b=2 Or c=3)", "TSQLExpressionAnd"},
-    {"AND in OR stays nested without brackets",
-     [] {
-       return Or(Items(And(Items(Cmp("a", "=", "1"), Cmp("b", "=", "2"))), Cmp("c", "=", "3")));
-     },
+    {"AND in OR stays nested without brackets", [] { return Cond("a = 1 and b = 2 or c = 3"); },
      "a=1 And b=2 Or c=3", "TSQLExpressionOr"},
-    {"bracketed AND inside AND is kept",
-     [] {
-       return And(
-           Items(Brackets(And(Items(Cmp("a", "=", "1"), Cmp("b", "=", "2")))), Cmp("c", "=", "3")));
-     },
+    {"bracketed AND inside AND is kept", [] { return Cond("(a = 1 and b = 2) and c = 3"); },
      "(a=1 And b=2) And c=3", nullptr},
-    {"negated OR inside AND is spliced in",
-     [] {
-       return And(Items(Cmp("a", "=", "1"),
-                        Not(Brackets(Or(Items(Cmp("b", "=", "2"), Cmp("c", "=", "3")))))));
-     },
+    {"negated OR inside AND is spliced in", [] { return Cond("a = 1 and not (b = 2 or c = 3)"); },
      "a=1 And Not b=2 And Not c=3", "TSQLExpressionAnd"},
-    {"negated AND inside AND gets brackets",
-     [] {
-       return And(Items(Cmp("a", "=", "1"),
-                        Not(Brackets(And(Items(Cmp("b", "=", "2"), Cmp("c", "=", "3")))))));
-     },
+    {"negated AND inside AND gets brackets", [] { return Cond("a = 1 and not (b = 2 and c = 3)"); },
      "a=1 And (Not b=2 Or Not c=3)", "TSQLExpressionAnd"},
     {"an operand that is a collection is negated in brackets",
-     [] {
-       return Not(Brackets(
-           Or(Items(Cmp("a", "=", "1"), And(Items(Cmp("b", "=", "2"), Cmp("c", "=", "3")))))));
-     },
-     "Not a=1 And (Not b=2 Or Not c=3)", "TSQLExpressionAnd"},
+     [] { return Cond("not (a = 1 or b = 2 and c = 3)"); }, "Not a=1 And (Not b=2 Or Not c=3)",
+     "TSQLExpressionAnd"},
     {"empty AND", [] { return And({}); }, nullptr, nullptr},
     {"AND of empty collections", [] { return And(Items(And({}), Or({}))); }, nullptr, nullptr},
     {"empty collections are dropped from a list",
      [] { return Or(Items(And({}), Cmp("a", "=", "1"))); }, "a=1", "TSQLExpressionOr"},
-    {"NOT of a comparison is kept", [] { return Not(Cmp("a", "=", "1")); }, "Not a=1",
-     "TSQLExpressionNot"},
 };
 
 class Simplify : public testing::TestWithParam<SimplifyCase> {};
@@ -184,14 +164,13 @@ TEST(LogicalOperations, FindExpressionItem) {
   EXPECT_EQ(expr, static_cast<TSQLExpressionOperation&>(*comparison).GetInner());
 
   // NOT, brackets and collections are the condition of their first operand's expression.
-  Expr condition = Not(Brackets(Or(Items(Cmp("b", "<", "2"), Cmp("a", ">", "1")))));
+  Expr condition = Cond("not (b < 2 or a > 1)");
   EXPECT_EQ(condition->FindExpressionItem(expr, created), condition.get());
   EXPECT_EQ(created, nullptr);
   EXPECT_EQ(expr->GetSimpleSQL(), "b");
 
   // Anything else stands for "node=True", with a copy of the node as its left side.
-  auto exists = NewNode<TSQLExpressionExists>(P());
-  exists->SetSubQuery(Stmt(Block(List(SelectExpr(Const("1"))))));
+  Expr exists = Cond("exists (select 1)");
   TSQLExpressionItem* found = exists->FindExpressionItem(expr, created);
   ASSERT_NE(created, nullptr);
   EXPECT_EQ(found, created.get());
@@ -209,9 +188,7 @@ TEST(LogicalOperations, FindExpressionItem) {
 }
 
 TEST(LogicalOperations, RemoveAndRestoreTheLeftExpression) {
-  Expr condition =
-      Or(Items(Cmp("a", ">", "1"), Brackets(And(Items(Cmp("A", "<", "5"), Cmp("b", "=", "2")))),
-               Not(Cmp("a", "=", "3"))));
+  Expr condition = Cond("a > 1 or (A < 5 and b = 2) or not a = 3");
   // Expr points into the condition itself: removal must not depend on it staying alive.
   TSQLExpressionItem* expr = nullptr;
   Expr created;
@@ -230,53 +207,39 @@ TEST(LogicalOperations, RemoveAndRestoreTheLeftExpression) {
 TEST(LogicalOperations, ContainsOnlyItemsWithFromSource) {
   auto s1 = Table({"t1"});
   auto s2 = Table({"t2"});
-  auto col = [](TSQLFromSource* Source, const char* Name) {
-    Expr column = Col({Name});
-    static_cast<TSQLExpressionColumn&>(*column).GetColumn()->SetFromSource(Source);
-    return column;
-  };
-  auto aggregate = [](Expr Arg) {
-    auto node = NewNode<TSQLExpressionAggregate1Param>(P());
-    node->SetArgument(std::move(Arg));
-    return node;
-  };
-  auto function = [](std::vector<Expr> Args) {
-    auto node = NewNode<TSQLExpressionFunction>(P());
-    node->SetFunction(Function("f", std::move(Args)));
-    return node;
-  };
-  auto caseOf = [](Expr Operand, Expr When, Expr Then) {
-    auto node = NewNode<TSQLExpressionCaseFunction>(P());
-    node->SetOperand(std::move(Operand));
-    auto item = NewNode<TSQLCaseFunctionItem>(P());
-    item->SetWhen(std::move(When));
-    item->SetThen(std::move(Then));
-    node->AddItem(std::move(item));
-    return node;
+  // Columns qualified t1 or t2 are bound to those sources.
+  auto bound = [&](Expr Node) {
+    std::vector<TastExtender*> nodes;
+    CollectNodes(*Node, nodes);
+    for (TastExtender* node : nodes) {
+      if (auto* column = dynamic_cast<TSQLObjectColumn*>(node); column && column->Count() > 1)
+        column->SetFromSource(column->GetPrefix(0) == "t1" ? s1.get() : s2.get());
+    }
+    return Node;
   };
   struct {
     const char* what;
     Expr node;
     bool only;
   } cases[] = {
-      {"column of the source", col(s1.get(), "a"), true},
-      {"column of another source", col(s2.get(), "a"), false},
-      {"unbound column", Col({"a"}), false},
-      {"constant", Const("1"), false},
-      {"aggregate", aggregate(col(s1.get(), "a")), true},
-      {"function of both sources", function(Items(col(s1.get(), "a"), col(s2.get(), "b"))), false},
-      {"function of one source", function(Items(col(s1.get(), "a"), col(s1.get(), "b"))), true},
-      {"function without arguments", function({}), false},
-      {"CASE of one source", caseOf(col(s1.get(), "a"), col(s1.get(), "b"), col(s1.get(), "c")),
-       true},
-      {"CASE with a constant", caseOf(col(s1.get(), "a"), Const("1"), col(s1.get(), "c")), false},
-      {"sum of two columns", Bin(col(s1.get(), "a"), "+", col(s1.get(), "b")), true},
-      {"column plus constant", Bin(col(s1.get(), "a"), "+", Const("1")), false},
-      {"list", And(Items(col(s1.get(), "a"), Brackets(col(s1.get(), "b")))), true},
+      {"column of the source", Ex("t1.a"), true},
+      {"column of another source", Ex("t2.a"), false},
+      {"unbound column", Ex("a"), false},
+      {"constant", Ex("1"), false},
+      {"aggregate", Ex("max(t1.a)"), true},
+      {"function of both sources", Ex("f(t1.a, t2.b)"), false},
+      {"function of one source", Ex("f(t1.a, t1.b)"), true},
+      {"function without arguments", Ex("f()"), false},
+      {"CASE of one source", Ex("case t1.a when t1.b then t1.c end"), true},
+      {"CASE with a constant", Ex("case t1.a when 1 then t1.c end"), false},
+      {"sum of two columns", Ex("t1.a + t1.b"), true},
+      {"column plus constant", Ex("t1.a + 1"), false},
+      {"list", Cond("t1.a = t1.b and (t1.c = t1.d)"), true},
       {"empty list", And({}), false},
   };
   for (auto& c : cases)
-    EXPECT_EQ(c.node->ContainsOnlyItemsWithFromSource(s1.get()), c.only) << c.what;
+    EXPECT_EQ(bound(std::move(c.node))->ContainsOnlyItemsWithFromSource(s1.get()), c.only)
+        << c.what;
 }
 
 }  // namespace

@@ -89,6 +89,17 @@ inline void CheckText(const TextCase& Case) {
 
 using Expr = std::unique_ptr<TSQLExpressionItem>;
 
+// Trees read by the parser: an expression, a condition, a statement.
+inline Expr Ex(const std::string& Text) {
+  return P()->ParseExpression(Text);
+}
+inline Expr Cond(const std::string& Text) {
+  return P()->ParseLogicalExpression(Text);
+}
+inline std::unique_ptr<TSQLSelectStatement> Sql(const std::string& Text) {
+  return P()->ParseSelect(Text);
+}
+
 // A vector of move-only values.
 template <class T, class... A>
 std::vector<T> Vec(A... Args) {
@@ -104,11 +115,6 @@ template <class... A>
 std::vector<std::unique_ptr<TSQLFromSource>> Sources(A... Args) {
   return Vec<std::unique_ptr<TSQLFromSource>>(std::move(Args)...);
 }
-template <class... A>
-std::vector<std::unique_ptr<TastNode>> List(A... Args) {
-  return Vec<std::unique_ptr<TastNode>>(std::move(Args)...);
-}
-
 // A name written a.b.c: parts given outermost first.
 template <class T>
 std::unique_ptr<T> Name(const Strings& Parts, TastSyntaxProvider* Provider = P()) {
@@ -116,9 +122,6 @@ std::unique_ptr<T> Name(const Strings& Parts, TastSyntaxProvider* Provider = P()
   for (const std::string& part : Parts)
     name->AddName(part);
   return name;
-}
-inline std::unique_ptr<TSQLDatabaseObject> DbObj(const Strings& Parts) {
-  return Name<TSQLDatabaseObject>(Parts);
 }
 
 inline Expr Col(const Strings& Parts) {
@@ -173,20 +176,10 @@ inline Expr Or(std::vector<Expr> Items) {
   return Logical<TSQLExpressionOr>(std::move(Items));
 }
 
-// name(args...); without arguments when Args is empty and NoParams is set.
-inline std::unique_ptr<TSQLFunction> Function(const char* FunctionName, std::vector<Expr> Args,
-                                              bool NoParams = false) {
+// name() without an argument list.
+inline std::unique_ptr<TSQLFunction> Function(const char* FunctionName) {
   auto function = NewNode<TSQLFunction>(P());
   function->Name = FunctionName;
-  if (NoParams)
-    return function;
-  auto params = NewNode<TSQLFunctionParams>(P());
-  for (auto& arg : Args) {
-    auto param = NewNode<TSQLFunctionParamExpression>(P());
-    param->SetExpression(std::move(arg));
-    params->Add(std::move(param));
-  }
-  function->SetParams(std::move(params));
   return function;
 }
 
@@ -199,7 +192,7 @@ std::unique_ptr<T> Named(const char* Text) {
 inline std::unique_ptr<TSQLFromObject> Table(const Strings& Parts, const char* Alias = nullptr,
                                              bool As = false) {
   auto source = NewNode<TSQLFromObject>(P());
-  source->SetDatabaseObject(DbObj(Parts));
+  source->SetDatabaseObject(Name<TSQLDatabaseObject>(Parts));
   if (Alias != nullptr && As)
     source->SetAlias(Named<TSQLAliasObjectAsAlias>(Alias));
   else if (Alias != nullptr)
@@ -214,59 +207,12 @@ std::unique_ptr<Kind> JoinKind(bool Outer = false) {
     kind->Outer = Outer;
   return kind;
 }
-template <class Kind>
-std::unique_ptr<TSQLFromSource> Joined(std::unique_ptr<TSQLFromSource> Source, Expr Condition,
-                                       bool Outer = false) {
-  Source->SetJoinKind(JoinKind<Kind>(Outer));
-  Source->SetJoinCondition(std::move(Condition));
-  return Source;
-}
-
 template <class Item = TSQLFromClause>
 std::unique_ptr<Item> From(std::vector<std::unique_ptr<TSQLFromSource>> Sources) {
   auto item = NewNode<Item>(P());
   for (auto& source : Sources)
     item->Add(std::move(source));
   return item;
-}
-
-inline std::unique_ptr<TSQLSelectItemExpression> SelectExpr(Expr Expression,
-                                                            std::unique_ptr<TSQLAlias> Alias = {}) {
-  auto item = NewNode<TSQLSelectItemExpression>(P());
-  item->SetExpression(std::move(Expression));
-  item->SetAlias(std::move(Alias));
-  return item;
-}
-
-inline std::unique_ptr<TSQLSelectItemAllColumns> Star() {
-  return NewNode<TSQLSelectItemAllColumns>(P());
-}
-
-// SELECT items FROM sources [WHERE condition].
-inline std::unique_ptr<TSQLSubQuerySelectExpression> Block(
-    std::vector<std::unique_ptr<TastNode>> SelectList,
-    std::unique_ptr<TSQLFromClause> FromClause = {}, Expr Where = {}) {
-  auto block = NewNode<TSQLSubQuerySelectExpression>(P());
-  auto items = NewNode<TSQLSelectItems>(P());
-  for (auto& item : SelectList)
-    items->Add(std::move(item));
-  block->SetSelectItems(std::move(items));
-  block->SetFromClause(std::move(FromClause));
-  block->SetWhere(std::move(Where));
-  return block;
-}
-// SELECT column [FROM table].
-inline std::unique_ptr<TSQLSubQuerySelectExpression> SelectColumn(const char* Column,
-                                                                  const char* TableName = nullptr) {
-  return Block(List(SelectExpr(Col({Column}))),
-               TableName != nullptr ? From(Sources(Table({TableName}))) : nullptr);
-}
-
-template <class Statement = TSQLSubSelectStatement>
-std::unique_ptr<Statement> Stmt(std::unique_ptr<TSQLSubQueryExpression> Operand) {
-  auto statement = NewNode<Statement>(P());
-  statement->Add(std::move(Operand));
-  return statement;
 }
 
 // Every node of a tree (extenders included), in walk order.
