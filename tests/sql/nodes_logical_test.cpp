@@ -79,10 +79,12 @@ TEST_P(Simplify, Result) {
   }
   ASSERT_NE(result, nullptr);
   EXPECT_EQ(result->GetSimpleSQL(), c.result);
-  if (c.resultClass != nullptr)
+  if (c.resultClass != nullptr) {
     EXPECT_EQ(result->ClassType().ClassName(), c.resultClass);
-  if (c.items >= 0)
+  }
+  if (c.items >= 0) {
     EXPECT_EQ(static_cast<TSQLExpressionItemsList&>(*result).Count(), c.items);
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Nodes, Simplify, testing::ValuesIn(kSimplify),

@@ -80,8 +80,9 @@ inline void CheckText(const TextCase& Case) {
   std::unique_ptr<TastNode> node = Case.make();
   EXPECT_EQ(Plain(*node, false), Case.one);
   EXPECT_EQ(Plain(*node, true), Case.multi != nullptr ? Case.multi : Case.one);
-  if (Case.html != nullptr)
+  if (Case.html != nullptr) {
     EXPECT_EQ(Html(*node, false), Case.html);
+  }
   std::unique_ptr<TastNode> copy = node->Clone();
   EXPECT_EQ(&copy->ClassType(), &node->ClassType());
   EXPECT_EQ(Plain(*copy, true), Plain(*node, true));
