@@ -26,6 +26,26 @@ inline std::string ReadCorpus(const std::string& name) {
   return ss.str();
 }
 
+// Reads the escapes \\ \t \r \n \0 and \xNN of the corpus files; any other escaped
+// character stands for itself.
+inline std::string Unescape(const std::string& s) {
+  std::string out;
+  for (std::size_t i = 0; i < s.size(); ++i) {
+    if (s[i] != '\\' || i + 1 == s.size()) {
+      out += s[i];
+      continue;
+    }
+    const char n = s[++i];
+    if (n == 'x' && i + 2 < s.size()) {
+      out += static_cast<char>(std::stoi(s.substr(i + 1, 2), nullptr, 16));
+      i += 2;
+    } else {
+      out += n == 'n' ? '\n' : n == 't' ? '\t' : n == 'r' ? '\r' : n == '0' ? '\0' : n;
+    }
+  }
+  return out;
+}
+
 // The statements of a text, split on its ";" tokens.
 inline std::vector<std::string> SplitStatements(const std::string& text) {
   SQL92Scanner scanner;
