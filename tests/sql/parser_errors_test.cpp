@@ -196,20 +196,16 @@ TEST(WayCalculation, OptimisationsKeepTheFirstWayOnRandomTexts) {
     std::vector<std::string> tokens;
     for (std::int32_t k = 0; k + 1 < scanner.GetTokenCount(); ++k)
       tokens.push_back(scanner.GetToken(k).val);
-    const std::size_t at = rng() % (tokens.size() + 1);
-    switch (rng() % 3) {
-      case 0:
-        if (at < tokens.size())
-          tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(at));
-        break;
-      case 1:
-        tokens.insert(tokens.begin() + static_cast<std::ptrdiff_t>(at),
-                      vocabulary[rng() % vocabulary.size()]);
-        break;
-      default:
-        if (at < tokens.size())
-          tokens[at] = vocabulary[rng() % vocabulary.size()];
-    }
+    // Drop, insert or replace one token.
+    const std::string& word = vocabulary[rng() % vocabulary.size()];
+    const auto at = tokens.begin() + static_cast<std::ptrdiff_t>(rng() % (tokens.size() + 1));
+    const unsigned change = rng() % 3;
+    if (change == 1)
+      tokens.insert(at, word);
+    else if (at != tokens.end() && change == 0)
+      tokens.erase(at);
+    else if (at != tokens.end())
+      *at = word;
     std::string text;
     for (const std::string& t : tokens)
       text += t + " ";
@@ -310,10 +306,7 @@ TEST_F(WayOperations, WayTreeShapeAndUnroll) {
 
   parser_.UnrollWay(more[1]);
   EXPECT_EQ(parser_.maxErrIndex, -1);
-  std::vector<std::int32_t> decisions;
-  for (const TqxWayPoint* w : parser_.GetWay())
-    decisions.push_back(w->decision);
-  EXPECT_EQ(decisions, (std::vector<std::int32_t>{0, 1, 2, 5}));
+  EXPECT_EQ(Decisions(parser_), (std::vector<std::int32_t>{0, 1, 2, 5}));
   EXPECT_EQ(parser_.GetWayNode(), root);
   EXPECT_EQ(parser_.GetWayNode()->decision, 1);
   EXPECT_EQ(parser_.Get().val, "a");
@@ -354,10 +347,7 @@ TEST_F(WayOperations, UnrollWayExpandsStretchesAndLongWays) {
   expected.insert(expected.end(), {10, 2, 3, 11, 12});
   for (int round = 0; round < 2; ++round) {  // the second unroll reuses the storage
     parser_.UnrollWay(leaf);
-    std::vector<std::int32_t> decisions;
-    for (const TqxWayPoint* w : parser_.GetWay())
-      decisions.push_back(w->decision);
-    EXPECT_EQ(decisions, expected);
+    EXPECT_EQ(Decisions(parser_), expected);
     EXPECT_EQ(parser_.GetWayNode(), root);
     for (std::size_t i = 1; i < expected.size(); ++i)
       ASSERT_EQ(parser_.GetWayNode()->decision, expected[i]) << i;
@@ -441,10 +431,12 @@ TEST(Tool, ParseCommands) {
     SCOPED_TRACE(std::string(c.args) + ": " + c.input);
     const tooltest::ToolRun r = tooltest::RunTool(c.args, c.input);
     EXPECT_EQ(r.status, c.status);
-    if (c.out != nullptr)
+    if (c.out != nullptr) {
       EXPECT_EQ(r.out, c.out);
-    if (c.err != nullptr)
+    }
+    if (c.err != nullptr) {
       EXPECT_EQ(r.err, c.err);
+    }
   }
 }
 

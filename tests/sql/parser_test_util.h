@@ -106,26 +106,26 @@ struct WayOutcome {
 
 // Runs the way calculation of `entry` over `ways`.
 inline void RunWayCalc(SQL92Parser& parser, Entry entry, TqxWayList& ways) {
-  switch (entry) {
-    case Entry::kSelect:
-      parser.ParseSelectWayCalc(ways);
-      break;
-    case Entry::kExpression:
-      parser.ParseExpressionWayCalc(ways);
-      break;
-    case Entry::kLogical:
-      parser.ParseLogicalExpressionWayCalc(ways);
-      break;
-    case Entry::kObject:
-      parser.ParseObjectNameWayCalc(ways);
-      break;
-    case Entry::kItem:
-      parser.ParseSelectItemWayCalc(ways);
-      break;
-  }
+  using WayCalc = void (SQL92Parser::*)(TqxWayList&);
+  static constexpr WayCalc calcs[] = {
+      &SQL92Parser::ParseSelectWayCalc, &SQL92Parser::ParseExpressionWayCalc,
+      &SQL92Parser::ParseLogicalExpressionWayCalc, &SQL92Parser::ParseObjectNameWayCalc,
+      &SQL92Parser::ParseSelectItemWayCalc};
+  (parser.*calcs[static_cast<int>(entry)])(ways);
 }
 
-inline WayOutcome CalculateWays(const std::string& text, Entry entry, bool plain) {
+// The decisions along the way the parser last unrolled.
+inline std::vector<std::int32_t> Decisions(const SQL92Parser& parser) {
+  std::vector<std::int32_t> out;
+  for (const TqxWayPoint* w : parser.GetWay())
+    out.push_back(w->decision);
+  return out;
+}
+
+// The way calculation of `text`; `direct`, when given, tells whether the calculation made
+// no way point off the way it chose (which only the direct reading achieves).
+inline WayOutcome CalculateWays(const std::string& text, Entry entry, bool plain,
+                                bool* direct = nullptr) {
   TastSQL92SyntaxProvider provider;
   SQL92Scanner scanner;
   scanner.Init(text);
@@ -133,6 +133,8 @@ inline WayOutcome CalculateWays(const std::string& text, Entry entry, bool plain
   parser.SetPlainWayCalc(plain);
   TqxWayList ways{parser.NewWayPoint(nullptr)};
   WayOutcome out;
+  if (direct != nullptr)
+    *direct = false;
   try {
     RunWayCalc(parser, entry, ways);
   } catch (const TqxNestingLimit& limit) {
@@ -147,8 +149,9 @@ inline WayOutcome CalculateWays(const std::string& text, Entry entry, bool plain
   }
   out.complete = true;
   parser.UnrollWay(ways.front());
-  for (const TqxWayPoint* w : parser.GetWay())
-    out.decisions.push_back(w->decision);
+  out.decisions = Decisions(parser);
+  if (direct != nullptr)
+    *direct = parser.GetWayPointCount() == parser.GetWay().size();
   return out;
 }
 
