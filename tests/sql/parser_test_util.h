@@ -4,6 +4,7 @@
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,34 @@ inline std::string Unescape(const std::string& s) {
     }
   }
   return out;
+}
+
+// The rows of a corpus file, split at TABs and unescaped; blank lines and lines starting
+// with "#" are skipped.
+inline std::vector<std::vector<std::string>> ReadRows(const std::string& name) {
+  std::istringstream in(ReadCorpus(name));
+  std::vector<std::vector<std::string>> rows;
+  for (std::string line; std::getline(in, line);) {
+    if (line.empty() || line[0] == '#')
+      continue;
+    std::vector<std::string> fields;
+    for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
+      end = line.find('\t', begin);
+      fields.push_back(Unescape(line.substr(begin, end - begin)));
+    }
+    rows.push_back(std::move(fields));
+  }
+  return rows;
+}
+
+// The entry named select, expression, logical, object or item.
+inline Entry EntryNamed(const std::string& name) {
+  const char* names[] = {"select", "expression", "logical", "object", "item"};
+  for (int i = 0; i < 5; ++i) {
+    if (name == names[i])
+      return static_cast<Entry>(i);
+  }
+  throw std::invalid_argument("no entry " + name);
 }
 
 // The statements of a text, split on its ";" tokens.
