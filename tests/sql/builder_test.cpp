@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -22,117 +22,76 @@ class QuotingProvider : public MinimalDialect {
   std::string GetQuoteEnd() const override { return End; }
 };
 
-using Script = std::function<void(TSQLBuilder&)>;
+const QuotingProvider kQuotes("\"", "\"");
 
-std::string Write(const TSQLBuilderClass& Class, const Script& Steps) {
+// Runs a script of builder steps separated by "|" and returns the text written. "K:x",
+// "Y:x", "I:x", "N:x" and "S:x" write x as keyword, symbol, identifier (quoted by
+// `quotes`), number or string; "space", "force", "nl" and "nl-or-space" call Space,
+// SpaceForce, NewLine and NewLineOrSpace(true).
+std::string Write(const TSQLBuilderClass& Class, const std::string& script,
+                  const TastSyntaxProvider* quotes = &kQuotes) {
   std::string out;
   std::unique_ptr<TSQLBuilder> b = Class.Create(&out);
   b->ResetBuilder();
-  Steps(*b);
+  std::istringstream steps(script);
+  for (std::string step; std::getline(steps, step, '|');) {
+    const std::string text = step.size() > 1 && step[1] == ':' ? step.substr(2) : "";
+    if (step == "space")
+      b->Space();
+    else if (step == "force")
+      b->SpaceForce();
+    else if (step == "nl")
+      b->NewLine();
+    else if (step == "nl-or-space")
+      b->NewLineOrSpace(true);
+    else if (step[0] == 'K')
+      b->WriteKeyword(text);
+    else if (step[0] == 'Y')
+      b->WriteSymbol(text);
+    else if (step[0] == 'I')
+      b->WriteIdentifier(text, quotes);
+    else if (step[0] == 'N')
+      b->WriteNumber(text);
+    else if (step[0] == 'S')
+      b->WriteString(text);
+    else
+      ADD_FAILURE() << "unknown step " << step;
+  }
   return out;
 }
 
-struct LayoutCase {
-  const char* what;
-  Script steps;
-  const char* plain;
-  const char* html;
-};
-
-const QuotingProvider kQuotes("\"", "\"");
-
-const LayoutCase kLayout[] = {
-    {"space twice writes one",
-     [](TSQLBuilder& b) {
-       b.WriteKeyword("A");
-       b.Space();
-       b.Space();
-       b.WriteKeyword("B");
-     },
-     "A B", "<b>a</b> <b>b</b>"},
-    {"space at the start writes nothing",
-     [](TSQLBuilder& b) {
-       b.Space();
-       b.WriteSymbol("(");
-     },
-     "(", "<font color=#7f7fff>(</font>"},
-    {"space after a line break writes nothing",
-     [](TSQLBuilder& b) {
-       b.WriteSymbol("x");
-       b.NewLine();
-       b.Space();
-       b.WriteSymbol("y");
-     },
-     "x\r\ny", "<font color=#7f7fff>x</font><br/><font color=#7f7fff>y</font>"},
-    {"new line twice writes one; none at the start",
-     [](TSQLBuilder& b) {
-       b.NewLine();
-       b.WriteIdentifier("a", &kQuotes);
-       b.NewLine();
-       b.NewLine();
-       b.WriteIdentifier("b", &kQuotes);
-     },
-     "a\r\nb", "<i>a</i><br/><i>b</i>"},
-    {"space force after a space",
-     [](TSQLBuilder& b) {
-       b.WriteNumber("1");
-       b.Space();
-       b.SpaceForce();
-       b.WriteNumber("2");
-     },
-     "1  2", nullptr},
-    {"space force after a line break",
-     [](TSQLBuilder& b) {
-       b.WriteString("'s'");
-       b.NewLine();
-       b.SpaceForce();
-       b.WriteString("'t'");
-     },
-     "'s'\r\n 't'", nullptr},
-    // The plain-text space is written as a symbol and so ends the line start; the HTML
-    // space is written raw and leaves it, so the following line break is dropped there.
-    {"space force at the start, then a line break",
-     [](TSQLBuilder& b) {
-       b.SpaceForce();
-       b.NewLine();
-       b.WriteKeyword("K");
-     },
-     " \r\nK", " <b>k</b>"},
-    {"multi-line select: one clause per line, no trailing space",
-     [](TSQLBuilder& b) {
-       b.NewLineOrSpace(true);
-       b.WriteKeyword("SELECT");
-       b.Space();
-       b.WriteIdentifier("a", &kQuotes);
-       b.WriteSymbol(",");
-       b.Space();
-       b.WriteIdentifier("b c", &kQuotes);
-       b.NewLineOrSpace(true);
-       b.Space();
-       b.WriteKeyword("FROM");
-       b.Space();
-       b.WriteIdentifier("t", &kQuotes);
-     },
-     "SELECT a, \"b c\"\r\nFROM t",
-     "<b>select</b> <i>a</i><font color=#7f7fff>,</font> <i>\"b c\"</i><br/><b>from</b> <i>t</i>"},
-    {"nothing is escaped and keywords keep their text in plain text",
-     [](TSQLBuilder& b) {
-       b.WriteKeyword("Not");
-       b.Space();
-       b.WriteSymbol("<>");
-       b.Space();
-       b.WriteIdentifier("a<b", &kQuotes);
-     },
-     "Not <> \"a<b\"", "<b>not</b> <font color=#7f7fff><></font> <i>\"a<b\"</i>"},
-};
-
 TEST(SQLBuilder, LayoutCollapsingPlainTextAndHTML) {
-  for (const LayoutCase& c : kLayout) {
+  const struct {
+    const char* what;
+    const char* script;
+    const char* plain;
+    const char* html;  // nullptr: numbers or strings, which HTML does not write
+  } cases[] = {
+      {"space twice writes one", "K:A|space|space|K:B", "A B", "<b>a</b> <b>b</b>"},
+      {"space at the start writes nothing", "space|Y:(", "(", "<font color=#7f7fff>(</font>"},
+      {"space after a line break writes nothing", "Y:x|nl|space|Y:y", "x\r\ny",
+       "<font color=#7f7fff>x</font><br/><font color=#7f7fff>y</font>"},
+      {"new line twice writes one; none at the start", "nl|I:a|nl|nl|I:b", "a\r\nb",
+       "<i>a</i><br/><i>b</i>"},
+      {"space force after a space", "N:1|space|force|N:2", "1  2", nullptr},
+      {"space force after a line break", "S:'s'|nl|force|S:'t'", "'s'\r\n 't'", nullptr},
+      // The plain-text space is written as a symbol and so ends the line start; the HTML
+      // space is written raw and leaves it, so the following line break is dropped there.
+      {"space force at the start, then a line break", "force|nl|K:K", " \r\nK", " <b>k</b>"},
+      {"multi-line select: one clause per line, no trailing space",
+       "nl-or-space|K:SELECT|space|I:a|Y:,|space|I:b c|nl-or-space|space|K:FROM|space|I:t",
+       "SELECT a, \"b c\"\r\nFROM t",
+       "<b>select</b> <i>a</i><font color=#7f7fff>,</font> <i>\"b c\"</i><br/><b>from</b> "
+       "<i>t</i>"},
+      {"nothing is escaped and keywords keep their text in plain text",
+       "K:Not|space|Y:<>|space|I:a<b", "Not <> \"a<b\"",
+       "<b>not</b> <font color=#7f7fff><></font> <i>\"a<b\"</i>"},
+  };
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(), c.steps), c.plain);
-    if (c.html != nullptr) {
-      EXPECT_EQ(Write(TSQLBuilderHTML::StaticClass(), c.steps), c.html);
-    }
+    EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(), c.script), c.plain);
+    if (c.html != nullptr)
+      EXPECT_EQ(Write(TSQLBuilderHTML::StaticClass(), c.script), c.html);
   }
 }
 
@@ -149,27 +108,15 @@ TEST(SQLBuilder, IdentifierQuoting) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(),
-                    [&](TSQLBuilder& b) { b.WriteIdentifier(c.name, &kQuotes); }),
-              c.written);
+    EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(), std::string("I:") + c.name), c.written);
   }
   // Different opening and closing quotes; the quotes sit inside the HTML mark-up.
   const QuotingProvider brackets("[", "]");
-  EXPECT_EQ(Write(TSQLBuilderHTML::StaticClass(),
-                  [&](TSQLBuilder& b) { b.WriteIdentifier("my col", &brackets); }),
-            "<i>[my col]</i>");
+  EXPECT_EQ(Write(TSQLBuilderHTML::StaticClass(), "I:my col", &brackets), "<i>[my col]</i>");
   // Empty quotes and no provider at all write the name bare.
   const MinimalDialect none;
-  EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(),
-                  [&](TSQLBuilder& b) { b.WriteIdentifier("my col", &none); }),
-            "my col");
-  EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(),
-                  [&](TSQLBuilder& b) {
-                    b.WriteIdentifier("my col", nullptr);
-                    b.Space();
-                    b.WriteIdentifier("", nullptr);
-                    b.WriteSymbol(";");
-                  }),
+  EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(), "I:my col", &none), "my col");
+  EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(), "I:my col|space|I:|Y:;", nullptr),
             "my col ;");
 }
 
@@ -191,42 +138,28 @@ TEST(SQLBuilder, HTMLHasNoNumbersOrStrings) {
   EXPECT_EQ(out, "<b>where</b> <i>a</i>");
 }
 
-TEST(SQLBuilder, ResetTruncatesForReuse) {
+TEST(SQLBuilder, ResetTruncatesForReuseAndNewLineTextIsConfigurable) {
   std::string out = "left over";
   TSQLBuilderPlainText b(&out);
+  EXPECT_EQ(b.NewLineText, "\r\n");
   b.ResetBuilder();
   EXPECT_EQ(out, "");
   b.WriteKeyword("SELECT");
   b.Space();
   b.WriteSymbol("*");
   EXPECT_EQ(out, "SELECT *");
+  b.NewLineText = "\n";
   b.ResetBuilder();
   b.Space();
   b.NewLine();
   b.WriteSymbol("1");
-  EXPECT_EQ(out, "1");
-}
-
-TEST(SQLBuilder, PlainTextNewLineTextIsConfigurable) {
-  std::string out;
-  TSQLBuilderPlainText b(&out);
-  EXPECT_EQ(b.NewLineText, "\r\n");
-  b.NewLineText = "\n";
-  b.ResetBuilder();
-  b.WriteKeyword("A");
   b.NewLine();
   b.WriteKeyword("B");
-  EXPECT_EQ(out, "A\nB");
+  EXPECT_EQ(out, "1\nB");
 }
 
-TEST(SQLBuilder, ClassReferences) {
-  EXPECT_TRUE(TSQLBuilderHTML::StaticClass().InheritsFrom(TSQLBuilderStream::StaticClass()));
-  EXPECT_TRUE(TSQLBuilderStream::StaticClass().IsAbstract());
-  std::string out;
-  EXPECT_THROW(TSQLBuilder::StaticClass().Create(&out), EqxError);
-  std::unique_ptr<TSQLBuilder> b = TSQLBuilderPlainText::StaticClass().Create(&out);
-  EXPECT_EQ(&b->ClassType(), &TSQLBuilderPlainText::StaticClass());
-  // A builder without a stream refuses to write instead of crashing.
+// A builder made by its class without a stream refuses to write instead of crashing.
+TEST(SQLBuilder, WithoutStreamRefusesToWrite) {
   std::unique_ptr<TSQLBuilder> none = TSQLBuilderPlainText::StaticClass().Create(nullptr);
   EXPECT_THROW(none->WriteKeyword("A"), EqxError);
   EXPECT_THROW(none->ResetBuilder(), EqxError);

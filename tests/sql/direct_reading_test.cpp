@@ -8,70 +8,23 @@
 namespace qorvex::parsertest {
 namespace {
 
-// Whether the way calculation of `text` made no point beyond the way it chose: true only
-// when the direct reading found that way.
 bool ReadDirectly(const std::string& text, Entry entry) {
-  TastSQL92SyntaxProvider provider;
-  SQL92Scanner scanner;
-  scanner.Init(text);
-  SQL92Parser parser(&scanner, &provider);
-  TqxWayList ways{parser.NewWayPoint(nullptr)};
-  RunWayCalc(parser, entry, ways);
-  parser.Expect(ways, tkEof);
-  if (ways.empty())
-    return false;
-  parser.UnrollWay(ways.front());
-  return parser.GetWayPointCount() == parser.GetWay().size();
+  bool direct = false;
+  CalculateWays(text, entry, false, &direct);
+  return direct;
 }
 
-struct DirectCase {
-  Entry entry;
-  const char* text;
-  bool direct;  // settled by the direct reading
-};
-
-const DirectCase kCases[] = {
-    {Entry::kSelect,
-     "select c.id, c.name n, count(*) as orders, 'x' = o.a from customers c "
-     "left outer join orders o on o.customer_id = c.id where c.country in ('DE', 'FR') "
-     "group by c.id, c.name having count(*) > 1 order by 3 desc, c.name",
-     true},
-    {Entry::kSelect,
-     "select a, t.*, case when a > 1 then 'x' else 'y' end, case a when 1 then 2 end, "
-     "cast(a as numeric(10, 2)), cast(b as double precision), cast(c as s.mytype), "
-     "cast(d as time(3) with time zone), current_user, -+~a, f(a, b), dbo.g() from t",
-     true},
-    {Entry::kSelect,
-     "select * from (select a from t) x (y), s.v w cross join f(1) g where exists "
-     "(select 1 from u) and a between 1 and 2 and b not like 'x%' escape '!' and c is not "
-     "null and d not in (select e from v union all select e from w) and e = any (select 1)",
-     true},
-    {Entry::kSelect, "(select a from t) union (select b from u) order by 1", true},
-    // Brackets in logical position: a bracketed condition, or the value of a predicate.
-    {Entry::kLogical, "(a = 1) and b = 2", true},
-    {Entry::kLogical, "(a + b) > c", true},
-    {Entry::kLogical, "((a = 1) or (b + 1) * 2 < 3) and not (c) in (1, 2)", true},
-    {Entry::kLogical, "((select max(a) from t)) = 1", true},
-    {Entry::kExpression, "(a + (b * (c - 1))) / 2", true},
-    {Entry::kObject, "db.s.t", true},
-    {Entry::kItem, "x = a + 1", true},
-    {Entry::kItem, "t.*", true},
-    // Left to the way calculation: names with empty or bracketed parts, a join whose right
-    // side is a join, a bracket opening both a query and a list, dead ends.
-    {Entry::kSelect, "select * from db..t", false},
-    {Entry::kSelect, "select [a][b] from t", false},
-    {Entry::kSelect, "select * from t1 join t2 join t3 on x = 1 on y = 2", false},
-    {Entry::kLogical, "a in ((1), (2))", false},
-    {Entry::kLogical, "(a)", false},
-    {Entry::kSelect, "select * from t where", false},
-    {Entry::kSelect, "select a b c from t", false},
-};
-
+// Texts from corpus/rt_direct_reading.txt: the direct reading chooses the way the plain
+// calculation chooses, and settles the texts marked "direct" on its own.
 TEST(DirectReading, ChoosesThePlainWayAndSettlesOrdinaryTexts) {
-  for (const DirectCase& c : kCases) {
-    SCOPED_TRACE(c.text);
-    EXPECT_EQ(CalculateWays(c.text, c.entry, false), CalculateWays(c.text, c.entry, true));
-    EXPECT_EQ(ReadDirectly(c.text, c.entry), c.direct);
+  const auto rows = ReadRows("rt_direct_reading.txt");
+  EXPECT_GE(rows.size(), 19u);
+  for (const std::vector<std::string>& row : rows) {
+    SCOPED_TRACE(row.at(2));
+    const Entry entry = EntryNamed(row[0]);
+    bool direct = false;
+    EXPECT_EQ(CalculateWays(row[2], entry, false, &direct), CalculateWays(row[2], entry, true));
+    EXPECT_EQ(direct, row[1] == "direct");
   }
 }
 

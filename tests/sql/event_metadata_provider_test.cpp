@@ -14,96 +14,78 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-TEST(EventMetadataProvider, WithoutHandlersEveryListComesBackEmpty) {
-  TqxEventMetadataProvider provider;
+class EventMetadataProvider : public ::testing::Test {
+ protected:
+  EventMetadataProvider() : table_(NewNode<TSQLDatabaseObject>(&syntax_)) {
+    table_->AddName("dbo");
+    table_->AddName("orders");
+    stale_.push_back(std::make_unique<TSQLMetadataRelation>());
+  }
+  TqxEventMetadataProvider provider_;
+  TastSQL92SyntaxProvider syntax_;
+  std::unique_ptr<TSQLDatabaseObject> table_;
+  TSQLMetadataRelations stale_;  // one relation left over
+};
+
+TEST_F(EventMetadataProvider, WithoutHandlersEveryListComesBackEmpty) {
   Names tables{"stale"}, views{"stale"}, fields{"stale"};
-  provider.GetTableNames(tables, true);
-  provider.GetViewNames(views, false);
-  provider.GetFields("select * from t", fields);
+  provider_.GetTableNames(tables, true);
+  provider_.GetViewNames(views, false);
+  provider_.GetFields("select * from t", fields);
+  provider_.GetTableRelations(*table_, stale_);
   EXPECT_TRUE(tables.empty());
   EXPECT_TRUE(views.empty());
   EXPECT_TRUE(fields.empty());
-
-  TSQLMetadataRelations relations;
-  relations.push_back(std::make_unique<TSQLMetadataRelation>());
-  TastSQL92SyntaxProvider syntax;
-  auto table = NewNode<TSQLDatabaseObject>(&syntax);
-  table->AddName("t");
-  provider.GetTableRelations(*table, relations);
-  EXPECT_TRUE(relations.empty());
+  EXPECT_TRUE(stale_.empty());
 }
 
-TEST(EventMetadataProvider, HandlersGetSenderArgumentsAndAClearedList) {
-  TqxEventMetadataProvider provider;
-  std::vector<std::string> calls;
+// Each handler gets the provider as sender, its arguments and a cleared list to fill; an
+// exception from a handler reaches the caller.
+TEST_F(EventMetadataProvider, HandlersGetSenderArgumentsAndAClearedList) {
+  Names calls;
   auto names = [&](const char* what) {
     return [&, what](TqxEventMetadataProvider* sender, Names& list, bool system) {
-      EXPECT_EQ(sender, &provider);
+      EXPECT_EQ(sender, &provider_);
       EXPECT_TRUE(list.empty()) << what;
       calls.push_back(std::string(what) + (system ? " system" : " user"));
       list.push_back(what);
     };
   };
-  provider.OnGetTableNames = names("table");
-  provider.OnGetViewNames = names("view");
-  provider.OnGetSQLFieldNames = [&](TqxEventMetadataProvider* sender, const std::string& sql,
-                                    Names& list) {
-    EXPECT_EQ(sender, &provider);
+  provider_.OnGetTableNames = names("table");
+  provider_.OnGetViewNames = names("view");
+  provider_.OnGetSQLFieldNames = [&](TqxEventMetadataProvider* sender, const std::string& sql,
+                                     Names& list) {
+    EXPECT_EQ(sender, &provider_);
     EXPECT_TRUE(list.empty());
     calls.push_back("fields " + sql);
     list = {"a", "b"};
   };
+  provider_.OnGetTableRelations = [&](TqxEventMetadataProvider* sender,
+                                      const TSQLDatabaseObject& name,
+                                      TSQLMetadataRelations& relations) {
+    EXPECT_EQ(sender, &provider_);
+    EXPECT_EQ(&name, table_.get());
+    EXPECT_TRUE(relations.empty());
+    relations.push_back(std::make_unique<TSQLMetadataRelation>());
+    relations.back()->FKColumns = {name.GetObjName()};
+  };
 
   Names list{"old1", "old2"};
-  provider.GetTableNames(list, true);
+  provider_.GetTableNames(list, true);
   EXPECT_EQ(list, Names{"table"});
-  provider.GetViewNames(list, false);
+  provider_.GetViewNames(list, false);
   EXPECT_EQ(list, Names{"view"});
-  provider.GetFields("select * from x", list);
+  provider_.GetFields("select * from x", list);
   EXPECT_EQ(list, (Names{"a", "b"}));
   EXPECT_EQ(calls, (Names{"table system", "view user", "fields select * from x"}));
-}
+  provider_.GetTableRelations(*table_, stale_);
+  ASSERT_EQ(stale_.size(), 1u);
+  EXPECT_EQ(stale_[0]->FKColumns, Names{"orders"});
 
-TEST(EventMetadataProvider, RelationsAreClearedThenFilledByTheHandler) {
-  TqxEventMetadataProvider provider;
-  TastSQL92SyntaxProvider syntax;
-  auto table = NewNode<TSQLDatabaseObject>(&syntax);
-  table->AddName("dbo");
-  table->AddName("orders");
-  const TSQLDatabaseObject* seen = nullptr;
-  provider.OnGetTableRelations = [&](TqxEventMetadataProvider* sender,
-                                     const TSQLDatabaseObject& name,
-                                     TSQLMetadataRelations& relations) {
-    EXPECT_EQ(sender, &provider);
-    EXPECT_TRUE(relations.empty());
-    seen = &name;
-    auto r = std::make_unique<TSQLMetadataRelation>();
-    r->PKTable = NewNode<TSQLDatabaseObject>(name.GetSyntaxProvider());
-    r->PKTable->AddName("customers");
-    r->PKColumns = {"id"};
-    r->FKTable = NewNode<TSQLDatabaseObject>(name.GetSyntaxProvider());
-    r->FKTable->AddName(name.GetObjName());
-    r->FKColumns = {"customer_id"};
-    relations.push_back(std::move(r));
-  };
-
-  TSQLMetadataRelations relations;
-  relations.push_back(std::make_unique<TSQLMetadataRelation>());
-  provider.GetTableRelations(*table, relations);
-  EXPECT_EQ(seen, table.get());
-  ASSERT_EQ(relations.size(), 1u);
-  EXPECT_EQ(relations[0]->PKTable->GetObjName(), "customers");
-  EXPECT_EQ(relations[0]->FKTable->GetObjName(), "orders");
-  EXPECT_EQ(relations[0]->FKColumns, Names{"customer_id"});
-}
-
-TEST(EventMetadataProvider, HandlerExceptionsReachTheCaller) {
-  TqxEventMetadataProvider provider;
-  provider.OnGetTableNames = [](TqxEventMetadataProvider*, Names&, bool) {
+  provider_.OnGetTableNames = [](TqxEventMetadataProvider*, Names&, bool) {
     throw EqxError("catalogue unavailable");
   };
-  Names list{"old"};
-  EXPECT_THROW(provider.GetTableNames(list, false), EqxError);
+  EXPECT_THROW(provider_.GetTableNames(list, false), EqxError);
   EXPECT_TRUE(list.empty());
 }
 

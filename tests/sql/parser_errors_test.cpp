@@ -10,19 +10,6 @@
 namespace qorvex::parsertest {
 namespace {
 
-std::string Unescape(const std::string& s) {
-  std::string out;
-  for (std::size_t i = 0; i < s.size(); ++i) {
-    if (s[i] == '\\' && i + 1 < s.size()) {
-      const char n = s[++i];
-      out += n == 'n' ? '\n' : n == 't' ? '\t' : n;
-    } else {
-      out += s[i];
-    }
-  }
-  return out;
-}
-
 Entry EntryOf(const std::string& message) {
   if (message == "Bad expression")
     return Entry::kExpression;
@@ -42,99 +29,68 @@ struct Rejected {
 
 std::vector<Rejected> RejectedCorpus() {
   std::vector<Rejected> out;
-  std::istringstream in(ReadCorpus("rejected.txt"));
-  std::string row;
-  while (std::getline(in, row)) {
-    const auto tab1 = row.find('\t');
-    const auto tab2 = row.find('\t', tab1 + 1);
-    Rejected r;
-    std::sscanf(row.c_str(), "%d:%d", &r.line, &r.col);
-    r.message = row.substr(tab1 + 1, tab2 - tab1 - 1);
-    r.text = Unescape(row.substr(tab2 + 1));
+  for (const std::vector<std::string>& row : ReadRows("rejected.txt")) {
+    Rejected r{0, 0, row.at(1), row.at(2)};
+    std::sscanf(row[0].c_str(), "%d:%d", &r.line, &r.col);
     out.push_back(std::move(r));
   }
   return out;
 }
 
 // Every rejected text raises EqxSQLError once, with the entry's message and the line
-// and column of the farthest token where an expected token was missing.
-TEST(RejectedCorpus, ReportsMessageLineAndColumn) {
+// and column of the farthest token where an expected token was missing; the plain way
+// calculation fails at the same token.
+TEST(RejectedCorpus, ReportsMessageLineAndColumnAsThePlainCalculation) {
   const std::vector<Rejected> corpus = RejectedCorpus();
   EXPECT_GE(corpus.size(), 100u);
   TastSQL92SyntaxProvider provider;
   for (const Rejected& r : corpus) {
     SCOPED_TRACE(r.text);
+    const Entry entry = EntryOf(r.message);
     try {
-      Parse(provider, EntryOf(r.message), r.text);
+      Parse(provider, entry, r.text);
       ADD_FAILURE() << "accepted";
     } catch (const EqxSQLError& e) {
       EXPECT_EQ(e.what(), r.message);
       EXPECT_EQ(e.line, r.line);
       EXPECT_EQ(e.col, r.col);
     }
-  }
-}
-
-TEST(RejectedCorpus, SameErrorAsPlainCalculation) {
-  for (const Rejected& r : RejectedCorpus()) {
-    SCOPED_TRACE(r.text);
-    const Entry entry = EntryOf(r.message);
     const WayOutcome fast = CalculateWays(r.text, entry, false);
     EXPECT_FALSE(fast.complete);
     EXPECT_EQ(fast, CalculateWays(r.text, entry, true));
   }
 }
 
-TEST(ParseEntries, MessagesAndTokenData) {
+// Beyond the line and column of the corpus: the character position and the text of the
+// token the error is reported at, also for an error token holding the rest of the text;
+// and an error made without a token.
+TEST(ParseEntries, ErrorsCarryPositionAndTokenText) {
   TastSQL92SyntaxProvider provider;
-  struct Case {
-    Entry entry;
+  const struct {
     const char* text;
-    const char* message;
-  } cases[] = {{Entry::kSelect, "select a from t\n  select b", "Bad SELECT statement"},
-               {Entry::kExpression, "a +", "Bad expression"},
-               {Entry::kLogical, "a = 1 )", "Bad logical expression"},
-               {Entry::kObject, "a.b.c.d.e", "Bad object name"},
-               {Entry::kItem, "a b c", "Bad select item"}};
-  for (const Case& c : cases) {
+    std::int32_t line, col, pos;
+    const char* token;
+  } cases[] = {{"select a from t\n  select b", 2, 3, 18, "select"},
+               {"select a from t\r\n\r\nselect b", 3, 1, 17, "select"},
+               {"select 'open from t", 1, 8, 7, "'open from t"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
     try {
-      Parse(provider, c.entry, c.text);
-      ADD_FAILURE() << c.text;
+      provider.ParseSelect(c.text);
+      ADD_FAILURE() << "accepted";
     } catch (const EqxSQLError& e) {
-      EXPECT_STREQ(e.what(), c.message);
+      EXPECT_EQ(e.line, c.line);
+      EXPECT_EQ(e.col, c.col);
+      EXPECT_EQ(e.pos, c.pos);
+      EXPECT_EQ(e.tokenText, c.token);
     }
   }
-  try {
-    provider.ParseSelect("select a from t\n  select b");
-  } catch (const EqxSQLError& e) {
-    EXPECT_EQ(e.line, 2);
-    EXPECT_EQ(e.col, 3);
-    EXPECT_EQ(e.pos, 18);
-    EXPECT_EQ(e.tokenText, "select");
-  }
-  // An unclosed string is reported at the error token holding the rest of the text.
-  try {
-    provider.ParseSelect("select 'open from t");
-    ADD_FAILURE();
-  } catch (const EqxSQLError& e) {
-    EXPECT_EQ(e.tokenText, "'open from t");
-    EXPECT_EQ(e.col, 8);
-  }
-}
-
-TEST(ParseEntries, MakeSQLErrorWithoutToken) {
   const EqxSQLError e = MakeSQLError("Bad expression", nullptr);
   EXPECT_STREQ(e.what(), "Bad expression");
   EXPECT_EQ(e.pos, 0);
   EXPECT_EQ(e.line, 0);
   EXPECT_EQ(e.col, 0);
   EXPECT_EQ(e.tokenText, "");
-  TqxToken t{tkIdentifier, 7, 3, 2, "abc", 9};
-  const EqxSQLError f = MakeSQLError("Bad object name", &t);
-  EXPECT_EQ(f.pos, 7);
-  EXPECT_EQ(f.col, 3);
-  EXPECT_EQ(f.line, 2);
-  EXPECT_EQ(f.tokenText, "abc");
 }
 
 // ---- nesting ---------------------------------------------------------------------
@@ -146,50 +102,49 @@ std::string Repeat(const std::string& s, int n) {
   return out;
 }
 
-// 256 levels of every kind of nesting are read; far deeper text is rejected with the
-// entry's message (and never overflows the stack).
+// Every kind of nesting is read to 256 levels (the "+" chain to 500); far deeper text is
+// rejected with the entry's message, never overflowing the stack. A text is
+// head + open * n + middle + close * n + tail.
 TEST(Nesting, DeepTextsAreReadOrRejectedCleanly) {
   TastSQL92SyntaxProvider provider;
-  const int n = 256;
-  const std::vector<std::string> accepted = {
-      "select " + Repeat("(", n) + "1" + Repeat(")", n),
-      "select * from t where " + Repeat("(", n) + "a = 1" + Repeat(")", n),
-      "select * from t where " + Repeat("(", n) + "a" + Repeat(")", n) + " = 1",
-      "select * from t where " + Repeat("not ", n) + "a = 1",
-      "select " + Repeat("- ", n) + "1",
-      "select " + Repeat("f(", n) + "1" + Repeat(")", n),
-      "select " + Repeat("(select ", n) + "1" + Repeat(")", n),
-      "select * from t where a in " + Repeat("(select a from t where a in ", n) + "(1)" +
-          Repeat(")", n),
-      "select * from " + Repeat("(select * from ", n) + "t" + Repeat(") x", n),
-      "select * from " + Repeat("(", n) + "t" + Repeat(")", n),
-      "select " + Repeat("case when a = 1 then ", n) + "1" + Repeat(" end", n),
-      "select 1" + Repeat(" + 1", 500),
-      "select * from a" + Repeat(" join b", n) + Repeat(" on 1 = 1", n),
+  const struct {
+    const char *head, *open, *middle, *close, *tail;
+    int read, rejected;  // 0: not tried
+  } cases[] = {
+      {"select ", "(", "1", ")", "", 256, 5000},
+      {"select * from t where ", "(", "a = 1", ")", "", 256, 5000},
+      {"select * from t where ", "(", "a", ")", " = 1", 256, 0},
+      {"select * from t where ", "not ", "a = 1", "", "", 256, 5000},
+      {"select ", "- ", "1", "", "", 256, 5000},
+      {"select ", "f(", "1", ")", "", 256, 0},
+      {"select ", "(select ", "1", ")", "", 256, 3000},
+      {"select * from t where a in ", "(select a from t where a in ", "(1)", ")", "", 256, 0},
+      {"select * from ", "(select * from ", "t", ") x", "", 256, 0},
+      {"select * from ", "(", "t", ")", "", 256, 0},
+      {"select ", "case when a = 1 then ", "1", " end", "", 256, 0},
+      {"select 1", " + 1", "", "", "", 500, 5000},
+      {"select * from a", " join b", "", " on 1 = 1", "", 256, 3000},
   };
-  for (const std::string& sql : accepted) {
-    SCOPED_TRACE(sql.substr(0, 60));
-    std::unique_ptr<TSQLSelectStatement> tree;
-    ASSERT_NO_THROW(tree = provider.ParseSelect(sql));
-    EXPECT_EQ(Write(*provider.ParseSelect(Write(*tree, false)), false), Write(*tree, false));
-  }
-  const std::vector<std::string> rejected = {
-      "select " + Repeat("(", 5000) + "1" + Repeat(")", 5000),
-      "select * from t where " + Repeat("(", 5000) + "a = 1" + Repeat(")", 5000),
-      "select * from t where " + Repeat("not ", 5000) + "a = 1",
-      "select " + Repeat("- ", 5000) + "1",
-      "select " + Repeat("(select ", 3000) + "1" + Repeat(")", 3000),
-      "select 1" + Repeat(" + 1", 5000),
-      "select * from a" + Repeat(" join b", 3000) + Repeat(" on 1 = 1", 3000),
-  };
-  for (const std::string& sql : rejected) {
-    SCOPED_TRACE(sql.substr(0, 60));
-    try {
-      provider.ParseSelect(sql);
-      ADD_FAILURE() << "accepted";
-    } catch (const EqxSQLError& e) {
-      EXPECT_STREQ(e.what(), "Bad SELECT statement");
-      EXPECT_GT(e.col, 1);
+  for (const auto& c : cases) {
+    for (const int n : {c.read, c.rejected}) {
+      if (n == 0)
+        continue;
+      const std::string sql =
+          c.head + Repeat(c.open, n) + c.middle + Repeat(c.close, n) + std::string(c.tail);
+      SCOPED_TRACE(sql.substr(0, 60) + " n=" + std::to_string(n));
+      if (n == c.read) {
+        std::unique_ptr<TSQLSelectStatement> tree;
+        ASSERT_NO_THROW(tree = provider.ParseSelect(sql));
+        EXPECT_EQ(Write(*provider.ParseSelect(Write(*tree, false)), false), Write(*tree, false));
+        continue;
+      }
+      try {
+        provider.ParseSelect(sql);
+        ADD_FAILURE() << "accepted";
+      } catch (const EqxSQLError& e) {
+        EXPECT_STREQ(e.what(), "Bad SELECT statement");
+        EXPECT_GT(e.col, 1);
+      }
     }
   }
 }
@@ -235,20 +190,16 @@ TEST(WayCalculation, OptimisationsKeepTheFirstWayOnRandomTexts) {
     std::vector<std::string> tokens;
     for (std::int32_t k = 0; k + 1 < scanner.GetTokenCount(); ++k)
       tokens.push_back(scanner.GetToken(k).val);
-    const std::size_t at = rng() % (tokens.size() + 1);
-    switch (rng() % 3) {
-      case 0:
-        if (at < tokens.size())
-          tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(at));
-        break;
-      case 1:
-        tokens.insert(tokens.begin() + static_cast<std::ptrdiff_t>(at),
-                      vocabulary[rng() % vocabulary.size()]);
-        break;
-      default:
-        if (at < tokens.size())
-          tokens[at] = vocabulary[rng() % vocabulary.size()];
-    }
+    // Drop, insert or replace one token.
+    const std::string& word = vocabulary[rng() % vocabulary.size()];
+    const auto at = tokens.begin() + static_cast<std::ptrdiff_t>(rng() % (tokens.size() + 1));
+    const unsigned change = rng() % 3;
+    if (change == 1)
+      tokens.insert(at, word);
+    else if (at != tokens.end() && change == 0)
+      tokens.erase(at);
+    else if (at != tokens.end())
+      *at = word;
     std::string text;
     for (const std::string& t : tokens)
       text += t + " ";
@@ -349,14 +300,15 @@ TEST_F(WayOperations, WayTreeShapeAndUnroll) {
 
   parser_.UnrollWay(more[1]);
   EXPECT_EQ(parser_.maxErrIndex, -1);
-  std::vector<std::int32_t> decisions;
-  for (const TqxWayPoint* w : parser_.GetWay())
-    decisions.push_back(w->decision);
-  EXPECT_EQ(decisions, (std::vector<std::int32_t>{0, 1, 2, 5}));
+  EXPECT_EQ(Decisions(parser_), (std::vector<std::int32_t>{0, 1, 2, 5}));
   EXPECT_EQ(parser_.GetWayNode(), root);
   EXPECT_EQ(parser_.GetWayNode()->decision, 1);
   EXPECT_EQ(parser_.Get().val, "a");
   EXPECT_EQ(parser_.Get().val, ",");
+  for (int i = 0; i < 3; ++i)
+    parser_.Get();
+  EXPECT_EQ(parser_.Get().kind, tkEof);  // past the end
+  EXPECT_EQ(parser_.Get().kind, tkEof);
 }
 
 // A point standing for a stretch of another way is replaced by that stretch (from its
@@ -389,10 +341,7 @@ TEST_F(WayOperations, UnrollWayExpandsStretchesAndLongWays) {
   expected.insert(expected.end(), {10, 2, 3, 11, 12});
   for (int round = 0; round < 2; ++round) {  // the second unroll reuses the storage
     parser_.UnrollWay(leaf);
-    std::vector<std::int32_t> decisions;
-    for (const TqxWayPoint* w : parser_.GetWay())
-      decisions.push_back(w->decision);
-    EXPECT_EQ(decisions, expected);
+    EXPECT_EQ(Decisions(parser_), expected);
     EXPECT_EQ(parser_.GetWayNode(), root);
     for (std::size_t i = 1; i < expected.size(); ++i)
       ASSERT_EQ(parser_.GetWayNode()->decision, expected[i]) << i;
@@ -401,13 +350,6 @@ TEST_F(WayOperations, UnrollWayExpandsStretchesAndLongWays) {
   parser_.UnrollWay(nullptr);
   EXPECT_TRUE(parser_.GetWay().empty());
   EXPECT_THROW(parser_.GetWayNode(), EqxError);
-}
-
-TEST_F(WayOperations, GetPastTheEndGivesTheEndToken) {
-  for (int i = 0; i < 5; ++i)
-    parser_.Get();
-  EXPECT_EQ(parser_.Get().kind, tkEof);
-  EXPECT_EQ(parser_.Get().kind, tkEof);
 }
 
 // The SQL92 production: a statement with an optional ";" after it.
@@ -445,41 +387,18 @@ TEST(ParserErrorsCollector, FormatsMessages) {
 using tooltest::RunTool;
 using tooltest::ToolRun;
 
-TEST(Tool, CheckReportsRejectedStatementsWithInputPositions) {
-  const ToolRun r = RunTool("check", "select a from t;\nselect b\n  from u where;\nselect c");
-  EXPECT_EQ(r.status, 1);
-  EXPECT_EQ(r.out, "");
-  EXPECT_EQ(r.err, "<stdin>:3:10: error: Bad SELECT statement near \"where\"\n");
-  EXPECT_EQ(RunTool("check", "select 1; select 2").status, 0);
-}
-
-TEST(Tool, FormatWritesStatementsSeparatedBySemicolonLines) {
-  const ToolRun r = RunTool("format", "select a, b from t where a = 1; select 2");
-  EXPECT_EQ(r.status, 0);
-  EXPECT_EQ(r.out, "SELECT a, b\nFROM t\nWHERE a=1\n;\nSELECT 2\n");
-  EXPECT_EQ(RunTool("format --one-line", "select a from t where a = 1").out,
-            "SELECT a FROM t WHERE a=1\n");
-  EXPECT_EQ(RunTool("format --one-line --dialect base", "select [a b] from t").out,
-            "SELECT a b FROM t\n");
-  EXPECT_EQ(RunTool("format --one-line --html", "select a from t").out,
-            "<b>select</b> <i>a</i> <b>from</b> <i>t</i>\n");
-  EXPECT_EQ(RunTool("format --dialect oracle", "select 1").status, 2);
-}
-
-TEST(Tool, OtherEntriesAndTree) {
-  EXPECT_EQ(RunTool("expr", "a + 1; (b)").out, "a+1\n;\n(b)\n");
-  EXPECT_EQ(RunTool("logical", "a > 1 and not b").err,
-            "<stdin>:1:16: error: Bad logical expression near \"EOF\"\n");
-  EXPECT_EQ(RunTool("object", "db..t").out, "db..t\n");
-  EXPECT_EQ(RunTool("item", "x = 1").out, "x=1\n");
-  EXPECT_EQ(RunTool("tree", "select a").out,
-            "TSQLSelectStatement union\n"
-            "  TSQLSubQuerySelectExpression union\n"
-            "    TSQLSubQuerySelectModeDefault\n"
-            "    TSQLSelectItems\n"
-            "      TSQLSelectItemExpression\n"
-            "        TSQLExpressionColumn\n"
-            "          TSQLObjectColumn a\n");
+// The parse commands of the tool (corpus/err_tool_commands.txt): exit status, output and
+// error output.
+TEST(Tool, ParseCommands) {
+  const auto rows = ReadRows("err_tool_commands.txt");
+  EXPECT_GE(rows.size(), 12u);
+  for (const std::vector<std::string>& row : rows) {
+    SCOPED_TRACE(row.at(0) + ": " + row.at(2));
+    const tooltest::ToolRun r = tooltest::RunTool(row[0], row[2]);
+    EXPECT_EQ(std::to_string(r.status), row[1]);
+    EXPECT_TRUE(row.at(3) == "*" || r.out == row[3]) << r.out;
+    EXPECT_TRUE(row.at(4) == "*" || r.err == row[4]) << r.err;
+  }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,54 @@ inline std::string ReadCorpus(const std::string& name) {
   std::stringstream ss;
   ss << in.rdbuf();
   return ss.str();
+}
+
+// Reads the escapes \\ \t \r \n \0 and \xNN of the corpus files; any other escaped
+// character stands for itself.
+inline std::string Unescape(const std::string& s) {
+  std::string out;
+  for (std::size_t i = 0; i < s.size(); ++i) {
+    if (s[i] != '\\' || i + 1 == s.size()) {
+      out += s[i];
+      continue;
+    }
+    const char n = s[++i];
+    if (n == 'x' && i + 2 < s.size()) {
+      out += static_cast<char>(std::stoi(s.substr(i + 1, 2), nullptr, 16));
+      i += 2;
+    } else {
+      out += n == 'n' ? '\n' : n == 't' ? '\t' : n == 'r' ? '\r' : n == '0' ? '\0' : n;
+    }
+  }
+  return out;
+}
+
+// The rows of a corpus file, split at TABs and unescaped; blank lines and lines starting
+// with "#" are skipped.
+inline std::vector<std::vector<std::string>> ReadRows(const std::string& name) {
+  std::istringstream in(ReadCorpus(name));
+  std::vector<std::vector<std::string>> rows;
+  for (std::string line; std::getline(in, line);) {
+    if (line.empty() || line[0] == '#')
+      continue;
+    std::vector<std::string> fields;
+    for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1) {
+      end = line.find('\t', begin);
+      fields.push_back(Unescape(line.substr(begin, end - begin)));
+    }
+    rows.push_back(std::move(fields));
+  }
+  return rows;
+}
+
+// The entry named select, expression, logical, object or item.
+inline Entry EntryNamed(const std::string& name) {
+  const char* names[] = {"select", "expression", "logical", "object", "item"};
+  for (int i = 0; i < 5; ++i) {
+    if (name == names[i])
+      return static_cast<Entry>(i);
+  }
+  throw std::invalid_argument("no entry " + name);
 }
 
 // The statements of a text, split on its ";" tokens.
@@ -86,26 +135,26 @@ struct WayOutcome {
 
 // Runs the way calculation of `entry` over `ways`.
 inline void RunWayCalc(SQL92Parser& parser, Entry entry, TqxWayList& ways) {
-  switch (entry) {
-    case Entry::kSelect:
-      parser.ParseSelectWayCalc(ways);
-      break;
-    case Entry::kExpression:
-      parser.ParseExpressionWayCalc(ways);
-      break;
-    case Entry::kLogical:
-      parser.ParseLogicalExpressionWayCalc(ways);
-      break;
-    case Entry::kObject:
-      parser.ParseObjectNameWayCalc(ways);
-      break;
-    case Entry::kItem:
-      parser.ParseSelectItemWayCalc(ways);
-      break;
-  }
+  using WayCalc = void (SQL92Parser::*)(TqxWayList&);
+  static constexpr WayCalc calcs[] = {
+      &SQL92Parser::ParseSelectWayCalc, &SQL92Parser::ParseExpressionWayCalc,
+      &SQL92Parser::ParseLogicalExpressionWayCalc, &SQL92Parser::ParseObjectNameWayCalc,
+      &SQL92Parser::ParseSelectItemWayCalc};
+  (parser.*calcs[static_cast<int>(entry)])(ways);
 }
 
-inline WayOutcome CalculateWays(const std::string& text, Entry entry, bool plain) {
+// The decisions along the way the parser last unrolled.
+inline std::vector<std::int32_t> Decisions(const SQL92Parser& parser) {
+  std::vector<std::int32_t> out;
+  for (const TqxWayPoint* w : parser.GetWay())
+    out.push_back(w->decision);
+  return out;
+}
+
+// The way calculation of `text`; `direct`, when given, tells whether the calculation made
+// no way point off the way it chose (which only the direct reading achieves).
+inline WayOutcome CalculateWays(const std::string& text, Entry entry, bool plain,
+                                bool* direct = nullptr) {
   TastSQL92SyntaxProvider provider;
   SQL92Scanner scanner;
   scanner.Init(text);
@@ -113,6 +162,8 @@ inline WayOutcome CalculateWays(const std::string& text, Entry entry, bool plain
   parser.SetPlainWayCalc(plain);
   TqxWayList ways{parser.NewWayPoint(nullptr)};
   WayOutcome out;
+  if (direct != nullptr)
+    *direct = false;
   try {
     RunWayCalc(parser, entry, ways);
   } catch (const TqxNestingLimit& limit) {
@@ -127,8 +178,9 @@ inline WayOutcome CalculateWays(const std::string& text, Entry entry, bool plain
   }
   out.complete = true;
   parser.UnrollWay(ways.front());
-  for (const TqxWayPoint* w : parser.GetWay())
-    out.decisions.push_back(w->decision);
+  out.decisions = Decisions(parser);
+  if (direct != nullptr)
+    *direct = parser.GetWayPointCount() == parser.GetWay().size();
   return out;
 }
 

@@ -15,41 +15,37 @@ class TokensTool : public ::testing::Test {
   ToolFiles files_;
 };
 
+// One line per token: kind, line, column, position and the text with TABs, line breaks,
+// backslashes and control characters escaped; the end token last.
 TEST_F(TokensTool, OneLinePerTokenWithEscapedText) {
-  const std::string file = Write("SELECT 'a\tb', x\r\n  FROM [t] -- rest\r\nignored");
-  const ToolRun run = RunTool("tokens " + file);
-  EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.out,
-            "23\t1\t1\t0\tSELECT\n"
-            "7\t1\t8\t7\t'a\\tb'\n"
-            "12\t1\t13\t12\t,\n"
-            "4\t1\t15\t14\tx\n"
-            "30\t2\t3\t18\tFROM\n"
-            "5\t2\t8\t23\t[t]\n"
-            "0\t3\t8\t42\tEOF\n");
-}
-
-TEST_F(TokensTool, ControlCharactersAndBackslashesAreEscaped) {
-  const std::string file = Write(std::string("'\\\n\x01'\x7f", 6));
-  const ToolRun run = RunTool("tokens " + file);
-  EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.out,
-            "7\t1\t1\t0\t'\\\\\\n\\x01'\n"
-            "178\t2\t3\t5\t\\x7f\n"
-            "0\t2\t4\t6\tEOF\n");
-}
-
-TEST_F(TokensTool, EmptyInputGivesTheEndToken) {
-  const ToolRun run = RunTool("tokens " + Write(""));
-  EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.out, "0\t1\t1\t0\tEOF\n");
-}
-
-TEST_F(TokensTool, ReadsStandardInput) {
-  const ToolRun run = RunTool("tokens", "a;b");
-  EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.out, "4\t1\t1\t0\ta\n9\t1\t2\t1\t;\n4\t1\t3\t2\tb\n0\t1\t4\t3\tEOF\n");
-  EXPECT_EQ(RunTool("tokens -", "a;b").out, run.out);
+  const struct {
+    std::string input;
+    const char* out;
+  } cases[] = {
+      {"SELECT 'a\tb', x\r\n  FROM [t] -- rest\r\nignored",
+       "23\t1\t1\t0\tSELECT\n"
+       "7\t1\t8\t7\t'a\\tb'\n"
+       "12\t1\t13\t12\t,\n"
+       "4\t1\t15\t14\tx\n"
+       "30\t2\t3\t18\tFROM\n"
+       "5\t2\t8\t23\t[t]\n"
+       "0\t3\t8\t42\tEOF\n"},
+      {std::string("'\\\n\x01'\x7f", 6),
+       "7\t1\t1\t0\t'\\\\\\n\\x01'\n"
+       "178\t2\t3\t5\t\\x7f\n"
+       "0\t2\t4\t6\tEOF\n"},
+      {"", "0\t1\t1\t0\tEOF\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.input);
+    const ToolRun run = RunTool("tokens " + Write(c.input));
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, c.out);
+  }
+  // Standard input, also when named "-".
+  const char* const fromStdin = "4\t1\t1\t0\ta\n9\t1\t2\t1\t;\n4\t1\t3\t2\tb\n0\t1\t4\t3\tEOF\n";
+  EXPECT_EQ(RunTool("tokens", "a;b").out, fromStdin);
+  EXPECT_EQ(RunTool("tokens -", "a;b").out, fromStdin);
 }
 
 TEST_F(TokensTool, Misuse) {
