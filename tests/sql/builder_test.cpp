@@ -90,8 +90,9 @@ TEST(SQLBuilder, LayoutCollapsingPlainTextAndHTML) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(), c.script), c.plain);
-    if (c.html != nullptr)
+    if (c.html != nullptr) {
       EXPECT_EQ(Write(TSQLBuilderHTML::StaticClass(), c.script), c.html);
+    }
   }
 }
 
