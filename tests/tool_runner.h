@@ -19,6 +19,13 @@ struct ToolRun {
   std::string err;
 };
 
+inline std::string ReadFileText(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream ss;
+  ss << in.rdbuf();
+  return ss.str();
+}
+
 // A temporary directory for the files of tool runs, removed with them.
 class ToolFiles {
  public:
@@ -41,12 +48,7 @@ class ToolFiles {
     std::ofstream(file, std::ios::binary) << text;
     return file.string();
   }
-  std::string Read(const std::string& name) const {
-    std::ifstream in(dir_ / name, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-  }
+  std::string Read(const std::string& name) const { return ReadFileText(dir_ / name); }
 
  private:
   std::filesystem::path dir_;

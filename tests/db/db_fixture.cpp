@@ -1,7 +1,5 @@
 #include "db_fixture.h"
 
-#include <fcntl.h>
-#include <grp.h>
 #include <netinet/in.h>
 #include <pwd.h>
 #include <sql.h>
@@ -13,17 +11,18 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <mutex>
-#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <vector>
 
+#include "qorvex/ast/names.h"
+#include "qorvex/ast/node.h"
 #include "qorvex/metadata/odbc_provider.h"
 #include "qorvex/metadata/sqlite_provider.h"
+#include "qorvex/syntax/sql92_syntax_provider.h"
 
 namespace fs = std::filesystem;
 
@@ -82,48 +81,64 @@ void SQLiteExec(const fs::path& path, const std::string& sql) {
     throw std::runtime_error("sqlite: " + message + " in: " + sql);
 }
 
-std::string SQLiteScalar(const fs::path& path, const std::string& sql) {
+Rows SQLiteRows(const fs::path& path, const std::string& sql) {
   sqlite3* db = OpenSQLite(path);
   sqlite3_stmt* stmt = nullptr;
-  std::string result;
+  Rows rows;
   int rc = sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr);
-  if (rc == SQLITE_OK && sqlite3_step(stmt) == SQLITE_ROW && sqlite3_column_text(stmt, 0))
-    result = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
+  while (rc == SQLITE_OK && (rc = sqlite3_step(stmt)) == SQLITE_ROW) {
+    rows.emplace_back();
+    for (int i = 0; i < sqlite3_column_count(stmt); ++i) {
+      const unsigned char* text = sqlite3_column_text(stmt, i);
+      rows.back().push_back(text ? reinterpret_cast<const char*>(text) : "<null>");
+    }
+    rc = SQLITE_OK;
+  }
   std::string message = sqlite3_errmsg(db);
   sqlite3_finalize(stmt);
   sqlite3_close(db);
-  if (rc != SQLITE_OK)
+  if (rc != SQLITE_DONE)
     throw std::runtime_error("sqlite: " + message + " in: " + sql);
-  return result;
+  return rows;
+}
+
+std::string ReadCorpus(const std::string& name) {
+  return ReadFile(fs::path(QORVEX_SOURCE_DIR) / "tests/db/corpus" / name);
+}
+
+std::vector<std::string> RelationTexts(TqxBaseMetadataProvider& provider,
+                                       const std::string& table) {
+  static TastSQL92SyntaxProvider syntax;
+  auto name = NewNode<TSQLDatabaseObject>(&syntax);
+  name->AddName(table);
+  TSQLMetadataRelations relations;
+  provider.GetTableRelations(*name, relations);
+  auto join = [](const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& n : names)
+      text += (text.empty() ? "" : ",") + n;
+    return text;
+  };
+  std::vector<std::string> out;
+  for (const auto& r : relations) {
+    EXPECT_EQ(r->PKTable->Count(), 1);
+    EXPECT_EQ(r->FKTable->Count(), 1);
+    EXPECT_EQ(r->PKTable->GetSyntaxProvider(), &syntax);
+    EXPECT_EQ(r->FKTable->GetSyntaxProvider(), &syntax);
+    EXPECT_EQ(r->PKColumns.size(), r->FKColumns.size());
+    out.push_back(r->FKTable->GetObjName() + "(" + join(r->FKColumns) + ") -> " +
+                  r->PKTable->GetObjName() + "(" + join(r->PKColumns) + ")");
+  }
+  return out;
 }
 
 // --- ODBC ------------------------------------------------------------------------------
 
 namespace {
 
-// The drivers registered with the driver manager.
-std::vector<std::string> RegisteredODBCDrivers() {
-  std::vector<std::string> names;
-  SQLHENV env = SQL_NULL_HENV;
-  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &env)))
-    return names;
-  SQLSetEnvAttr(env, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
-  SQLCHAR name[256];
-  SQLCHAR attributes[1024];
-  SQLSMALLINT nameLength = 0, attributesLength = 0;
-  SQLUSMALLINT direction = SQL_FETCH_FIRST;
-  while (SQL_SUCCEEDED(SQLDrivers(env, direction, name, sizeof name, &nameLength, attributes,
-                                  sizeof attributes, &attributesLength))) {
-    names.emplace_back(reinterpret_cast<const char*>(name));
-    direction = SQL_FETCH_NEXT;
-  }
-  SQLFreeHandle(SQL_HANDLE_ENV, env);
-  return names;
-}
-
 // The driver library's path when it is found, else the registered name. The path comes
 // first: by name, the PostgreSQL driver takes Debian's odbcinst.ini settings, which turn
-// on a communication log in /tmp for every process.
+// on a communication log in /tmp for every process. A missing driver fails at connect.
 std::string FindDriver(const std::string& registered, const std::string& library) {
   for (const char* dir : {"/usr/lib/x86_64-linux-gnu/odbc", "/usr/lib/aarch64-linux-gnu/odbc",
                           "/usr/lib/odbc", "/usr/lib64", "/usr/local/lib"}) {
@@ -131,56 +146,35 @@ std::string FindDriver(const std::string& registered, const std::string& library
     if (fs::exists(candidate))
       return candidate.string();
   }
-  std::vector<std::string> drivers = RegisteredODBCDrivers();
-  if (std::find(drivers.begin(), drivers.end(), registered) != drivers.end())
-    return "{" + registered + "}";
-  throw std::runtime_error("ODBC driver \"" + registered + "\" (" + library +
-                           ") is not installed; run scripts/install-deps.sh");
+  return "{" + registered + "}";
 }
 
-struct OdbcHandles {
-  SQLHENV env = SQL_NULL_HENV;
-  SQLHDBC dbc = SQL_NULL_HDBC;
+// A statement on a fresh connection (autocommit), opened by the provider's own connection
+// class (its failures are EqxErrors with the driver's messages).
+struct OdbcStatement {
+  TqxODBCConnection connection;
   SQLHSTMT stmt = SQL_NULL_HSTMT;
-  ~OdbcHandles() {
-    if (stmt)
-      SQLFreeHandle(SQL_HANDLE_STMT, stmt);
-    if (dbc) {
-      SQLDisconnect(dbc);
-      SQLFreeHandle(SQL_HANDLE_DBC, dbc);
-    }
-    if (env)
-      SQLFreeHandle(SQL_HANDLE_ENV, env);
+
+  OdbcStatement(const std::string& connection_string, const std::string& sql)
+      : connection(connection_string) {
+    connection.Open();
+    SQLAllocHandle(SQL_HANDLE_STMT, connection.GetHandle(), &stmt);
+    SQLRETURN rc = SQLExecDirect(stmt, (SQLCHAR*)sql.c_str(), SQL_NTS);
+    if (SQL_SUCCEEDED(rc) || rc == SQL_NO_DATA)
+      return;
+    std::string text = "odbc: ";
+    SQLCHAR state[6], message[1024];
+    SQLINTEGER native;
+    SQLSMALLINT length;
+    for (SQLSMALLINT i = 1; SQL_SUCCEEDED(SQLGetDiagRec(SQL_HANDLE_STMT, stmt, i, state, &native,
+                                                        message, sizeof message, &length));
+         ++i)
+      text += std::string(reinterpret_cast<char*>(message)) + "\n";
+    SQLFreeHandle(SQL_HANDLE_STMT, stmt);
+    throw std::runtime_error(text + " in: " + sql);
   }
+  ~OdbcStatement() { SQLFreeHandle(SQL_HANDLE_STMT, stmt); }
 };
-
-std::string OdbcMessage(SQLSMALLINT type, SQLHANDLE handle) {
-  std::string text;
-  SQLCHAR state[6], message[1024];
-  SQLINTEGER native;
-  SQLSMALLINT length;
-  for (SQLSMALLINT i = 1; SQL_SUCCEEDED(
-           SQLGetDiagRec(type, handle, i, state, &native, message, sizeof message, &length));
-       ++i)
-    text += std::string(reinterpret_cast<char*>(message)) + "\n";
-  return text;
-}
-
-void Connect(OdbcHandles& h, const std::string& connection_string) {
-  SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &h.env);
-  SQLSetEnvAttr(h.env, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
-  SQLAllocHandle(SQL_HANDLE_DBC, h.env, &h.dbc);
-  if (!SQL_SUCCEEDED(SQLDriverConnect(h.dbc, nullptr, (SQLCHAR*)connection_string.c_str(), SQL_NTS,
-                                      nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT)))
-    throw std::runtime_error("odbc connect: " + OdbcMessage(SQL_HANDLE_DBC, h.dbc));
-  SQLAllocHandle(SQL_HANDLE_STMT, h.dbc, &h.stmt);
-}
-
-void ExecDirect(OdbcHandles& h, const std::string& sql) {
-  SQLRETURN rc = SQLExecDirect(h.stmt, (SQLCHAR*)sql.c_str(), SQL_NTS);
-  if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA)
-    throw std::runtime_error("odbc: " + OdbcMessage(SQL_HANDLE_STMT, h.stmt) + " in: " + sql);
-}
 
 }  // namespace
 
@@ -195,96 +189,47 @@ std::string PostgreSQLODBCDriver() {
 }
 
 void ODBCExec(const std::string& connection_string, const std::string& sql) {
-  OdbcHandles h;
-  Connect(h, connection_string);
-  ExecDirect(h, sql);
+  OdbcStatement statement(connection_string, sql);
 }
 
+namespace {
+
 std::string ODBCScalar(const std::string& connection_string, const std::string& sql) {
-  OdbcHandles h;
-  Connect(h, connection_string);
-  ExecDirect(h, sql);
-  if (!SQL_SUCCEEDED(SQLFetch(h.stmt)))
+  OdbcStatement statement(connection_string, sql);
+  if (!SQL_SUCCEEDED(SQLFetch(statement.stmt)))
     return "";
   char value[256] = "";
   SQLLEN indicator = 0;
-  SQLGetData(h.stmt, 1, SQL_C_CHAR, value, sizeof value, &indicator);
+  SQLGetData(statement.stmt, 1, SQL_C_CHAR, value, sizeof value, &indicator);
   return indicator == SQL_NULL_DATA ? "" : value;
 }
 
 // --- PostgreSQL server -------------------------------------------------------------------
 
-namespace {
-
-// The user that runs the server: the current one, or "postgres" when running as root
-// (the server refuses to run as root).
-std::optional<passwd> ServerUser() {
-  if (geteuid() != 0)
-    return std::nullopt;
-  passwd* pw = getpwnam("postgres");
-  if (pw == nullptr)
-    throw std::runtime_error(
-        "the tests run as root and there is no \"postgres\" user to run the PostgreSQL server");
-  return *pw;
-}
-
-// In a child process: takes on the server user's identity.
-void BecomeServerUser(const std::optional<passwd>& user) {
-  if (!user)
-    return;
-  if (setgroups(0, nullptr) != 0 || setgid(user->pw_gid) != 0 || setuid(user->pw_uid) != 0)
-    _exit(126);
-}
-
-// Runs a program as the server user with output to `log`; returns its exit status.
-int Run(const std::vector<std::string>& argv, const fs::path& log,
-        const std::optional<passwd>& user) {
-  pid_t pid = fork();
-  if (pid < 0)
-    throw std::runtime_error("fork failed");
-  if (pid == 0) {
-    BecomeServerUser(user);
-    int fd = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-    if (fd >= 0) {
-      dup2(fd, 1);
-      dup2(fd, 2);
-      close(fd);
-    }
-    int null = open("/dev/null", O_RDONLY);
-    if (null >= 0)
-      dup2(null, 0);
-    std::vector<char*> args;
-    for (const std::string& a : argv)
-      args.push_back(const_cast<char*>(a.c_str()));
-    args.push_back(nullptr);
-    setenv("LC_ALL", "C", 1);
-    execv(args[0], args.data());
-    _exit(127);
-  }
-  int status = 0;
-  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-  }
+// Runs a shell command as the server user (the current one, or "postgres" when running
+// as root: the server refuses to run as root), its output appended to `log`.
+int Run(const std::string& command, const fs::path& log) {
+  const std::string as = geteuid() == 0 ? "runuser -u postgres -- " : "";
+  const int status = std::system(
+      ("LC_ALL=C " + as + command + " >>'" + log.string() + "' 2>&1 </dev/null").c_str());
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+// The bin directory of the newest PostgreSQL server installed.
 fs::path FindPostgresBin() {
-  std::vector<fs::path> found;
+  fs::path found;
   std::error_code ec;
   for (const auto& entry : fs::directory_iterator("/usr/lib/postgresql", ec)) {
-    fs::path bin = entry.path() / "bin";
-    if (fs::exists(bin / "initdb") && fs::exists(bin / "pg_ctl"))
-      found.push_back(bin);
+    if (fs::exists(entry.path() / "bin/initdb") &&
+        (found.empty() || std::stoi(entry.path().filename().string()) >
+                              std::stoi(found.parent_path().filename().string())))
+      found = entry.path() / "bin";
   }
   if (found.empty())
     throw std::runtime_error(
         "PostgreSQL server programs not found under /usr/lib/postgresql/*/bin; run "
         "scripts/install-deps.sh");
-  // The newest major version.
-  std::sort(found.begin(), found.end(), [](const fs::path& a, const fs::path& b) {
-    return std::stoi(a.parent_path().filename().string()) <
-           std::stoi(b.parent_path().filename().string());
-  });
-  return found.back();
+  return found;
 }
 
 int FreeTcpPort() {
@@ -368,61 +313,38 @@ void PostgresServer::Shutdown() {
 }
 
 void PostgresServer::Start() {
-  std::optional<passwd> user = ServerUser();
-  bin_ = FindPostgresBin();
+  const fs::path bin = FindPostgresBin();
   dir_ = MakeTempDir("qorvex-pg-");
-  if (user) {
-    // The server user owns the directory: it writes the cluster and its socket there.
-    if (chown(dir_.c_str(), user->pw_uid, user->pw_gid) != 0)
-      throw std::runtime_error("cannot hand " + dir_.string() + " to the postgres user");
-  }
+  // The server user owns the directory: it writes the cluster and its socket there.
+  if (geteuid() == 0 && std::system(("chown postgres: '" + dir_.string() + "'").c_str()) != 0)
+    throw std::runtime_error("cannot hand " + dir_.string() + " to the postgres user");
 
   // A watchdog process stops the server and removes the directory as soon as this
   // process ends, however it ends: it waits for the end of a pipe whose only writer is
   // this process. Its own session keeps it out of signals sent to our process group.
-  int fds[2];
-  if (pipe2(fds, O_CLOEXEC) != 0)
-    throw std::runtime_error("pipe failed");
-  const std::string pg_ctl = (bin_ / "pg_ctl").string();
-  const std::string data = (dir_ / "data").string();
-  pid_t pid = fork();
-  if (pid < 0)
-    throw std::runtime_error("fork failed");
-  if (pid == 0) {
-    setsid();
-    dup2(fds[0], 0);
-    int null = open("/dev/null", O_WRONLY);
-    if (null >= 0) {
-      dup2(null, 1);
-      dup2(null, 2);
-    }
-    BecomeServerUser(user);
-    const char* script =
-        "while read -r _; do :; done; "
-        "[ -f \"$2/postmaster.pid\" ] && \"$1\" -D \"$2\" -m immediate -w -s stop; "
-        "rm -rf \"$3\"";
-    execl("/bin/sh", "sh", "-c", script, "sh", pg_ctl.c_str(), data.c_str(), dir_.c_str(),
-          static_cast<char*>(nullptr));
-    _exit(127);
-  }
-  close(fds[0]);
-  watchdog_pid_ = pid;
-  watchdog_fd_ = fds[1];
+  const std::string pg_ctl = "\"" + (bin / "pg_ctl").string() + "\"";
+  const std::string data = "\"" + (dir_ / "data").string() + "\"";
+  const std::string script = "while read -r _; do :; done; [ -f " + data + "/postmaster.pid ] && " +
+                             pg_ctl + " -D " + data + " -m immediate -w -s stop; rm -rf \"" +
+                             dir_.string() + "\"";
+  const std::string as = geteuid() == 0 ? "runuser -u postgres -- " : "";
+  watchdog_ = popen(("setsid -w " + as + "sh -c '" + script + "' >/dev/null 2>&1").c_str(), "we");
+  if (watchdog_ == nullptr)
+    throw std::runtime_error("cannot start the watchdog process");
 
-  const fs::path log = dir_ / "server.log";
-  if (Run({(bin_ / "initdb").string(), "-D", data, "-A", "trust", "-U", "qorvex", "-E", "UTF8",
-           "--locale=C", "--no-sync", "--no-instructions"},
-          log, user) != 0)
-    throw std::runtime_error("initdb failed:\n" + ReadFile(log));
+  if (Run("\"" + (bin / "initdb").string() + "\" -D " + data +
+              " -A trust -U qorvex -E UTF8 --locale=C --no-sync --no-instructions",
+          dir_ / "initdb.log") != 0)
+    throw std::runtime_error("initdb failed:\n" + ReadFile(dir_ / "initdb.log"));
 
   // Another process may take the port between the probe and the start: try a few.
+  const fs::path log = dir_ / "server.log";
   for (int attempt = 0; attempt < 5; ++attempt) {
     port_ = FreeTcpPort();
-    const std::string options = "-F -h 127.0.0.1 -p " + std::to_string(port_) + " -k " +
-                                dir_.string() + " -c max_connections=40";
-    if (Run({pg_ctl, "-D", data, "-l", log.string(), "-w", "-t", "60", "-s", "-o", options,
-             "start"},
-            dir_ / "pg_ctl.log", user) == 0)
+    if (Run(pg_ctl + " -D " + data + " -l '" + log.string() +
+                "' -w -t 60 -s -o '-F -h 127.0.0.1 -p " + std::to_string(port_) + " -k " +
+                dir_.string() + " -c max_connections=40' start",
+            dir_ / "pg_ctl.log") == 0)
       return;
   }
   throw std::runtime_error("the PostgreSQL server did not start:\n" + ReadFile(log) +
@@ -430,15 +352,9 @@ void PostgresServer::Start() {
 }
 
 void PostgresServer::Stop() {
-  if (watchdog_fd_ >= 0) {
-    close(watchdog_fd_);
-    watchdog_fd_ = -1;
-  }
-  if (watchdog_pid_ > 0) {
-    int status = 0;
-    while (waitpid(watchdog_pid_, &status, 0) < 0 && errno == EINTR) {
-    }
-    watchdog_pid_ = -1;
+  if (watchdog_ != nullptr) {
+    pclose(watchdog_);
+    watchdog_ = nullptr;
   } else if (!dir_.empty()) {
     std::error_code ec;
     fs::remove_all(dir_, ec);
@@ -460,15 +376,8 @@ std::string PostgresServer::CreateDatabase() {
 // --- backends ----------------------------------------------------------------------------
 
 const char* BackendName(Backend backend) {
-  switch (backend) {
-    case Backend::SQLiteNative:
-      return "SQLiteNative";
-    case Backend::SQLiteODBC:
-      return "SQLiteODBC";
-    case Backend::PostgreSQLODBC:
-      return "PostgreSQLODBC";
-  }
-  return "?";
+  static const char* const names[] = {"SQLiteNative", "SQLiteODBC", "PostgreSQLODBC"};
+  return names[static_cast<int>(backend)];
 }
 
 namespace {
@@ -493,7 +402,10 @@ class SQLiteDatabase : public TestDatabase {
     return odbc_provider_;
   }
   void Exec(const std::string& sql) override { SQLiteExec(file_, sql); }
-  std::string Scalar(const std::string& sql) override { return SQLiteScalar(file_, sql); }
+  std::string Scalar(const std::string& sql) override {
+    Rows rows = SQLiteRows(file_, sql);
+    return rows.empty() ? "" : rows[0][0];
+  }
 
  private:
   Backend kind_;

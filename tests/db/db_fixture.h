@@ -4,11 +4,15 @@
 // PostgreSQL server per test process, started on first use in a temporary data
 // directory on a free local port and removed when the process ends.
 
+#include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "qorvex/ast/metadata_provider.h"
+#include "qorvex/core/errors.h"
 
 namespace qorvex::dbtest {
 
@@ -27,8 +31,32 @@ class TempDir {
 
 // Runs `sql` (one or more statements) on the SQLite file at `path`, creating the file.
 void SQLiteExec(const std::filesystem::path& path, const std::string& sql);
-// The first column of the first row of `sql` as text ("" for no row).
-std::string SQLiteScalar(const std::filesystem::path& path, const std::string& sql);
+// The rows of the query `sql` as text, NULL as "<null>".
+using Rows = std::vector<std::vector<std::string>>;
+Rows SQLiteRows(const std::filesystem::path& path, const std::string& sql);
+
+// The text of the file `name` under tests/db/corpus.
+std::string ReadCorpus(const std::string& name);
+
+// The message of the EqxError that `operation` throws, or "no error".
+template <class F>
+std::string ErrorOf(F&& operation) {
+  try {
+    operation();
+  } catch (const EqxError& e) {
+    return e.what();
+  }
+  return "no error";
+}
+
+inline std::vector<std::string> Sorted(std::vector<std::string> names) {
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// The provider's relations of `table` as "FKTABLE(cols) -> PKTABLE(cols)", in provider
+// order; checks that each is well formed.
+std::vector<std::string> RelationTexts(TqxBaseMetadataProvider& provider, const std::string& table);
 
 // ODBC driver references for connection strings: the name registered in odbcinst.ini
 // when there is one, else the driver library's path.
@@ -43,7 +71,6 @@ class PostgresServer {
   // Stops the server (if started) and removes its directory.
   static void Shutdown();
 
-  int Port() const { return port_; }
   // An ODBC connection string for `database`; `extra` is appended as is.
   std::string ConnectionString(const std::string& database, const std::string& extra = "") const;
   // A new empty database with a unique name; returns its name.
@@ -55,17 +82,13 @@ class PostgresServer {
   void Stop();
 
   std::filesystem::path dir_;
-  std::filesystem::path bin_;
   int port_ = 0;
-  int watchdog_pid_ = -1;
-  int watchdog_fd_ = -1;
+  FILE* watchdog_ = nullptr;  // the write end of the watchdog's pipe
   int databases_ = 0;
 };
 
 // Runs statements through a fresh ODBC connection (autocommit).
 void ODBCExec(const std::string& connection_string, const std::string& sql);
-// The first column of the first row of `sql` as text ("" for no row).
-std::string ODBCScalar(const std::string& connection_string, const std::string& sql);
 
 enum class Backend { SQLiteNative, SQLiteODBC, PostgreSQLODBC };
 const char* BackendName(Backend backend);

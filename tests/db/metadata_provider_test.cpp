@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,7 +10,6 @@
 #include "db_fixture.h"
 #include "qorvex/ast/names.h"
 #include "qorvex/ast/node.h"
-#include "qorvex/core/errors.h"
 #include "qorvex/syntax/sql92_syntax_provider.h"
 
 namespace qorvex::dbtest {
@@ -19,18 +17,6 @@ namespace {
 
 using Names = std::vector<std::string>;
 using ::testing::HasSubstr;
-
-std::string Join(const Names& names) {
-  std::string text;
-  for (const std::string& n : names)
-    text += (text.empty() ? "" : ",") + n;
-  return text;
-}
-
-Names Sorted(Names names) {
-  std::sort(names.begin(), names.end());
-  return names;
-}
 
 class ProviderTest : public ::testing::TestWithParam<Backend> {
  protected:
@@ -55,24 +41,7 @@ class ProviderTest : public ::testing::TestWithParam<Backend> {
     Provider().GetFields(sql, names);
     return names;
   }
-  // Relations as "FKTABLE(cols) -> PKTABLE(cols)", in provider order.
-  Names Relations(const std::string& table) {
-    auto name = NewNode<TSQLDatabaseObject>(&syntax_);
-    name->AddName(table);
-    TSQLMetadataRelations relations;
-    Provider().GetTableRelations(*name, relations);
-    Names out;
-    for (const auto& r : relations) {
-      EXPECT_EQ(r->PKTable->Count(), 1);
-      EXPECT_EQ(r->FKTable->Count(), 1);
-      EXPECT_EQ(r->PKTable->GetSyntaxProvider(), &syntax_);
-      EXPECT_EQ(r->FKTable->GetSyntaxProvider(), &syntax_);
-      EXPECT_EQ(r->PKColumns.size(), r->FKColumns.size());
-      out.push_back(r->FKTable->GetObjName() + "(" + Join(r->FKColumns) + ") -> " +
-                    r->PKTable->GetObjName() + "(" + Join(r->PKColumns) + ")");
-    }
-    return out;
-  }
+  Names Relations(const std::string& table) { return RelationTexts(Provider(), table); }
 
   TastSQL92SyntaxProvider syntax_;
   std::unique_ptr<TestDatabase> db_;
@@ -158,20 +127,12 @@ TEST_P(ProviderTest, ReadingMetadataNeverChangesTheDatabase) {
 TEST_P(ProviderTest, StatementsTheDatabaseRejectsRaiseItsMessage) {
   db_->Exec("create table t (x int)");
   Names fields{"left over"};
-  try {
-    Provider().GetFields("select * from no_such_table", fields);
-    FAIL() << "no error";
-  } catch (const EqxError& e) {
-    EXPECT_THAT(e.what(), HasSubstr(IsPostgres() ? "relation \"no_such_table\" does not exist"
-                                                 : "no such table: no_such_table"));
-  }
+  EXPECT_THAT(ErrorOf([&] { Provider().GetFields("select * from no_such_table", fields); }),
+              HasSubstr(IsPostgres() ? "relation \"no_such_table\" does not exist"
+                                     : "no such table: no_such_table"));
   EXPECT_TRUE(fields.empty());
-  try {
-    Provider().GetFields("select * from t where x = = 1", fields);
-    FAIL() << "no error";
-  } catch (const EqxError& e) {
-    EXPECT_THAT(e.what(), HasSubstr("syntax error"));
-  }
+  EXPECT_THAT(ErrorOf([&] { Provider().GetFields("select * from t where x = = 1", fields); }),
+              HasSubstr("syntax error"));
 }
 
 // --- relations ---------------------------------------------------------------------------

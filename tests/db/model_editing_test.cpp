@@ -2,7 +2,6 @@
 // metadata (fields, foreign keys) the model reads: every operation is one change report
 // and gives the expected SQL, and the SQL runs.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <filesystem>
 #include <memory>
@@ -53,23 +52,7 @@ class ModelEditingTest : public ::testing::Test {
   }
 
   // Runs the published SQL on the database; the number of rows.
-  int Run() {
-    sqlite3* db = nullptr;
-    EXPECT_EQ(sqlite3_open(file_.c_str(), &db), SQLITE_OK);
-    sqlite3_stmt* statement = nullptr;
-    const std::string sql = output_.GetSQL();
-    int rows = -1;
-    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK) {
-      rows = 0;
-      while (sqlite3_step(statement) == SQLITE_ROW)
-        ++rows;
-    } else {
-      ADD_FAILURE() << sqlite3_errmsg(db) << " in: " << sql;
-    }
-    sqlite3_finalize(statement);
-    sqlite3_close(db);
-    return rows;
-  }
+  std::size_t Run() const { return SQLiteRows(file_, output_.GetSQL()).size(); }
 
   // Runs one operation and checks that it sent exactly one change report.
   template <class F>
@@ -98,56 +81,50 @@ TEST_F(ModelEditingTest, BuildingAJoinQueryStepByStep) {
   TqxDataSourceObject* orders = nullptr;
   Step([&] { customers = q->AddObjectWithFK("customers"); }, "SELECT FROM customers");
   EXPECT_EQ(customers->GetFields(), (std::vector<std::string>{"id", "name", "city"}));
-  Step([&] { orders = q->AddObjectWithFK("orders"); },
-       "SELECT FROM customers INNER JOIN  orders ON customers.id=orders.customer_id");
+  const std::string join = " FROM customers INNER JOIN  orders ON customers.id=orders.customer_id";
+  Step([&] { orders = q->AddObjectWithFK("orders"); }, "SELECT" + join);
   ASSERT_EQ(orders->GetJoinsCount(), 1);
   TqxLink* link = orders->GetJoins(0);
   EXPECT_EQ(link->GetLeftCardinality(), qblcOne);
   EXPECT_EQ(link->GetRightCardinality(), qblcMany);
 
   TqxSelectList* list = q->GetSelectList();
-  Step(
-      [&] { list->AddField(customers, "name"); },
-      "SELECT customers.name FROM customers INNER JOIN  orders ON customers.id=orders.customer_id");
-  Step([&] { list->AddField(orders, "total"); },
-       "SELECT customers.name, orders.total FROM customers INNER JOIN  orders ON "
-       "customers.id=orders.customer_id");
+  Step([&] { list->AddField(customers, "name"); }, "SELECT customers.name" + join);
+  Step([&] { list->AddField(orders, "total"); }, "SELECT customers.name, orders.total" + join);
   Step([&] { list->AddField(orders, "*"); },
-       "SELECT customers.name, orders.total, orders.* FROM customers INNER JOIN  orders ON "
-       "customers.id=orders.customer_id");
-  EXPECT_EQ(Run(), 3);
+       "SELECT customers.name, orders.total, orders.*" + join);
+  EXPECT_EQ(Run(), 3u);
 
   // Criteria in two columns: OR between them.
+  const std::string where = " WHERE orders.total>100 Or customers.name like 'B%'";
   Step([&] { list->GetItems(1)->SetCondition(0, "> 100"); },
-       "SELECT customers.name, orders.total, orders.* FROM customers INNER JOIN  orders ON "
-       "customers.id=orders.customer_id WHERE orders.total>100");
+       "SELECT customers.name, orders.total, orders.*" + join + " WHERE orders.total>100");
   Step([&] { list->GetItems(0)->SetCondition(1, "like 'B%'"); },
-       "SELECT customers.name, orders.total, orders.* FROM customers INNER JOIN  orders ON "
-       "customers.id=orders.customer_id WHERE orders.total>100 Or customers.name like 'B%'");
-  EXPECT_EQ(Run(), 2);
+       "SELECT customers.name, orders.total, orders.*" + join + where);
+  EXPECT_EQ(Run(), 2u);
   Step([&] { list->RemoveFields(orders, "*"); },
-       "SELECT customers.name, orders.total FROM customers INNER JOIN  orders ON "
-       "customers.id=orders.customer_id WHERE orders.total>100 Or customers.name like 'B%'");
+       "SELECT customers.name, orders.total" + join + where);
 
   Step([&] { link->SetJoinSides(true, false); },
        "SELECT customers.name, orders.total FROM customers LEFT JOIN  orders ON "
-       "customers.id=orders.customer_id WHERE orders.total>100 Or customers.name like 'B%'");
+       "customers.id=orders.customer_id" +
+           where);
   EXPECT_EQ(link->GetLeftType(), ctOuter);
-  Step([&] { customers->SetAlias("c"); },
-       "SELECT c.name, orders.total FROM customers c LEFT JOIN  orders ON c.id=orders.customer_id "
-       "WHERE orders.total>100 Or c.name like 'B%'");
+  const std::string aliased =
+      "SELECT c.name, orders.total FROM customers c LEFT JOIN  orders ON c.id=orders.customer_id "
+      "WHERE orders.total>100 Or c.name like 'B%'";
+  Step([&] { customers->SetAlias("c"); }, aliased);
   Step([&] { list->GetItems(0)->SetSortTypeName("Descending"); },
-       "SELECT c.name, orders.total FROM customers c LEFT JOIN  orders ON c.id=orders.customer_id "
-       "WHERE orders.total>100 Or c.name like 'B%' ORDER BY c.name DESC");
-  EXPECT_EQ(Run(), 2);
+       aliased + " ORDER BY c.name DESC");
+  EXPECT_EQ(Run(), 2u);
 
   Step([&] { q->RemoveLink(link); },
        "SELECT c.name, orders.total FROM customers c CROSS JOIN  orders WHERE orders.total>100 Or "
        "c.name like 'B%' ORDER BY c.name DESC");
-  EXPECT_EQ(Run(), 5);
+  EXPECT_EQ(Run(), 5u);
   Step([&] { q->RemoveDatasource(orders); },
        "SELECT c.name FROM customers c WHERE c.name like 'B%' ORDER BY c.name DESC");
-  EXPECT_EQ(Run(), 1);
+  EXPECT_EQ(Run(), 1u);
 }
 
 TEST_F(ModelEditingTest, ATableWithTwoForeignKeysLinksToBoth) {
@@ -155,24 +132,20 @@ TEST_F(ModelEditingTest, ATableWithTwoForeignKeysLinksToBoth) {
   Step([&] { q->AddObjectWithFK("orders"); }, "SELECT FROM orders");
   Step([&] { q->AddObjectWithFK("products"); }, "SELECT FROM orders,  products");
   TqxDataSourceObject* items = nullptr;
-  Step([&] { items = q->AddObjectWithFK("order_items", "oi"); },
-       "SELECT FROM orders CROSS JOIN  products INNER JOIN  order_items oi ON "
-       "orders.id=oi.order_id And products.id=oi.product_id");
+  const std::string from =
+      " FROM orders CROSS JOIN  products INNER JOIN  order_items oi ON orders.id=oi.order_id And "
+      "products.id=oi.product_id";
+  Step([&] { items = q->AddObjectWithFK("order_items", "oi"); }, "SELECT" + from);
   EXPECT_EQ(items->GetJoinsCount(), 2);
-  Step([&] { q->GetSelectList()->AddExpression("Sum(oi.qty)"); },
-       "SELECT Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items oi ON "
-       "orders.id=oi.order_id And products.id=oi.product_id");
-  Step([&] { q->GetSelectList()->InsertField(0, q->GetDatasources()[1], "name"); },
-       "SELECT products.name, Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items "
-       "oi ON orders.id=oi.order_id And products.id=oi.product_id");
-  Step([&] { q->GetSelectList()->GetItems(0)->SetGroupByTypeName("Group By"); },
-       "SELECT products.name, Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items "
-       "oi ON orders.id=oi.order_id And products.id=oi.product_id GROUP BY products.name");
-  Step([&] { q->GetSelectList()->GetItems(1)->SetCondition(0, "> 5"); },
-       "SELECT products.name, Sum(oi.qty) FROM orders CROSS JOIN  products INNER JOIN  order_items "
-       "oi ON orders.id=oi.order_id And products.id=oi.product_id GROUP BY products.name HAVING "
-       "Sum(oi.qty)>5");
-  EXPECT_EQ(Run(), 1);
+  TqxSelectList* list = q->GetSelectList();
+  Step([&] { list->AddExpression("Sum(oi.qty)"); }, "SELECT Sum(oi.qty)" + from);
+  Step([&] { list->InsertField(0, q->GetDatasources()[1], "name"); },
+       "SELECT products.name, Sum(oi.qty)" + from);
+  Step([&] { list->GetItems(0)->SetGroupByTypeName("Group By"); },
+       "SELECT products.name, Sum(oi.qty)" + from + " GROUP BY products.name");
+  Step([&] { list->GetItems(1)->SetCondition(0, "> 5"); },
+       "SELECT products.name, Sum(oi.qty)" + from + " GROUP BY products.name HAVING Sum(oi.qty)>5");
+  EXPECT_EQ(Run(), 1u);
 }
 
 TEST_F(ModelEditingTest, AddingAndBracketingUnionOperands) {
@@ -186,13 +159,13 @@ TEST_F(ModelEditingTest, AddingAndBracketingUnionOperands) {
   TqxDataSourceObject* products = nullptr;
   Step([&] { products = second->AddObject("products"); }, oslo + "Union SELECT FROM products");
   Step([&] { second->GetSelectList()->AddField(products, "name"); }, oslo + tea);
-  EXPECT_EQ(Run(), 4);
+  EXPECT_EQ(Run(), 4u);
   TqxUnionSubQuery* third = nullptr;
   Step([&] { third = top->Add(); }, oslo + tea + " Union SELECT");
   Step([&] { third->GetSelectList()->AddExpression("'none'"); },
        oslo + tea + " Union SELECT 'none'");
   Step([&] { third->SetUnionOperatorEvent("union all"); }, oslo + tea + " Union All SELECT 'none'");
-  EXPECT_EQ(Run(), 5);
+  EXPECT_EQ(Run(), 5u);
   TqxUnionGroup* group = nullptr;
   Step([&] { group = top->EncloseWithBrackets(second); },
        oslo + "Union (SELECT products.name FROM products) Union All SELECT 'none'");
@@ -200,7 +173,7 @@ TEST_F(ModelEditingTest, AddingAndBracketingUnionOperands) {
        oslo + "Union (SELECT products.name FROM products Union All SELECT 'none')");
   Step([&] { group->RemoveBrackets(); }, oslo + tea + " Union All SELECT 'none'");
   Step([&] { top->Remove(second); }, oslo + "Union All SELECT 'none'");
-  EXPECT_EQ(Run(), 3);
+  EXPECT_EQ(Run(), 3u);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "db_fixture.h"
-#include "qorvex/core/errors.h"
 #include "qorvex/metadata/odbc_provider.h"
 
 namespace qorvex::dbtest {
@@ -22,13 +21,9 @@ bool Contains(const Names& names, const std::string& name) {
 
 std::string OpenError(const std::string& connection_string) {
   TqxODBCConnection connection(connection_string);
-  try {
-    connection.Open();
-  } catch (const EqxError& e) {
-    EXPECT_FALSE(connection.IsOpen());
-    return e.what();
-  }
-  return "no error";
+  const std::string error = ErrorOf([&] { connection.Open(); });
+  EXPECT_FALSE(connection.IsOpen());
+  return error;
 }
 
 TEST(ODBCConnection, FailuresCarryTheDriversDiagnostics) {
@@ -58,12 +53,8 @@ TEST(ODBCConnection, OpensClosesAndReopensWithANewString) {
 
   connection.SetConnectionString(pg.ConnectionString("no_such_database"));
   EXPECT_FALSE(connection.IsOpen());
-  try {
-    connection.Open();
-    FAIL() << "no error";
-  } catch (const EqxError& e) {
-    EXPECT_THAT(e.what(), HasSubstr("database \"no_such_database\" does not exist"));
-  }
+  EXPECT_THAT(ErrorOf([&] { connection.Open(); }),
+              HasSubstr("database \"no_such_database\" does not exist"));
   connection.Close();
   EXPECT_EQ(connection.GetHandle(), nullptr);
 }
@@ -102,13 +93,10 @@ TEST(ODBCMetadataProvider, ServerErrorsDuringCataloguesReachTheCaller) {
   Names fields;
   provider.GetFields("select 1 as one, 'x' as \"two words\"", fields);
   EXPECT_EQ(fields, (Names{"one", "two words"}));
-  try {
-    provider.GetFields("select * from (select 1) x where", fields);
-    FAIL() << "no error";
-  } catch (const EqxError& e) {
-    EXPECT_THAT(e.what(), HasSubstr("syntax error"));
-    EXPECT_THAT(e.what(), HasSubstr("SQLSTATE 42601"));
-  }
+  const std::string error =
+      ErrorOf([&] { provider.GetFields("select * from (select 1) x where", fields); });
+  EXPECT_THAT(error, HasSubstr("syntax error"));
+  EXPECT_THAT(error, HasSubstr("SQLSTATE 42601"));
   // The connection stays usable after a rejected statement.
   provider.GetFields("select 2 as again", fields);
   EXPECT_EQ(fields, Names{"again"});

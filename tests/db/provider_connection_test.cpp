@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "db_fixture.h"
 #include "qorvex/ast/names.h"
 #include "qorvex/ast/node.h"
-#include "qorvex/core/errors.h"
 #include "qorvex/metadata/odbc_provider.h"
 #include "qorvex/metadata/sqlite_provider.h"
 #include "qorvex/syntax/sql92_syntax_provider.h"
@@ -62,12 +62,8 @@ TYPED_TEST(ConnectionPropertyTest, WithoutConnectionNamesFailAndTheRestIsEmpty) 
   using Provider = typename TypeParam::Provider;
   Provider provider;
   Names names{"left over"};
-  try {
-    provider.GetTableNames(names, false);
-    FAIL() << "no error";
-  } catch (const EqxError& e) {
-    EXPECT_THAT(e.what(), HasSubstr("Connection property is not set"));
-  }
+  EXPECT_THAT(dbtest::ErrorOf([&] { provider.GetTableNames(names, false); }),
+              HasSubstr("Connection property is not set"));
   EXPECT_TRUE(names.empty());
   EXPECT_THROW(provider.GetViewNames(names, false), EqxError);
 

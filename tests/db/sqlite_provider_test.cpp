@@ -3,18 +3,13 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
 #include "db_fixture.h"
-#include "qorvex/ast/names.h"
-#include "qorvex/ast/node.h"
-#include "qorvex/core/errors.h"
 #include "qorvex/metadata/sqlite_provider.h"
-#include "qorvex/syntax/sql92_syntax_provider.h"
 
 namespace qorvex::dbtest {
 namespace {
@@ -29,30 +24,12 @@ class SQLiteProviderTest : public ::testing::Test {
     connection_.SetFileName(file_.string());
     provider_.SetConnection(&connection_);
   }
-  Names Relations(const std::string& table) {
-    auto name = NewNode<TSQLDatabaseObject>(&syntax_);
-    name->AddName(table);
-    TSQLMetadataRelations relations;
-    provider_.GetTableRelations(*name, relations);
-    Names out;
-    for (const auto& r : relations) {
-      std::string text = r->FKTable->GetObjName() + "(";
-      for (size_t i = 0; i < r->FKColumns.size(); ++i)
-        text += (i ? "," : "") + r->FKColumns[i];
-      text += ") -> " + r->PKTable->GetObjName() + "(";
-      for (size_t i = 0; i < r->PKColumns.size(); ++i)
-        text += (i ? "," : "") + r->PKColumns[i];
-      out.push_back(text + ")");
-    }
-    std::sort(out.begin(), out.end());
-    return out;
-  }
+  Names Relations(const std::string& table) { return Sorted(RelationTexts(provider_, table)); }
 
   TempDir dir_;
   std::filesystem::path file_;
   TqxSQLiteConnection connection_;
   TqxSQLiteMetadataProvider provider_;
-  TastSQL92SyntaxProvider syntax_;
 };
 
 TEST_F(SQLiteProviderTest, SystemTablesOnlyWithSystem) {
@@ -103,25 +80,17 @@ TEST_F(SQLiteProviderTest, TextWithoutAStatementHasNoFields) {
 
 TEST_F(SQLiteProviderTest, OpenFailuresCarrySQLitesMessage) {
   TqxSQLiteConnection missing((dir_.Path() / "missing.db").string());
-  try {
-    missing.Open();
-    FAIL() << "no error";
-  } catch (const EqxError& e) {
-    EXPECT_THAT(e.what(), HasSubstr("unable to open database file"));
-    EXPECT_THAT(e.what(), HasSubstr("missing.db"));
-  }
+  const std::string error = ErrorOf([&] { missing.Open(); });
+  EXPECT_THAT(error, HasSubstr("unable to open database file"));
+  EXPECT_THAT(error, HasSubstr("missing.db"));
   EXPECT_FALSE(std::filesystem::exists(dir_.Path() / "missing.db"));
 
   std::ofstream(dir_.Path() / "junk.db") << std::string(4096, 'x');
   TqxSQLiteConnection junk((dir_.Path() / "junk.db").string());
   TqxSQLiteMetadataProvider provider(&junk);
   Names names;
-  try {
-    provider.GetTableNames(names, false);
-    FAIL() << "no error";
-  } catch (const EqxError& e) {
-    EXPECT_THAT(e.what(), HasSubstr("file is not a database"));
-  }
+  EXPECT_THAT(ErrorOf([&] { provider.GetTableNames(names, false); }),
+              HasSubstr("file is not a database"));
 
   TqxSQLiteConnection unnamed;
   EXPECT_THROW(unnamed.Open(), EqxError);

@@ -9,6 +9,7 @@
 namespace qorvex::dbtest {
 namespace {
 
+using tooltest::RunTool;
 using tooltest::ToolRun;
 
 std::string Quote(const std::string& s) {
@@ -16,10 +17,6 @@ std::string Quote(const std::string& s) {
   for (char c : s)
     q += c == '\'' ? std::string("'\\''") : std::string(1, c);
   return q + "'";
-}
-
-ToolRun Tool(const std::string& args) {
-  return tooltest::RunTool(args);
 }
 
 class ToolMetaTest : public ::testing::Test {
@@ -41,13 +38,13 @@ class ToolMetaTest : public ::testing::Test {
 };
 
 TEST_F(ToolMetaTest, AnswersEachQuestionOneItemPerLine) {
-  EXPECT_EQ(Tool(Sqlite() + "tables").out, "customer\norders\nshipment\n");
-  EXPECT_EQ(Tool(Sqlite() + "--system tables").out,
+  EXPECT_EQ(RunTool(Sqlite() + "tables").out, "customer\norders\nshipment\n");
+  EXPECT_EQ(RunTool(Sqlite() + "--system tables").out,
             "customer\nsqlite_sequence\norders\nshipment\n");
-  EXPECT_EQ(Tool(Sqlite() + "views").out, "big_orders\n");
-  EXPECT_EQ(Tool(Sqlite() + "fields " + Quote("select * from big_orders b, customer")).out,
+  EXPECT_EQ(RunTool(Sqlite() + "views").out, "big_orders\n");
+  EXPECT_EQ(RunTool(Sqlite() + "fields " + Quote("select * from big_orders b, customer")).out,
             "no\ncust\nline\nid\nname\n");
-  ToolRun relations = Tool(Sqlite() + "relations orders");
+  ToolRun relations = RunTool(Sqlite() + "relations orders");
   EXPECT_EQ(relations.status, 0);
   EXPECT_EQ(relations.out,
             "shipment(order_no,order_line) -> orders(no,line)\n"
@@ -57,20 +54,20 @@ TEST_F(ToolMetaTest, AnswersEachQuestionOneItemPerLine) {
 TEST_F(ToolMetaTest, TheODBCProviderGivesTheSameAnswers) {
   const std::string odbc =
       "meta --odbc " + Quote("Driver=" + SQLiteODBCDriver() + ";Database=" + file_ + ";") + " ";
-  EXPECT_EQ(Tool(odbc + "views").out, "big_orders\n");
-  EXPECT_EQ(Tool(odbc + "relations orders").out,
+  EXPECT_EQ(RunTool(odbc + "views").out, "big_orders\n");
+  EXPECT_EQ(RunTool(odbc + "relations orders").out,
             "shipment(order_no,order_line) -> orders(no,line)\n"
             "orders(cust) -> customer(id)\n");
 }
 
 TEST_F(ToolMetaTest, ErrorsAndMisuseHaveTheirExitStatus) {
-  EXPECT_EQ(Tool(Sqlite() + "fields " + Quote("select * from nowhere")).status, 1);
-  EXPECT_EQ(Tool("meta --sqlite " + Quote(file_ + ".missing") + " tables").status, 1);
+  EXPECT_EQ(RunTool(Sqlite() + "fields " + Quote("select * from nowhere")).status, 1);
+  EXPECT_EQ(RunTool("meta --sqlite " + Quote(file_ + ".missing") + " tables").status, 1);
   for (const char* misuse :
        {"meta tables", "meta --sqlite", "meta --sqlite x.db", "meta --sqlite x.db colours",
         "meta --sqlite x.db fields", "meta --sqlite x.db tables extra",
         "meta --sqlite x.db --system views", "meta --sqlite a.db --odbc b tables"})
-    EXPECT_EQ(Tool(misuse).status, 2) << misuse;
+    EXPECT_EQ(RunTool(misuse).status, 2) << misuse;
 }
 
 }  // namespace

@@ -8,7 +8,6 @@ namespace {
 class ControlOwnerTest : public ModelTest {};
 
 TEST_F(ControlOwnerTest, NestedBracketsMergeChangesIntoOneReport) {
-  Tables["t"] = {"a", "b"};
   Load("SELECT t.a FROM t");
   TqxUnionSubQuery* operand = Operand();
   Reports = 0;
@@ -64,9 +63,7 @@ TEST_F(ControlOwnerTest, NoControlsWithoutAFactory) {
 }
 
 TEST_F(ControlOwnerTest, ControlsAreCreatedTopDownOnlyWhereTheParentHasOne) {
-  Load("SELECT a.x FROM a INNER JOIN b ON a.id=b.id");
-  FakeFactory factory;
-  Builder.SetControlFactory(&factory);
+  LoadWithControls("SELECT a.x FROM a INNER JOIN b ON a.id=b.id");
   TqxDatasource* a = DS(0);
   ASSERT_NE(Builder.GetQuery()->GetControl(), nullptr);
   ASSERT_NE(Operand()->GetControl(), nullptr);
@@ -90,17 +87,15 @@ TEST_F(ControlOwnerTest, ControlsAreCreatedTopDownOnlyWhereTheParentHasOne) {
   EXPECT_EQ(a->GetControl()->GetBounds().Left, 40);
   EXPECT_EQ(a->GetControl()->GetBounds().Top, 50);
   // A second call while a control exists changes nothing.
-  const int created = factory.Created;
+  const int created = Factory.Created;
   a->CreateControl();
-  EXPECT_EQ(factory.Created, created);
+  EXPECT_EQ(Factory.Created, created);
   Builder.SetControlFactory(nullptr);
-  EXPECT_EQ(factory.Alive, 0);
+  EXPECT_EQ(Factory.Alive, 0);
 }
 
 TEST_F(ControlOwnerTest, ParametersAreSavedBeforeTheControlIsFreed) {
-  Load("SELECT a.x FROM a");
-  FakeFactory factory;
-  Builder.SetControlFactory(&factory);
+  LoadWithControls("SELECT a.x FROM a");
   TqxDatasource* a = DS(0);
   a->GetControl()->SetBounds(TqxRect{120, 30, 90, 140});  // the user moved the box
   a->DestroyControl();
@@ -111,13 +106,10 @@ TEST_F(ControlOwnerTest, ParametersAreSavedBeforeTheControlIsFreed) {
   EXPECT_EQ(a->GetControl()->GetBounds(), (TqxRect{120, 30, 90, 140}));
   // The model object stayed; the SQL did not change.
   EXPECT_EQ(SQL(), "SELECT a.x FROM a");
-  Builder.SetControlFactory(nullptr);
 }
 
 TEST_F(ControlOwnerTest, AControlFreedByTheScreenFreesItsModelObject) {
-  Load("SELECT a.x FROM a INNER JOIN b ON a.id=b.id AND a.y=b.y");
-  FakeFactory factory;
-  Builder.SetControlFactory(&factory);
+  LoadWithControls("SELECT a.x FROM a INNER JOIN b ON a.id=b.id AND a.y=b.y");
   TqxDatasourceBase* b = Operand()->GetFromClause()->GetItems(1);
   ASSERT_EQ(b->GetJoinsCount(), 2);
   // The Delete key on a link control: the screen frees the control.
@@ -131,13 +123,11 @@ TEST_F(ControlOwnerTest, AControlFreedByTheScreenFreesItsModelObject) {
   EXPECT_EQ(Datasources().size(), 1u);
   EXPECT_EQ(SQL(), "SELECT a.x FROM a");
   Builder.SetControlFactory(nullptr);
-  EXPECT_EQ(factory.Alive, 0);
+  EXPECT_EQ(Factory.Alive, 0);
 }
 
 TEST_F(ControlOwnerTest, MenusEndWithTheCommonItemsAndRunTheirCommands) {
-  Load("SELECT a.x FROM a INNER JOIN b ON a.id=b.id");
-  FakeFactory factory;
-  Builder.SetControlFactory(&factory);
+  LoadWithControls("SELECT a.x FROM a INNER JOIN b ON a.id=b.id");
   TqxLink* link = Operand()->GetFromClause()->GetItems(1)->GetJoins(0);
   TqxPopupMenu menu = link->BuildPopupMenu();
   ASSERT_EQ(menu.size(), 4u);
@@ -147,8 +137,8 @@ TEST_F(ControlOwnerTest, MenusEndWithTheCommonItemsAndRunTheirCommands) {
   EXPECT_EQ(menu[2].Caption, "-");
   EXPECT_EQ(menu[3].Caption, "About Qorvex...");
   menu[1].OnClick();
-  ASSERT_EQ(factory.Dialogs.size(), 1u);
-  EXPECT_EQ(factory.Dialogs[0], TqxDialogKind::dkLinkProps);
+  ASSERT_EQ(Factory.Dialogs.size(), 1u);
+  EXPECT_EQ(Factory.Dialogs[0], TqxDialogKind::dkLinkProps);
   menu[0].OnClick();
   EXPECT_EQ(SQL(), "SELECT a.x FROM a CROSS JOIN  b");
 
@@ -158,7 +148,6 @@ TEST_F(ControlOwnerTest, MenusEndWithTheCommonItemsAndRunTheirCommands) {
   ASSERT_GE(rowMenu.size(), 2u);
   EXPECT_EQ(rowMenu[0].Caption, "Remove Row");
   EXPECT_EQ(rowMenu[1].Caption, "Insert Empty Row");
-  Builder.SetControlFactory(nullptr);
 }
 
 TEST_F(ControlOwnerTest, SubQueriesAreFoundUnderTheirNodes) {

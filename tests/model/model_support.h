@@ -1,11 +1,12 @@
 #pragma once
 
 // A headless query builder with the SQL-92 dialect, an event metadata provider that
-// answers from tables declared by the test, and a plain-text SQL builder that counts the
-// change reports.
+// answers from tables declared by the test, a plain-text SQL builder that counts the
+// change reports, and a control factory that tests may switch on.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
@@ -15,6 +16,7 @@
 #include "qorvex/ast/expressions.h"
 #include "qorvex/ast/from.h"
 #include "qorvex/ast/query.h"
+#include "qorvex/core/errors.h"
 #include "qorvex/metadata/event_provider.h"
 #include "qorvex/model/model.h"
 #include "qorvex/syntax/components.h"
@@ -26,6 +28,41 @@ struct ForeignKey {
   std::vector<std::string> FKColumns;
   std::string PKTable;
   std::vector<std::string> PKColumns;
+};
+
+// A control that counts the living ones; the factory counts what it makes and records
+// the dialogs it is asked for.
+class FakeControl : public TqxControl {
+ public:
+  FakeControl(TqxQueryBuilderControlOwner* Owner, int* Alive) : TqxControl(Owner), Alive_(Alive) {
+    ++*Alive_;
+  }
+  ~FakeControl() override {
+    BeginDestroy();
+    --*Alive_;
+  }
+
+ private:
+  int* Alive_;
+};
+
+class FakeFactory : public TqxControlFactory {
+ public:
+  std::vector<std::unique_ptr<TqxControl>> CreateControls(TqxQueryBuilderControlOwner& Owner,
+                                                          TqxControl*) override {
+    std::vector<std::unique_ptr<TqxControl>> controls;
+    controls.push_back(std::make_unique<FakeControl>(&Owner, &Alive));
+    ++Created;
+    return controls;
+  }
+  void PopupMenu(TqxQueryBuilderControlOwner&, const TqxPopupMenu&, TqxPoint) override {}
+  bool ExecuteDialog(TqxQueryBuilderControlOwner&, TqxDialogKind Kind) override {
+    Dialogs.push_back(Kind);
+    return true;
+  }
+  int Alive = 0;
+  int Created = 0;
+  std::vector<TqxDialogKind> Dialogs;
 };
 
 class ModelTest : public ::testing::Test {
@@ -67,6 +104,13 @@ class ModelTest : public ::testing::Test {
     Output.SetQueryBuilder(&Builder);
     Reports = 0;
   }
+  ~ModelTest() override { Builder.SetControlFactory(nullptr); }
+
+  // Loads SQL with controls made by Factory.
+  void LoadWithControls(const std::string& SQL) {
+    Load(SQL);
+    Builder.SetControlFactory(&Factory);
+  }
 
   // Assigns SQL and delivers the load message.
   void Load(const std::string& SQL) {
@@ -83,13 +127,9 @@ class ModelTest : public ::testing::Test {
   // The text the SQL builder component holds, its line breaks made spaces.
   std::string Published() const {
     std::string text = Output.GetSQL();
-    std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-      if (text[i] == '\r')
-        continue;
-      out += text[i] == '\n' ? ' ' : text[i];
-    }
-    return out;
+    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
   }
 
   TqxUnionSubQuery* Operand() const { return Builder.GetQuery()->GetFirstOperand(); }
@@ -116,52 +156,18 @@ class ModelTest : public ::testing::Test {
   TqxEventMetadataProvider Metadata;
   TqxBaseQueryBuilder Builder;
   TqxSQLBuilderPlainText Output;
+  FakeFactory Factory;
 };
 
-// A control that remembers its place; the factory counts what it makes.
-class FakeControl : public TqxControl {
- public:
-  FakeControl(TqxQueryBuilderControlOwner* Owner, int* Alive) : TqxControl(Owner), Alive_(Alive) {
-    ++*Alive_;
+// The message of the EqxError that `Operation` throws, or "no error".
+template <class F>
+std::string MessageOf(F&& Operation) {
+  try {
+    Operation();
+  } catch (const EqxError& e) {
+    return e.what();
   }
-  ~FakeControl() override {
-    BeginDestroy();
-    --*Alive_;
-  }
-  void SetBounds(const TqxRect& Bounds) override {
-    TqxControl::SetBounds(Bounds);
-    ++BoundsSet;
-  }
-  void UpdateContent() override { ++Updates; }
-  int BoundsSet = 0;
-  int Updates = 0;
-
- private:
-  int* Alive_;
-};
-
-class FakeFactory : public TqxControlFactory {
- public:
-  std::vector<std::unique_ptr<TqxControl>> CreateControls(TqxQueryBuilderControlOwner& Owner,
-                                                          TqxControl* Parent) override {
-    std::vector<std::unique_ptr<TqxControl>> controls;
-    controls.push_back(std::make_unique<FakeControl>(&Owner, &Alive));
-    ++Created;
-    Parents.push_back(Parent);
-    return controls;
-  }
-  void PopupMenu(TqxQueryBuilderControlOwner&, const TqxPopupMenu& Menu, TqxPoint) override {
-    LastMenu = Menu;
-  }
-  bool ExecuteDialog(TqxQueryBuilderControlOwner&, TqxDialogKind Kind) override {
-    Dialogs.push_back(Kind);
-    return true;
-  }
-  int Alive = 0;
-  int Created = 0;
-  std::vector<TqxControl*> Parents;
-  std::vector<TqxDialogKind> Dialogs;
-  TqxPopupMenu LastMenu;
-};
+  return "no error";
+}
 
 }  // namespace qorvex::modeltest

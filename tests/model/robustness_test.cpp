@@ -8,22 +8,19 @@ namespace qorvex::modeltest {
 namespace {
 
 const char* const kStatements[] = {
-    "SELECT a.x, b.y FROM a JOIN b ON a.id = b.aid AND a.k > 1 JOIN c ON c.bid = b.id AND c.aid = "
-    "a.id "
-    "WHERE a.x > 1 OR b.y < 2 ORDER BY b.y",
+    "SELECT a.x, b.y FROM a JOIN b ON a.id = b.aid AND a.k > 1 "
+    "JOIN c ON c.bid = b.id AND c.aid = a.id WHERE a.x > 1 OR b.y < 2 ORDER BY b.y",
     "SELECT a.x FROM a LEFT JOIN (b JOIN c ON c.bid = b.id) ON b.aid = a.id, d WHERE d.z = a.x",
     "SELECT t.a, count(*) AS n FROM t JOIN u ON u.tid = t.id GROUP BY t.a HAVING count(*) > 1 "
     "ORDER BY n DESC",
-    "SELECT t.a FROM t WHERE t.a IN (SELECT u.a FROM u JOIN v ON v.uid = u.id WHERE v.k = t.k) AND "
-    "EXISTS "
-    "(SELECT 1 FROM w WHERE w.t = t.id)",
+    "SELECT t.a FROM t WHERE t.a IN (SELECT u.a FROM u JOIN v ON v.uid = u.id WHERE v.k = t.k) "
+    "AND EXISTS (SELECT 1 FROM w WHERE w.t = t.id)",
     "SELECT q.n FROM (SELECT a.x AS n FROM a JOIN b ON b.aid = a.id) q JOIN c ON c.n = q.n",
     "SELECT a.x FROM a UNION (SELECT b.x FROM b JOIN c ON c.bid = b.id EXCEPT SELECT d.x FROM d) "
     "ORDER BY 1",
     "SELECT a.*, b.y FROM a, b WHERE a.id = b.id AND NOT (a.y = 1 OR b.z = 2)",
-    "SELECT e.name, m.name AS boss FROM emp e LEFT JOIN emp m ON m.id = e.manager_id WHERE e.x "
-    "BETWEEN 1 AND "
-    "5",
+    "SELECT e.name, m.name AS boss FROM emp e LEFT JOIN emp m ON m.id = e.manager_id "
+    "WHERE e.x BETWEEN 1 AND 5",
 };
 
 class RobustnessTest : public ModelTest {
@@ -80,11 +77,9 @@ TEST_F(RobustnessTest, RemovingLinksAndRows) {
 }
 
 TEST_F(RobustnessTest, ScreenSideRemovalOfEveryKindOfControl) {
-  FakeFactory factory;
-  Builder.SetControlFactory(&factory);
   for (const char* sql : kStatements) {
     SCOPED_TRACE(sql);
-    Load(sql);
+    LoadWithControls(sql);
     // Rows, links and boxes closed on the screen, the last one first.
     while (List()->GetFilledCount() > 0) {
       TqxControl* control = List()->GetItems(0)->GetControl();
@@ -102,7 +97,7 @@ TEST_F(RobustnessTest, ScreenSideRemovalOfEveryKindOfControl) {
     }
   }
   Builder.SetControlFactory(nullptr);
-  EXPECT_EQ(factory.Alive, 0);
+  EXPECT_EQ(Factory.Alive, 0);
 }
 
 }  // namespace
