@@ -23,8 +23,8 @@
 #include "qorvex/core/errors.h"
 #include "qorvex/metadata/event_provider.h"
 #include "qorvex/model/model.h"
+#include "qorvex/scanner/statements.h"
 #include "qorvex/syntax/components.h"
-#include "statements.h"
 #if QORVEX_SQLITE_AVAILABLE
 #include "qorvex/metadata/sqlite_provider.h"
 #endif
@@ -267,7 +267,7 @@ int RunModel(const std::vector<std::string>& args, std::ostream& out, std::ostre
 
   int status = kExitOk;
   bool first = true;
-  for (const Statement& statement : SplitStatements(input.text)) {
+  for (const TqxStatementText& statement : SplitStatements(input.text)) {
     std::string text;
     try {
       TqxBaseQueryBuilder builder;
@@ -288,8 +288,9 @@ int RunModel(const std::vector<std::string>& args, std::ostream& out, std::ostre
         text += summary.str();
       }
     } catch (const EqxSQLError& e) {
-      const Location at = e.line > 0 ? ToInputLocation(statement, e.pos, e.line, e.col)
-                                     : Location{statement.pos, statement.line, statement.col};
+      const TqxScriptLocation at =
+          e.line > 0 ? ToScriptLocation(statement, e.pos, e.line, e.col)
+                     : TqxScriptLocation{statement.pos, statement.line, statement.col};
       err << input.name << ':' << at.line << ':' << at.col << ": error: " << e.what();
       if (e.line > 0)
         err << " near \"" << e.tokenText << '"';

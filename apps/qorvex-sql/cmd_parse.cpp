@@ -17,8 +17,8 @@
 #include "qorvex/ast/names.h"
 #include "qorvex/ast/query.h"
 #include "qorvex/core/errors.h"
+#include "qorvex/scanner/statements.h"
 #include "qorvex/syntax/sql92_syntax_provider.h"
-#include "statements.h"
 
 namespace qorvex::tool {
 namespace {
@@ -112,7 +112,7 @@ std::string WriteBack(const TastNode& node, const Options& o) {
     builder = std::make_unique<HtmlFragmentBuilder>(&text);
   } else {
     auto plain = std::make_unique<TSQLBuilderPlainText>(&text);
-    plain->NewLineText = "\n";
+    plain->NewLineText.assign(1, '\n');  // assigning "\n" trips a false GCC 12 -Wrestrict
     builder = std::move(plain);
   }
   builder->ResetBuilder();
@@ -130,7 +130,7 @@ int Run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
 
   int status = kExitOk;
   bool first = true;
-  for (const Statement& statement : SplitStatements(input.text)) {
+  for (const TqxStatementText& statement : SplitStatements(input.text)) {
     std::string text;
     try {
       std::unique_ptr<TastNode> node = ParseWith(provider, entry, std::string(statement.text));
@@ -139,8 +139,9 @@ int Run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
       else if (output == Output::kTree)
         text = node->Dump();
     } catch (const EqxSQLError& e) {
-      const Location at = e.line > 0 ? ToInputLocation(statement, e.pos, e.line, e.col)
-                                     : Location{statement.pos, statement.line, statement.col};
+      const TqxScriptLocation at =
+          e.line > 0 ? ToScriptLocation(statement, e.pos, e.line, e.col)
+                     : TqxScriptLocation{statement.pos, statement.line, statement.col};
       err << input.name << ':' << at.line << ':' << at.col << ": error: " << e.what();
       if (e.line > 0)
         err << " near \"" << e.tokenText << '"';

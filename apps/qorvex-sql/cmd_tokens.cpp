@@ -3,7 +3,7 @@
 
 #include "command.h"
 #include "qorvex/scanner/sql92_scanner.h"
-#include "statements.h"
+#include "qorvex/scanner/statements.h"
 
 namespace qorvex::tool {
 namespace {
@@ -36,7 +36,7 @@ void WriteEscaped(std::ostream& out, std::string_view text) {
   }
 }
 
-void WriteToken(std::ostream& out, const TqxToken& t, const Location& at) {
+void WriteToken(std::ostream& out, const TqxToken& t, const TqxScriptLocation& at) {
   out << t.kind << '\t' << at.line << '\t' << at.col << '\t' << at.pos << '\t';
   WriteEscaped(out, t.val);
   out << '\n';
@@ -65,7 +65,7 @@ int RunTokens(const std::vector<std::string>& args, std::ostream& out, std::ostr
     scanner.Init(input.text);
     for (std::int32_t i = 0; i < scanner.GetTokenCount(); ++i) {
       const TqxToken& t = scanner.GetToken(i);
-      WriteToken(out, t, Location{t.pos, t.line, t.col});
+      WriteToken(out, t, TqxScriptLocation{t.pos, t.line, t.col});
     }
     return kExitOk;
   }
@@ -73,7 +73,7 @@ int RunTokens(const std::vector<std::string>& args, std::ostream& out, std::ostr
   // Each statement scanned on its own, as the parsing commands read it, with positions
   // in the whole input; a line holding ";" between statements.
   bool firstStatement = true;
-  for (const Statement& statement : SplitStatements(input.text)) {
+  for (const TqxStatementText& statement : SplitStatements(input.text)) {
     if (!firstStatement)
       out << ";\n";
     firstStatement = false;
@@ -81,7 +81,7 @@ int RunTokens(const std::vector<std::string>& args, std::ostream& out, std::ostr
     scanner.Init(statement.text);
     for (std::int32_t i = 0; i + 1 < scanner.GetTokenCount(); ++i) {
       const TqxToken& t = scanner.GetToken(i);
-      WriteToken(out, t, ToInputLocation(statement, t.pos, t.line, t.col));
+      WriteToken(out, t, ToScriptLocation(statement, t.pos, t.line, t.col));
     }
   }
   return kExitOk;

@@ -14,6 +14,7 @@
 #include "qorvex/ast/query.h"
 #include "qorvex/parser/sql92_parser.h"
 #include "qorvex/scanner/sql92_scanner.h"
+#include "qorvex/scanner/statements.h"
 #include "qorvex/syntax/sql92_syntax_provider.h"
 
 namespace qorvex::parsertest {
@@ -77,22 +78,9 @@ inline Entry EntryNamed(const std::string& name) {
 
 // The statements of a text, split on its ";" tokens.
 inline std::vector<std::string> SplitStatements(const std::string& text) {
-  SQL92Scanner scanner;
-  scanner.Init(text);
   std::vector<std::string> out;
-  std::int32_t begin = -1;
-  for (std::int32_t i = 0; i < scanner.GetTokenCount(); ++i) {
-    const TqxToken& t = scanner.GetToken(i);
-    if (t.kind != tkSemicolon && t.kind != tkEof) {
-      if (begin < 0)
-        begin = t.offset;
-      continue;
-    }
-    if (begin >= 0)
-      out.push_back(
-          text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(t.offset - begin)));
-    begin = -1;
-  }
+  for (const TqxStatementText& statement : qorvex::SplitStatements(text))
+    out.emplace_back(statement.text);
   return out;
 }
 

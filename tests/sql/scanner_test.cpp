@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include "parser_test_util.h"
 #include "qorvex/scanner/buffer.h"
 #include "qorvex/scanner/sql92_scanner.h"
+#include "qorvex/scanner/statements.h"
 
 namespace qorvex {
 namespace {
@@ -311,6 +313,61 @@ TEST(ScannerText, CreatedByClass) {
   scanner->Init("select 1");
   EXPECT_EQ(scanner->GetTokenCount(), 3);
   EXPECT_EQ(scanner->GetToken(1).kind, tkInteger);
+}
+
+TEST(ScriptStatements, SplitOnSemicolonTokensOnly) {
+  const struct {
+    std::string script;
+    std::vector<std::string> texts;
+  } cases[] = {
+      {"", {}},
+      {" ;; ; ", {}},
+      {"select 1", {"select 1"}},
+      {"select 1;select 2;", {"select 1", "select 2"}},
+      {"select ';' from t; select \"a;b\" -- x;y\n from u",
+       {"select ';' from t", "select \"a;b\" -- x;y\n from u"}},
+      // A line comment runs to the end of the text, ";" and all.
+      {"select 1 ;\n\n  select 2 -- end; select 3", {"select 1 ", "select 2 -- end; select 3"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.script);
+    std::vector<std::string> texts;
+    for (const TqxStatementText& statement : SplitStatements(c.script)) {
+      // The text starts at the statement's offset in the script.
+      EXPECT_EQ(c.script.compare(statement.offset, statement.text.size(), statement.text), 0);
+      texts.emplace_back(statement.text);
+    }
+    EXPECT_EQ(texts, c.texts);
+  }
+}
+
+TEST(ScriptStatements, PlacesWithinAStatementBecomePlacesInTheScript) {
+  const std::string script = "select 1;\n  select a,\n    b from";
+  const std::vector<TqxStatementText> statements = SplitStatements(script);
+  ASSERT_EQ(statements.size(), 2u);
+  const TqxStatementText& second = statements[1];
+  EXPECT_EQ(second.line, 2);
+  EXPECT_EQ(second.col, 3);
+  // "a" on the statement's first line, "b" on its second: columns of later lines are
+  // already the script's.
+  SQL92Scanner scanner;
+  scanner.Init(second.text);
+  for (const char* word : {"a", "b"}) {
+    const TqxToken* token = nullptr;
+    for (std::int32_t i = 0; i < scanner.GetTokenCount(); ++i) {
+      if (scanner.GetToken(i).val == word)
+        token = &scanner.GetToken(i);
+    }
+    ASSERT_NE(token, nullptr);
+    const TqxScriptLocation at = ToScriptLocation(second, token->pos, token->line, token->col);
+    const std::size_t offset = script.find(std::string(" ") + word) + 1;
+    SCOPED_TRACE(word);
+    EXPECT_EQ(at.pos, static_cast<std::int32_t>(offset));
+    const std::size_t lineStart = script.rfind('\n', offset) + 1;
+    EXPECT_EQ(at.line, 1 + static_cast<std::int32_t>(
+                               std::count(script.begin(), script.begin() + offset, '\n')));
+    EXPECT_EQ(at.col, static_cast<std::int32_t>(offset - lineStart) + 1);
+  }
 }
 
 }  // namespace
