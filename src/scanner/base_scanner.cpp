@@ -55,6 +55,7 @@ void TqxBaseScanner::Init(std::string_view text) {
     ~Detach() { buffer.Clear(); }
   } detach{buffer_};
   pos_ = -1;
+  utf8Tails_ = 0;
   line_ = 1;
   lineStart_ = 0;
   pendingEols_ = 0;
@@ -209,6 +210,7 @@ void TqxBaseScanner::SkipUtf8Tail() noexcept {
       return;
   }
   buffer_.SetPos(next + tail);
+  utf8Tails_ += tail;
 }
 
 }  // namespace qorvex

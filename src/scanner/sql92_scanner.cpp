@@ -447,18 +447,21 @@ void SQL92Scanner::CheckLiteral(TqxToken& token) {
 bool SQL92Scanner::Comment0() {
   const std::int32_t line0 = line_;
   const std::int32_t lineStart0 = lineStart_;
+  const std::int32_t tails0 = utf8Tails_;
   NextCh();
   if (ch_ != '-') {
-    // Not a comment: step back so that the first "-" is current again. The step is
-    // counted in characters while the buffer counts bytes, so after earlier CR LF pairs
-    // (or multi-byte characters) it lands early and the characters in between are
-    // delivered again. Callers rely on exactly this.
+    // Not a comment: step back to the "-". The step goes to the "-"'s position counted
+    // in bytes with every swallowed LF (of a CR LF or LF LF break) left out, so after
+    // such breaks it lands early and the characters in between are delivered again:
+    // callers rely on exactly this. A multi-byte character counts with all its bytes
+    // here, so that it moves nothing.
     if (ch_ == 13) {
       line_ = line0;
       lineStart_ = lineStart0;
     }
     pos_ -= 2;
-    buffer_.SetPos(pos_ + 1);
+    utf8Tails_ = tails0;
+    buffer_.SetPos(pos_ + 1 + tails0);
     NextCh();
     return false;
   }

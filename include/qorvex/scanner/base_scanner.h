@@ -236,6 +236,9 @@ class TqxBaseScanner {
   std::int32_t chByte_ = 0;        // byte offset of the current character
   std::int32_t pendingEols_ = 0;
   std::int32_t pos_ = -1;  // index of `ch_` counted in characters
+  // Continuation bytes of multi-byte characters read so far: `pos_` plus this counts
+  // bytes (less swallowed LFs), the measure of the comment check's step back.
+  std::int32_t utf8Tails_ = 0;
   TqxCharSet ignore_;
 
  public:

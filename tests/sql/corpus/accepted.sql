@@ -521,3 +521,4 @@ select
 from t where a = (select (select 1));
 SELECT O.ID, C.NAME, SUM(L.QTY * L.PRICE) AS TOTAL FROM ORDERS O JOIN CUSTOMERS C ON C.ID = O.CUSTOMER_ID LEFT JOIN LINES L ON L.ORDER_ID = O.ID WHERE O.CREATED >= {D '2024-01-01'} GROUP BY O.ID, C.NAME HAVING SUM(L.QTY * L.PRICE) > 100 ORDER BY TOTAL DESC;
 SELECT NAME FROM SYS.TABLES WHERE TYPE = 'U' AND NAME LIKE 'TMP%' ESCAPE '\';
+select "Größe" - 1, 'naïve', a - b from "Straße" s where s."Größe" - 1 > 0 and 'é' <> x - 2;
