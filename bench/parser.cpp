@@ -3,12 +3,14 @@
 // 500-table join, deep nesting and long lists.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "qorvex/ast/query.h"
+#include "qorvex/core/errors.h"
 #include "qorvex/parser/sql92_parser.h"
 #include "qorvex/scanner/sql92_scanner.h"
 #include "qorvex/scanner/statements.h"
@@ -172,6 +174,27 @@ void BM_NestedLogical(benchmark::State& state) {
   ParseAll(state, {Nested(static_cast<int>(state.range(0)), true)});
 }
 BENCHMARK(BM_NestedLogical)->Arg(30)->Arg(60)->Arg(120)->Arg(240)->Unit(benchmark::kMicrosecond);
+
+// Rejected texts of about 1 KB: brackets left open n deep (500: the error is at the end;
+// 700: at the bracket where the nesting bound is reached), padded with blanks. The error
+// path explores every reading, so it is the slowest a kilobyte gets.
+void BM_RejectedOpenBrackets(benchmark::State& state) {
+  std::string sql = "select * from t where " +
+                    std::string(static_cast<std::size_t>(state.range(0)), '(') + "a = 1";
+  sql.resize(std::max<std::size_t>(sql.size(), 1024), ' ');
+  TastSQL92SyntaxProvider provider;
+  for (auto _ : state) {
+    try {
+      provider.ParseSelect(sql);
+      state.SkipWithError("the text was accepted");
+      break;
+    } catch (const qorvex::EqxSQLError& e) {
+      benchmark::DoNotOptimize(e.col);
+    }
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(sql.size()));
+}
+BENCHMARK(BM_RejectedOpenBrackets)->Arg(500)->Arg(700)->Unit(benchmark::kMillisecond);
 
 // Lists of n items; Complexity() fits the growth.
 template <class Make>
