@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "error_of.h"
 #include "qorvex/ast/metadata_provider.h"
 #include "qorvex/core/errors.h"
 
@@ -38,16 +39,7 @@ Rows SQLiteRows(const std::filesystem::path& path, const std::string& sql);
 // The text of the file `name` under tests/db/corpus.
 std::string ReadCorpus(const std::string& name);
 
-// The message of the EqxError that `operation` throws, or "no error".
-template <class F>
-std::string ErrorOf(F&& operation) {
-  try {
-    operation();
-  } catch (const EqxError& e) {
-    return e.what();
-  }
-  return "no error";
-}
+using test::ErrorOf;
 
 inline std::vector<std::string> Sorted(std::vector<std::string> names) {
   std::sort(names.begin(), names.end());

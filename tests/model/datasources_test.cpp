@@ -108,7 +108,7 @@ TEST_F(DatasourcesTest, AConditionOnAFirstSourceCannotBeBound) {
   from->Add(std::move(source));
   select->SetFromClause(std::move(from));
   TqxUnionGroup* group = Builder.GetQuery()->GetUnionGroup();
-  EXPECT_EQ(MessageOf([&] { group->AddAST(std::move(select)); }),
+  EXPECT_EQ(ErrorOf([&] { group->AddAST(std::move(select)); }),
             "Can't bind join expression (prev=nil)");
   EXPECT_EQ(group->GetCount(), 1);
   EXPECT_EQ(SQL(), "SELECT * FROM a");
@@ -194,7 +194,7 @@ TEST_F(DatasourcesTest, AliasesFollowEveryColumnThatNamesTheSource) {
   EXPECT_EQ(SQL(), "SELECT a.x FROM a INNER JOIN  b ON a.id=b.id WHERE a.y=2");
 
   TqxDataSourceObject unloaded(Operand(), Operand()->GetFromClause());
-  EXPECT_EQ(MessageOf([&] { unloaded.SetAlias("z"); }), "Can't assign alias if astFromSource=nil!");
+  EXPECT_EQ(ErrorOf([&] { unloaded.SetAlias("z"); }), "Can't assign alias if astFromSource=nil!");
 }
 
 TEST_F(DatasourcesTest, AddingObjectsGivesFieldsDefaultAliasesAndOneReport) {

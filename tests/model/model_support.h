@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "error_of.h"
 #include "qorvex/ast/builder.h"
 #include "qorvex/ast/expressions.h"
 #include "qorvex/ast/from.h"
@@ -159,15 +160,6 @@ class ModelTest : public ::testing::Test {
   FakeFactory Factory;
 };
 
-// The message of the EqxError that `Operation` throws, or "no error".
-template <class F>
-std::string MessageOf(F&& Operation) {
-  try {
-    Operation();
-  } catch (const EqxError& e) {
-    return e.what();
-  }
-  return "no error";
-}
+using test::ErrorOf;
 
 }  // namespace qorvex::modeltest

@@ -60,7 +60,7 @@ TEST_F(QueryTest, LoadingNeedsBothProviders) {
   TqxBaseQueryBuilder builder;
   builder.SetSyntaxProvider(&Syntax);
   builder.SetSQL("SELECT a.x FROM a");
-  EXPECT_EQ(MessageOf([&] { builder.ProcessMessages(); }), "No syntax provider!");
+  EXPECT_EQ(ErrorOf([&] { builder.ProcessMessages(); }), "No syntax provider!");
   EXPECT_EQ(builder.GetQuery()->GetSQL(), "SELECT");
 }
 
@@ -179,15 +179,14 @@ TEST_F(QueryTest, DialectsWithoutUnionsRefuseThem) {
   TqxUnionGroup* top = Builder.GetQuery()->GetUnionGroup();
   TqxUnionGroup* sub = Builder.GetSubQueries(1)->GetUnionGroup();
   Reports = 0;
-  EXPECT_EQ(MessageOf([&] { top->Add(); }), "This server don't support unions!");
-  EXPECT_EQ(MessageOf([&] { top->Insert(0); }), "This server don't support unions!");
-  EXPECT_EQ(MessageOf([&] { top->AddGroup(); }), "This server don't support brackets in unions!");
-  EXPECT_EQ(MessageOf([&] { top->InsertGroup(1); }),
-            "This server don't support brackets in unions!");
-  EXPECT_EQ(MessageOf([&] { sub->Add(); }), "This server don't support unions in subqueries!");
-  EXPECT_EQ(MessageOf([&] { sub->InsertGroup(0); }),
+  EXPECT_EQ(ErrorOf([&] { top->Add(); }), "This server don't support unions!");
+  EXPECT_EQ(ErrorOf([&] { top->Insert(0); }), "This server don't support unions!");
+  EXPECT_EQ(ErrorOf([&] { top->AddGroup(); }), "This server don't support brackets in unions!");
+  EXPECT_EQ(ErrorOf([&] { top->InsertGroup(1); }), "This server don't support brackets in unions!");
+  EXPECT_EQ(ErrorOf([&] { sub->Add(); }), "This server don't support unions in subqueries!");
+  EXPECT_EQ(ErrorOf([&] { sub->InsertGroup(0); }),
             "This server don't support brackets in unions in subqueries!");
-  EXPECT_EQ(MessageOf([&] { top->EncloseWithBrackets(top->GetItems(0)); }),
+  EXPECT_EQ(ErrorOf([&] { top->EncloseWithBrackets(top->GetItems(0)); }),
             "This server don't support brackets in unions!");
   EXPECT_EQ(Reports, 0);
   EXPECT_EQ(SQL(), "SELECT t.a FROM t WHERE t.a IN (SELECT u.a FROM u)");
@@ -196,8 +195,8 @@ TEST_F(QueryTest, DialectsWithoutUnionsRefuseThem) {
   LimitedProvider top_only(Features{true, true, false, false});
   Builder.SetSyntaxProvider(&top_only);
   Load("SELECT t.a FROM t WHERE t.a IN (SELECT u.a FROM u)");
-  EXPECT_EQ(MessageOf([&] { Builder.GetQuery()->GetUnionGroup()->Add(); }), "no error");
-  EXPECT_EQ(MessageOf([&] { Builder.GetSubQueries(1)->GetUnionGroup()->Add(); }),
+  EXPECT_EQ(ErrorOf([&] { Builder.GetQuery()->GetUnionGroup()->Add(); }), "no error");
+  EXPECT_EQ(ErrorOf([&] { Builder.GetSubQueries(1)->GetUnionGroup()->Add(); }),
             "This server don't support unions in subqueries!");
   Builder.SetSyntaxProvider(&Syntax);
 }

@@ -102,7 +102,7 @@ TEST_F(SelectListTest, TrueAndFalseOnALogicalRow) {
   EXPECT_EQ(SQL(), "SELECT t.a FROM t WHERE Exists(SELECT 1 FROM u)");
   row->SetCondition(0, "=FALSE");
   EXPECT_EQ(SQL(), "SELECT t.a FROM t WHERE Not Exists(SELECT 1 FROM u)");
-  EXPECT_EQ(MessageOf([&] { row->SetSelect(true); }), "Can't select this expression");
+  EXPECT_EQ(ErrorOf([&] { row->SetSelect(true); }), "Can't select this expression");
   EXPECT_FALSE(row->GetSelect());
 }
 
@@ -235,7 +235,7 @@ TEST_F(SelectListTest, EditingRowsAsText) {
 TEST(SelectListNoProvider, TextNeedsASyntaxProvider) {
   TqxBaseQueryBuilder builder;
   TqxSelectList* list = builder.GetQuery()->GetFirstOperand()->GetSelectList();
-  EXPECT_EQ(MessageOf([&] { list->AddExpression("a"); }), "No syntax provider specified!");
+  EXPECT_EQ(ErrorOf([&] { list->AddExpression("a"); }), "No syntax provider specified!");
   EXPECT_EQ(list->GetFilledCount(), 0);
 }
 
