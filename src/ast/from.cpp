@@ -212,6 +212,28 @@ void TSQLFromQuery::GetMyChildren(std::vector<TastExtender*>& List) const {
   detail::AddChild(List, SubQuery_.get());
 }
 
+// A derived table's query sees the blocks enclosing the one whose FROM holds it, but not
+// that block's sources (its siblings); its ON condition sees them all.
+void TSQLFromQuery::FixupObjects(std::vector<TSQLFromSource*>& List) {
+  std::vector<TastExtender*> children;
+  GetMyChildren(children);
+  for (TastExtender* child : children) {
+    if (child != SubQuery_.get())
+      child->FixupObjects(List);
+  }
+  if (!SubQuery_)
+    return;
+  std::size_t outer = List.size();
+  while (outer > 0 && List[outer - 1] != nullptr)
+    --outer;
+  if (outer == 0) {
+    SubQuery_->FixupObjects(List);
+    return;
+  }
+  std::vector<TSQLFromSource*> visible(List.begin(), List.begin() + static_cast<long>(outer - 1));
+  SubQuery_->FixupObjects(visible);
+}
+
 namespace {
 // " (a, b)" after a derived table's alias.
 void WriteColumnAliases(const std::vector<std::string>& Names, const TastSyntaxProvider* Provider,

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "ast/node_util.h"
+#include "ast/syntax_provider_text.h"
 #include "qorvex/ast/builder.h"
 #include "qorvex/ast/from.h"
 #include "qorvex/ast/syntax_provider.h"
@@ -142,11 +143,10 @@ TSQLFromSource* TSQLDatabaseObject::FindFromSource(const std::vector<TSQLFromSou
       if (MatchesAlias(*List[i]))
         return List[i];
     }
-    for (int withAlias = 0; withAlias < 2; ++withAlias) {
-      for (std::size_t i = begin; i < end; ++i) {
-        if ((List[i]->GetAlias() != nullptr) == (withAlias != 0) && MatchesObject(*List[i]))
-          return List[i];
-      }
+    // A source with an alias answers only to its alias.
+    for (std::size_t i = begin; i < end; ++i) {
+      if (List[i]->GetAlias() == nullptr && MatchesObject(*List[i]))
+        return List[i];
     }
     end = begin > 0 ? begin - 1 : 0;
   }
@@ -191,12 +191,50 @@ void TSQLObjectColumn::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) 
 }
 
 void TSQLObjectColumn::FixupObjects(std::vector<TSQLFromSource*>& List) {
-  if (Count() < 2) {
-    // An unqualified column names no source; any binding it has was made by hand.
+  if (Count() == 1) {
+    if (TSQLFromSource* found = FindColumnSource(List))
+      SetFromSource(found);
     TSQLQualifiedName::FixupObjects(List);
     return;
   }
   TSQLDatabaseObject::FixupObjects(List);
+}
+
+// An unqualified name belongs to the innermost block with a source that has such a
+// column. The search stops, finding nothing, where the answer is not certain: a block
+// in which two sources have the column, or none has it but a source's columns are not
+// known. A block without sources is passed over.
+TSQLFromSource* TSQLObjectColumn::FindColumnSource(const std::vector<TSQLFromSource*>& List) const {
+  const std::string& name = GetObjName();
+  if (name.empty() || name == "*")
+    return nullptr;
+  std::size_t end = List.size();
+  while (end > 0) {
+    std::size_t begin = end;
+    while (begin > 0 && List[begin - 1] != nullptr)
+      --begin;
+    TSQLFromSource* found = nullptr;
+    int matches = 0;
+    bool unknown = false;
+    for (std::size_t i = begin; i < end; ++i) {
+      const std::vector<std::string>& fields = List[i]->Fields;
+      if (fields.empty())
+        unknown = true;
+      for (const std::string& field : fields) {
+        if (sptext::SameText(field, name)) {
+          found = List[i];
+          ++matches;
+          break;
+        }
+      }
+    }
+    if (matches == 1)
+      return found;
+    if (matches > 1 || unknown)
+      return nullptr;
+    end = begin > 0 ? begin - 1 : 0;
+  }
+  return nullptr;
 }
 
 bool TSQLObjectColumn::MatchesAlias(const TSQLFromSource& Source) const {

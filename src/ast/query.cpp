@@ -3,7 +3,11 @@
 #include <string>
 
 #include "ast/node_util.h"
+#include "ast/syntax_provider_text.h"
 #include "qorvex/ast/builder.h"
+#include "qorvex/ast/expressions.h"
+#include "qorvex/ast/from.h"
+#include "qorvex/ast/names.h"
 #include "qorvex/core/errors.h"
 
 namespace qorvex {
@@ -261,18 +265,72 @@ void TSQLSubQuerySelectExpression::BuildSQLDirect(TSQLBuilder& Builder, bool Mul
   }
 }
 
+namespace {
+
+// Leaves the stack of visible sources as it was found, whatever happens.
+struct TRestoreSources {
+  std::vector<TSQLFromSource*>& List;
+  std::size_t Size;
+  ~TRestoreSources() { List.resize(Size); }
+};
+
+// Whether an ORDER BY expression is a bare name that names an output column by its alias:
+// such a term sorts by that column, and no FROM source may claim the name.
+bool IsOutputAlias(const TSQLExpressionItem* Expression, const TSQLSelectItems* Outputs) {
+  const auto* reference = dynamic_cast<const TSQLExpressionColumn*>(Expression);
+  const TSQLObjectColumn* column = reference != nullptr ? reference->GetColumn() : nullptr;
+  if (column == nullptr || column->Count() != 1 || Outputs == nullptr)
+    return false;
+  for (int i = 0; i < Outputs->GetCount(); ++i) {
+    const auto* item = dynamic_cast<const TSQLSelectItemExpression*>(Outputs->GetItems(i));
+    if (item != nullptr && item->GetAlias() != nullptr &&
+        sptext::SameText(item->GetAlias()->Name, column->GetObjName()))
+      return true;
+  }
+  return false;
+}
+
+// Binds the names of ORDER BY terms; a term naming an output alias is left alone.
+void FixupOrderBy(TSQLOrderByClause& OrderBy, const TSQLSelectItems* Outputs,
+                  std::vector<TSQLFromSource*>& List) {
+  for (int i = 0; i < OrderBy.GetCount(); ++i) {
+    auto* item = dynamic_cast<TSQLOrderByItem*>(OrderBy.GetItems(i));
+    if (item == nullptr)
+      continue;
+    if (!IsOutputAlias(item->GetExpression(), Outputs))
+      item->FixupObjects(List);
+  }
+}
+
+// The first SELECT block of a chain, descending into bracketed groups.
+TSQLSubQuerySelectExpression* FirstBlock(const TSQLSubQueryExpressions& Chain) {
+  if (Chain.GetCount() == 0)
+    return nullptr;
+  TSQLSubQueryExpression* first = Chain.GetItems(0);
+  if (auto* block = dynamic_cast<TSQLSubQuerySelectExpression*>(first))
+    return block;
+  if (auto* group = dynamic_cast<TSQLSubQueryExpressions*>(first))
+    return FirstBlock(*group);
+  return nullptr;
+}
+
+}  // namespace
+
+// The block's names see its own FROM sources above those of the enclosing blocks. Its
+// ORDER BY terms may name output aliases, which win over the sources' columns.
 void TSQLSubQuerySelectExpression::FixupObjects(std::vector<TSQLFromSource*>& List) {
-  const std::size_t before = List.size();
-  // Whatever happens below, the stack is left as it was found.
-  struct Restore {
-    std::vector<TSQLFromSource*>& List;
-    std::size_t Size;
-    ~Restore() { List.resize(Size); }
-  } restore{List, before};
+  TRestoreSources restore{List, List.size()};
   List.push_back(nullptr);
   if (FromClause_)
     FromClause_->GetAllSources(List);
-  TSQLSubQueryExpression::FixupObjects(List);
+  std::vector<TastExtender*> children;
+  GetMyChildren(children);
+  for (TastExtender* child : children) {
+    if (child == OrderBy_.get())
+      FixupOrderBy(*OrderBy_, SelectItems_.get(), List);
+    else
+      child->FixupObjects(List);
+  }
 }
 
 // ---------------------------------------------------------------------------------------
@@ -398,6 +456,25 @@ void TSQLSubSelectStatement::Assign(const TastExtender& Source) {
 void TSQLSubSelectStatement::GetMyChildren(std::vector<TastExtender*>& List) const {
   TSQLSubQueryExpressions::GetMyChildren(List);
   AddChild(List, OrderBy_.get());
+}
+
+// The statement's ORDER BY follows the whole chain; it sorts by the columns of the first
+// SELECT block, so its names are bound against that block's FROM sources.
+void TSQLSubSelectStatement::FixupObjects(std::vector<TSQLFromSource*>& List) {
+  std::vector<TastExtender*> children;
+  GetMyChildren(children);
+  for (TastExtender* child : children) {
+    if (child != OrderBy_.get())
+      child->FixupObjects(List);
+  }
+  if (!OrderBy_)
+    return;
+  TRestoreSources restore{List, List.size()};
+  TSQLSubQuerySelectExpression* first = FirstBlock(*this);
+  List.push_back(nullptr);
+  if (first != nullptr && first->GetFromClause() != nullptr)
+    first->GetFromClause()->GetAllSources(List);
+  FixupOrderBy(*OrderBy_, first != nullptr ? first->GetSelectItems() : nullptr, List);
 }
 
 void TSQLSubSelectStatement::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const {

@@ -820,8 +820,23 @@ std::vector<TqxDatasource*> TqxUnionSubQuery::GetDatasources() const {
 
 void TqxUnionSubQuery::GetVisibleSources(std::vector<TSQLFromSource*>& List) const {
   const TqxSubQuery* query = GetSubQuery();
-  if (const TqxUnionSubQuery* outer = query != nullptr ? query->GetParentUnionSubQuery() : nullptr)
+  if (const TqxUnionSubQuery* outer =
+          query != nullptr ? query->GetParentUnionSubQuery() : nullptr) {
     outer->GetVisibleSources(List);
+    // A derived table does not see the sources beside it in its FROM clause.
+    bool derived = false;
+    for (const TqxQueryBuilderControlOwner* owner = query->GetParent();
+         owner != nullptr && owner != outer; owner = owner->GetParent()) {
+      if (As<const TqxDatasource>(owner) != nullptr)
+        derived = true;
+    }
+    if (derived) {
+      while (!List.empty() && List.back() != nullptr)
+        List.pop_back();
+      if (!List.empty())
+        List.pop_back();
+    }
+  }
   List.push_back(nullptr);
   for (TqxDatasource* ds : GetDatasources()) {
     if (ds->GetFromSource() != nullptr)

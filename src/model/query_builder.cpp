@@ -143,10 +143,12 @@ void TqxBaseQueryBuilder::SetSQLMsg() {
       tree = EmptyStatement(GetASTSyntaxProvider());
     }
     PendingSQL_.clear();
-    // Names are bound and every FROM source learns its fields.
+    // Names are bound and every FROM source learns its fields; then unqualified column
+    // names, which need the fields to find their source, are bound.
     std::vector<TSQLFromSource*> sources;
     tree->FixupObjects(sources);
     tree->RefreshFieldsListRecursive(MetadataProvider_);
+    tree->FixupObjects(sources);
   } catch (const std::exception& error) {
     tree.reset();
     PendingSQL_.clear();

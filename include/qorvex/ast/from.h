@@ -185,6 +185,7 @@ class TSQLFromQuery : public TSQLFromSource {
 
   void Assign(const TastExtender& Source) override;
   void GetMyChildren(std::vector<TastExtender*>& List) const override;
+  void FixupObjects(std::vector<TSQLFromSource*>& List) override;
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
   void MoveSubQueryInProxyInternal(TqxQueryBuilderControlOwner* Owner,
                                    const TSQLProxyClass& ProxyClass) override;

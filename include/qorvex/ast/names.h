@@ -68,8 +68,8 @@ class TSQLQualifiedName : public TastNode {
 // block pushes a null entry followed by its sources, so the entries after the last null
 // are the innermost block's. A qualified name is searched block by block from the top
 // of the stack; within a block a source whose alias matches wins over one whose object
-// name matches, and among object-name matches a source without an alias wins. Names are
-// compared through the syntax provider. A name that finds nothing keeps its current
+// name matches; a source with an alias answers only to its alias. Names are compared
+// through the syntax provider. A name that finds nothing keeps its current
 // binding, so a name bound by hand is not lost; RemoveReferencesToFromSource clears a
 // binding to a source that goes away.
 class TSQLDatabaseObject : public TSQLQualifiedName {
@@ -101,8 +101,10 @@ class TSQLDatabaseObject : public TSQLQualifiedName {
 };
 
 // A column reference: index 0 is the column name, the prefixes qualify it by a table
-// alias or an object name. Only qualified columns are bound by FixupObjects; an
-// unqualified one keeps whatever binding it has and writes its own name when unbound.
+// alias or an object name. An unqualified column is bound by FixupObjects to the source
+// of the innermost block that has such a field (the sources' field lists, read from the
+// metadata); while that is not certain it keeps whatever binding it has and writes its
+// own name when unbound.
 class TSQLObjectColumn : public TSQLDatabaseObject {
   QX_CLASS(TastClass)
 
@@ -116,6 +118,9 @@ class TSQLObjectColumn : public TSQLDatabaseObject {
  protected:
   bool MatchesAlias(const TSQLFromSource& Source) const override;
   bool MatchesObject(const TSQLFromSource& Source) const override;
+
+ private:
+  TSQLFromSource* FindColumnSource(const std::vector<TSQLFromSource*>& List) const;
 };
 
 // Pairs of (original source, copy) used after a copy to move the bindings of the copied
