@@ -1009,24 +1009,114 @@ std::unique_ptr<TSQLGroupByList> TqxSelectList::GetGroupByTree() const {
   return list;
 }
 
-// A sorted output row with an alias is ordered by its alias (valid after a union too);
-// any other by its expression.
+namespace {
+
+bool IsOutputRow(const TqxSelectItem& Row) {
+  return Row.GetSelect() && Row.GetExpression() != nullptr;
+}
+
+bool IsStar(const TqxSelectItem& Row) {
+  return As<const TSQLSelectItem>(Row.GetExpression()) != nullptr;
+}
+
+// The name an output row's column has in the result: its alias, else a column's name.
+std::string OutputName(const TqxSelectItem& Row) {
+  if (!Row.GetAlias().empty())
+    return Row.GetAlias();
+  const auto* reference = As<const TSQLExpressionColumn>(Row.GetExpression());
+  if (reference != nullptr && reference->GetColumn() != nullptr)
+    return reference->GetColumn()->GetObjName();
+  return {};
+}
+
+// A bare, unqualified name.
+const TSQLObjectColumn* BareName(const TSQLExpressionItem* Expression) {
+  const auto* reference = As<const TSQLExpressionColumn>(Expression);
+  const TSQLObjectColumn* column = reference != nullptr ? reference->GetColumn() : nullptr;
+  return column != nullptr && column->Count() == 1 ? column : nullptr;
+}
+
+// The value of an unsigned integer literal; 0 for anything else. ORDER BY reads such a
+// literal as the number of an output column.
+long long IntegerLiteral(const TSQLExpressionItem* Expression) {
+  if (As<const TSQLExpressionConstant>(Expression) == nullptr)
+    return 0;
+  const std::string text = Expression->GetSimpleSQL();
+  if (text.empty() || text.size() > 18 ||
+      !std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }))
+    return 0;
+  return std::stoll(text);
+}
+
+}  // namespace
+
+int TqxSelectList::GetOutputPosition(const TqxSelectItem* Row) const {
+  int position = 0;
+  for (const auto& item : Items_) {
+    if (!IsOutputRow(*item))
+      continue;
+    if (IsStar(*item))
+      return 0;  // a star stands for columns that cannot be counted here
+    ++position;
+    if (item.get() == Row)
+      return position;
+  }
+  return 0;
+}
+
+TqxSelectItem* TqxSelectList::GetOutputRow(long long Position) const {
+  long long position = 0;
+  for (const auto& item : Items_) {
+    if (!IsOutputRow(*item))
+      continue;
+    if (IsStar(*item))
+      return nullptr;
+    if (++position == Position)
+      return item.get();
+  }
+  return nullptr;
+}
+
+// A sorted output row is ordered by its alias when that names no other output column;
+// an output row that has no such name is ordered by its number where its expression
+// would not do (an integer literal, or any term after a union, where only result columns
+// may be named); any other row by its expression.
 std::unique_ptr<TSQLOrderByClause> TqxSelectList::GetOrderByClause() const {
   if (Sorted_.empty())
     return nullptr;
   TastSyntaxProvider* provider = GetASTSyntaxProvider();
+  bool afterUnion = false;
+  if (UnionSubQuery_ != nullptr && UnionSubQuery_->GetSubQuery() != nullptr &&
+      UnionSubQuery_->GetSubQuery()->GetUnionGroup() != nullptr) {
+    std::vector<TqxUnionSubQuery*> operands;
+    UnionSubQuery_->GetSubQuery()->GetUnionGroup()->GetOperands(operands);
+    afterUnion = operands.size() > 1;
+  }
   auto clause = NewNode<TSQLOrderByClause>(provider);
   for (const TqxSelectItem* row : Sorted_) {
     const TSQLExpressionItem* expression = row->GetExpressionItem();
     if (expression == nullptr || row->GetSortType() == stNone)
       continue;
     auto item = NewNode<TSQLOrderByItem>(provider);
-    if (row->GetSelect() && !row->GetAlias().empty()) {
+    std::string name;
+    if (IsOutputRow(*row) && !row->GetAlias().empty()) {
+      int named = 0;
+      for (const auto& other : Items_) {
+        if (IsOutputRow(*other) && model::SameText(OutputName(*other), row->GetAlias()))
+          ++named;
+      }
+      if (named == 1)
+        name = row->GetAlias();
+    }
+    const int position = IsOutputRow(*row) ? GetOutputPosition(row) : 0;
+    if (!name.empty()) {
       auto column = NewNode<TSQLObjectColumn>(provider);
-      column->AddName(row->GetAlias());
+      column->AddName(name);
       auto reference = NewNode<TSQLExpressionColumn>(provider);
       reference->SetColumn(std::move(column));
       item->SetExpression(std::move(reference));
+    } else if (position > 0 && (afterUnion || IntegerLiteral(expression) > 0)) {
+      item->SetExpression(NewNode<TSQLExpressionConstant>(provider, std::to_string(position)));
     } else {
       item->SetExpression(CloneNode(*expression));
     }
@@ -1143,6 +1233,12 @@ void TqxSelectList::LoadGroupByListFromAST(std::unique_ptr<TSQLGroupByList> Grou
   }
 }
 
+// Each term sorts one row: a bare name that is an output row's alias sorts that row (an
+// alias wins over the sources' columns); an integer within the output columns sorts that
+// column; else the row of an equal expression, an output row first, or a new non-output
+// row holding the term. A term repeating a sorted row gets a row of its own holding a
+// copy, so that no term is lost; an integer beyond the output columns stays a term of
+// its own and is written back as it was.
 void TqxSelectList::LoadOrderByListFromAST(std::unique_ptr<TSQLOrderByClause> OrderBy) {
   if (!OrderBy)
     return;
@@ -1151,40 +1247,44 @@ void TqxSelectList::LoadOrderByListFromAST(std::unique_ptr<TSQLOrderByClause> Or
     if (!entry || entry->GetExpression() == nullptr)
       continue;
     std::unique_ptr<TSQLExpressionItem> expression = entry->ExtractExpression();
-    // The statement's ORDER BY stands outside every SELECT block; its names belong to
-    // this operand's sources.
-    if (UnionSubQuery_ != nullptr)
-      UnionSubQuery_->BindNames(*expression);
     TqxSelectItem* row = nullptr;
-    // A bare name may be an output row's alias.
-    if (const auto* reference = As<const TSQLExpressionColumn>(expression.get())) {
-      const TSQLObjectColumn* column = reference->GetColumn();
-      if (column != nullptr && column->Count() == 1 && column->GetFromSource() == nullptr) {
+    if (const TSQLObjectColumn* column = BareName(expression.get())) {
+      for (const auto& item : Items_) {
+        if (IsOutputRow(*item) && model::SameText(item->GetAlias(), column->GetObjName())) {
+          row = item.get();
+          break;
+        }
+      }
+    } else if (const long long position = IntegerLiteral(expression.get())) {
+      row = GetOutputRow(position);
+    }
+    if (row == nullptr) {
+      // The statement's ORDER BY stands outside every SELECT block; its names belong to
+      // this operand's sources.
+      if (UnionSubQuery_ != nullptr)
+        UnionSubQuery_->BindNames(*expression);
+      for (int pass = 0; pass < 2 && row == nullptr; ++pass) {
         for (const auto& item : Items_) {
-          if (item->GetSelect() && model::SameText(item->GetAlias(), column->GetObjName())) {
+          if ((pass == 0) == item->GetSelect() && item->GetExpressionItem() != nullptr &&
+              item->GetSortOrder() == 0 &&
+              model::SameNodeText(item->GetExpression(), expression.get())) {
             row = item.get();
             break;
           }
         }
       }
     }
-    // Else the row of an equal expression, an output row first.
-    for (int pass = 0; pass < 2 && row == nullptr; ++pass) {
-      for (const auto& item : Items_) {
-        if ((pass == 0) == item->GetSelect() && item->GetExpressionItem() != nullptr &&
-            model::SameNodeText(item->GetExpression(), expression.get())) {
-          row = item.get();
-          break;
-        }
-      }
+    if (row != nullptr && row->GetSortOrder() != 0) {
+      if (row->GetExpressionItem() == nullptr)
+        continue;
+      expression = CloneNode(*row->GetExpressionItem());
+      row = nullptr;
     }
     if (row == nullptr) {
       row = Items_.back()->IsEmpty() ? Items_.back().get() : InsertItem(GetCount());
       row->LoadFromAST(std::move(expression));
       EnsureEmptyRow();
     }
-    if (row->GetSortOrder() != 0)
-      continue;  // the same row twice: the first sorting counts
     row->SortType_ = entry->Descending ? stDesc : stAsc;
     Sorted_.push_back(row);
     NotifySQLUpdated();

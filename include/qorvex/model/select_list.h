@@ -183,6 +183,11 @@ class TqxSelectList : public TqxQueryBuilderControlOwner {
   std::unique_ptr<TSQLGroupByList> GetGroupByTree() const;
   // Null when no row is sorted.
   std::unique_ptr<TSQLOrderByClause> GetOrderByClause() const;
+  // The number of an output row among the result columns (1 for the first); 0 for a row
+  // that is not output or follows a star.
+  int GetOutputPosition(const TqxSelectItem* Row) const;
+  // The output row of that number; null out of range or at or after a star.
+  TqxSelectItem* GetOutputRow(long long Position) const;
 
   void LoadSelectListFromAST(std::unique_ptr<TSQLSelectItems> Items);
   // The inverse of GetConditionTree: an OR is split into criteria columns, an AND into
