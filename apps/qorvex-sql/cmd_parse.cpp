@@ -130,10 +130,21 @@ int Run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
 
   int status = kExitOk;
   bool first = true;
+  // Error lines are gathered and written in large pieces: the error stream is unbuffered.
+  std::string errors;
+  auto flushErrors = [&](std::size_t above) {
+    if (errors.size() > above) {
+      err.write(errors.data(), static_cast<std::streamsize>(errors.size()));
+      errors.clear();
+    }
+  };
+  std::string source;  // the statement's text, its storage reused from one to the next
   for (const TqxStatementText& statement : SplitStatements(input.text)) {
+    flushErrors(1 << 16);
     std::string text;
     try {
-      std::unique_ptr<TastNode> node = ParseWith(provider, entry, std::string(statement.text));
+      source.assign(statement.text);
+      std::unique_ptr<TastNode> node = ParseWith(provider, entry, source);
       if (output == Output::kFormat)
         text = WriteBack(*node, o);
       else if (output == Output::kTree)
@@ -142,15 +153,16 @@ int Run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
       const TqxScriptLocation at =
           e.line > 0 ? ToScriptLocation(statement, e.pos, e.line, e.col)
                      : TqxScriptLocation{statement.pos, statement.line, statement.col};
-      err << input.name << ':' << at.line << ':' << at.col << ": error: " << e.what();
+      errors += input.name + ':' + std::to_string(at.line) + ':' + std::to_string(at.col) +
+                ": error: " + e.what();
       if (e.line > 0)
-        err << " near \"" << e.tokenText << '"';
-      err << '\n';
+        errors += " near \"" + e.tokenText + '"';
+      errors += '\n';
       status = kExitRejected;
       continue;
     } catch (const EqxError& e) {
-      err << input.name << ':' << statement.line << ':' << statement.col << ": error: " << e.what()
-          << '\n';
+      errors += input.name + ':' + std::to_string(statement.line) + ':' +
+                std::to_string(statement.col) + ": error: " + e.what() + '\n';
       status = kExitRejected;
       continue;
     }
@@ -163,6 +175,7 @@ int Run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     if (text.empty() || text.back() != '\n')
       out << '\n';
   }
+  flushErrors(0);
   return status;
 }
 
