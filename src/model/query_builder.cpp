@@ -160,8 +160,7 @@ void RefreshFieldsLists(TastExtender& Node, TqxBaseMetadataProvider* Provider,
 
 }  // namespace
 
-void TqxBaseQueryBuilder::DoMetadataError(TqxDatasource* ADatasource,
-                                          const std::string& AMessage) {
+void TqxBaseQueryBuilder::DoMetadataError(TqxDatasource* ADatasource, const std::string& AMessage) {
   if (OnMetadataError && !IsDestroying())
     OnMetadataError(this, ADatasource, AMessage);
 }

@@ -75,7 +75,8 @@ TSQLExpressionItem* StripBrackets(TSQLExpressionItem* E) {
 
 // Whether a binary operator compares its operands (rather than computing a value).
 bool IsComparisonOperator(const std::string& Operator) {
-  static const char* const kComparisons[] = {"=", "<>", "!=", "<", ">", "<=", ">=", "^=", "!<", "!>"};
+  static const char* const kComparisons[] = {"=",  "<>", "!=", "<",  ">",
+                                             "<=", ">=", "^=", "!<", "!>"};
   return std::any_of(std::begin(kComparisons), std::end(kComparisons),
                      [&](const char* Known) { return Operator == Known; });
 }

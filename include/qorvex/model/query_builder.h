@@ -27,9 +27,8 @@ using TqxOnSQLError = std::function<void(TqxBaseQueryBuilder* Sender, const std:
                                          const std::string& AErrors)>;
 // A datasource whose columns the metadata provider could not give: AMessage is the
 // provider's error. The datasource stays in the model, showing only "*".
-using TqxOnMetadataError = std::function<void(TqxBaseQueryBuilder* Sender,
-                                              TqxDatasource* ADatasource,
-                                              const std::string& AMessage)>;
+using TqxOnMetadataError = std::function<void(
+    TqxBaseQueryBuilder* Sender, TqxDatasource* ADatasource, const std::string& AMessage)>;
 using TqxOnOnGetTabHeaderText =
     std::function<void(TqxBaseQueryBuilder* Sender, TqxSubQuery* AFor, std::string& ACaption)>;
 
