@@ -91,28 +91,6 @@ TEST_F(ModelMetadataErrorTest, UnknownTablesAndFunctionsLoadWithoutFields) {
   EXPECT_EQ(sources[1]->GetFields(), (std::vector<std::string>{"id", "name"}));
 }
 
-TEST_F(ModelMetadataErrorTest, EditingOnADatabaseThatLacksTheObject) {
-  std::unique_ptr<TqxBaseQueryBuilder> builder = Load("SELECT o.total FROM orders o", sqlite_);
-  EXPECT_TRUE(errors_.empty());
-  TqxUnionSubQuery* operand = builder->GetActiveUnionSubquery();
-  TqxDataSourceObject* archive = operand->AddObjectWithFK("archive", "a");
-  ASSERT_NE(archive, nullptr);
-  EXPECT_EQ(errors_,
-            (std::vector<std::string>{"a: Cannot prepare the statement: no such table: archive"}));
-  // The database is lost after loading: refreshing reports it and keeps the datasource.
-  errors_.clear();
-  const std::string lost = (dir_.Path() / "lost" / "shop.db").string();
-  connection_.SetFileName(lost);
-  TqxDatasource* orders = operand->GetDatasources().at(0);
-  orders->RefreshMetadata();
-  EXPECT_TRUE(orders->GetFields().empty());
-  EXPECT_EQ(errors_, (std::vector<std::string>{"o: Cannot open the SQLite database \"" + lost +
-                                               "\": unable to open database file"}));
-  EXPECT_EQ(operand->GetDatasources().size(), 2u);
-  EXPECT_EQ(builder->GetStatementCopy()->GetSimpleSQL(),
-            "SELECT o.total FROM orders o,  archive a");
-}
-
 TEST_F(ModelMetadataErrorTest, TheToolShowsTheErrorInTheSummary) {
   const std::string sql = "SELECT n.x FROM nosuch n";
   tooltest::ToolRun run =
