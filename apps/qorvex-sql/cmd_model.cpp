@@ -8,11 +8,14 @@
 // clause per line or, with --one-line, on one line, separated by a line holding ";".
 // With --summary the model follows the SQL as "--" comment lines: every query with its
 // operands, datasources with aliases and join kinds, links with their fields, join kinds
-// and cardinalities, and the select-list rows with all their columns.
+// and cardinalities, and the select-list rows with all their columns. A datasource whose
+// columns the database could not describe is followed by a "metadata error" line with
+// the provider's message; it loads all the same, with no fields.
 #include <memory>
 #include <ostream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "command.h"
@@ -156,9 +159,13 @@ std::string DatasourceName(const TqxDatasourceBase* DS) {
   return "(group)";
 }
 
+// The metadata provider's errors, by datasource, in the order they came.
+using MetadataErrors = std::vector<std::pair<const TqxDatasource*, std::string>>;
+
 class SummaryWriter {
  public:
-  SummaryWriter(std::ostream& Out, TqxBaseQueryBuilder& Builder) : Out_(Out), Builder_(Builder) {}
+  SummaryWriter(std::ostream& Out, TqxBaseQueryBuilder& Builder, const MetadataErrors& Errors)
+      : Out_(Out), Builder_(Builder), Errors_(Errors) {}
 
   void Write() {
     for (int i = 0; i < Builder_.GetSubQueriesCount(); ++i) {
@@ -204,6 +211,10 @@ class SummaryWriter {
         text += " alias " + Quote(leaf->GetAlias()) + " join " + Quote(JoinText(*ds));
         text += " fields " + std::to_string(leaf->GetFields().size());
         Line(Depth, text);
+        for (const auto& [source, message] : Errors_) {
+          if (source == leaf)
+            Line(Depth + 1, "metadata error " + Quote(message));
+        }
       } else if (const auto* group = dynamic_cast<const TqxDatasourceGroup*>(ds)) {
         Line(Depth, "datasource group join " + Quote(JoinText(*ds)));
         WriteDatasources(*group, Depth + 1);
@@ -257,6 +268,7 @@ class SummaryWriter {
 
   std::ostream& Out_;
   TqxBaseQueryBuilder& Builder_;
+  const MetadataErrors& Errors_;
 };
 
 int RunModel(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
@@ -271,6 +283,11 @@ int RunModel(const std::vector<std::string>& args, std::ostream& out, std::ostre
     std::string text;
     try {
       TqxBaseQueryBuilder builder;
+      MetadataErrors errors;
+      builder.OnMetadataError = [&errors](TqxBaseQueryBuilder*, TqxDatasource* ADatasource,
+                                          const std::string& AMessage) {
+        errors.emplace_back(ADatasource, AMessage);
+      };
       builder.SetSyntaxProvider(&syntax);
       builder.SetMetadataProvider(metadata.Provider.get());
       builder.SetSQL(std::string(statement.text));
@@ -284,7 +301,7 @@ int RunModel(const std::vector<std::string>& args, std::ostream& out, std::ostre
         text += '\n';
       if (o.summary) {
         std::ostringstream summary;
-        SummaryWriter(summary, builder).Write();
+        SummaryWriter(summary, builder, errors).Write();
         text += summary.str();
       }
     } catch (const EqxSQLError& e) {

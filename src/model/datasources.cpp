@@ -617,17 +617,28 @@ std::string TqxDatasource::GetQualifier() const {
   return Source_->GetSimpleExpression();
 }
 
+// A provider that cannot describe the source (an unknown object, a statement the
+// database rejects) leaves it without fields; its message goes to OnMetadataError.
 void TqxDatasource::RefreshMetadata() {
-  TqxBaseMetadataProvider* provider =
-      GetQueryBuilder() != nullptr ? GetQueryBuilder()->GetMetadataProvider() : nullptr;
+  TqxBaseQueryBuilder* builder = GetQueryBuilder();
+  TqxBaseMetadataProvider* provider = builder != nullptr ? builder->GetMetadataProvider() : nullptr;
+  std::string failure;
   if (Source_) {
-    if (provider != nullptr)
-      Source_->RefreshFieldsList(provider);
-    else
+    if (provider != nullptr) {
+      try {
+        Source_->RefreshFieldsList(provider);
+      } catch (const std::exception& error) {
+        Source_->Fields.clear();
+        failure = error.what();
+      }
+    } else {
       Source_->Fields.clear();
+    }
   }
   UpdateContolParams();
   RepaintControls();
+  if (!failure.empty())
+    builder->DoMetadataError(this, failure);
 }
 
 const std::vector<std::string>& TqxDatasource::GetFields() const {
@@ -737,13 +748,7 @@ void TqxDataSourceQuery::NotifySQLUpdated() {
   if (GetIsUpdating() || IsDestroying() || builder == nullptr || builder->IsSQLLoading() ||
       builder->GetMetadataProvider() == nullptr || GetFromSource() == nullptr)
     return;
-  try {
-    RefreshMetadata();
-  } catch (const std::exception&) {
-    // An unfinished sub-query (no columns yet, say) has no fields to show.
-    GetFromSource()->Fields.clear();
-    UpdateContolParams();
-  }
+  RefreshMetadata();
 }
 
 std::string TqxDataSourceQuery::GetCaption() const {
@@ -885,8 +890,20 @@ void TqxLink::CalcCardinality() {
            Relation.PKColumns.size() == 1 && model::UpperCase(Relation.PKColumns[0]) == PKColumn &&
            Relation.FKColumns.size() == 1 && model::UpperCase(Relation.FKColumns[0]) == FKColumn;
   };
+  // Relations the provider cannot give leave the cardinality unknown.
+  auto relationsOf = [&](TqxDatasourceBase* DS, const TSQLDatabaseObject& Object,
+                         TSQLMetadataRelations& Relations) {
+    try {
+      metadata->GetTableRelations(Object, Relations);
+      return true;
+    } catch (const std::exception& error) {
+      builder->DoMetadataError(As<TqxDatasource>(DS), error.what());
+      return false;
+    }
+  };
   TSQLMetadataRelations relations;
-  metadata->GetTableRelations(*left, relations);
+  if (!relationsOf(Left_, *left, relations))
+    return;
   for (const auto& relation : relations) {
     if (relation && matches(*relation, *right, leftField, rightField)) {
       LeftCardinality_ = qblcOne;
@@ -894,7 +911,8 @@ void TqxLink::CalcCardinality() {
       return;
     }
   }
-  metadata->GetTableRelations(*right, relations);
+  if (!relationsOf(Right_, *right, relations))
+    return;
   for (const auto& relation : relations) {
     if (relation && matches(*relation, *left, rightField, leftField)) {
       LeftCardinality_ = qblcMany;

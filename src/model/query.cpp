@@ -734,7 +734,13 @@ void TqxUnionSubQuery::AddFKLinksForObject(TqxDataSourceObject* DS) {
     return;
   const TSQLDatabaseObject& object = *DS->GetObjectName();
   TSQLMetadataRelations relations;
-  metadata->GetTableRelations(object, relations);
+  try {
+    metadata->GetTableRelations(object, relations);
+  } catch (const std::exception& error) {
+    // No foreign keys to follow; the datasource stays as it was added.
+    GetQueryBuilder()->DoMetadataError(DS, error.what());
+    return;
+  }
   TqxUpdateGuard guard(this);
   for (const auto& relation : relations) {
     if (!relation || !relation->PKTable || !relation->FKTable)

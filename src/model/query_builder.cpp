@@ -1,12 +1,14 @@
 #include "qorvex/model/query_builder.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "model/model_util.h"
 #include "qorvex/ast/expressions.h"
 #include "qorvex/ast/from.h"
 #include "qorvex/ast/metadata_provider.h"
 #include "qorvex/ast/query.h"
+#include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
 #include "qorvex/model/sql_builder.h"
 
@@ -129,13 +131,46 @@ std::unique_ptr<TSQLSelectStatement> EmptyStatement(TastSyntaxProvider* Provider
   statement->Add(std::move(select));
   return statement;
 }
+
+// The FROM sources whose fields the metadata provider could not give, with its message.
+using TqxFieldsFailures = std::unordered_map<const TSQLFromSource*, std::string>;
+
+// Asks the metadata provider for the fields of every FROM source in a tree, inner ones
+// first. A source the provider cannot describe (an unknown table, a function the
+// database lacks) keeps no fields, and the failure is noted: loading never depends on
+// the metadata.
+void RefreshFieldsLists(TastExtender& Node, TqxBaseMetadataProvider* Provider,
+                        TqxFieldsFailures& Failures) {
+  std::vector<TastExtender*> children;
+  Node.GetMyChildren(children);
+  for (TastExtender* child : children) {
+    if (child != nullptr)
+      RefreshFieldsLists(*child, Provider, Failures);
+  }
+  auto* source = dynamic_cast<TSQLFromSource*>(&Node);
+  if (source == nullptr || dynamic_cast<TSQLFromItem*>(source) != nullptr)
+    return;
+  try {
+    source->RefreshFieldsList(Provider);
+  } catch (const std::exception& error) {
+    source->Fields.clear();
+    Failures.emplace(source, error.what());
+  }
+}
+
 }  // namespace
+
+void TqxBaseQueryBuilder::DoMetadataError(TqxDatasource* ADatasource, const std::string& AMessage) {
+  if (OnMetadataError && !IsDestroying())
+    OnMetadataError(this, ADatasource, AMessage);
+}
 
 void TqxBaseQueryBuilder::SetSQLMsg() {
   if (SyntaxProvider_ == nullptr || MetadataProvider_ == nullptr)
     throw EqxError("No syntax provider!");
   const std::string text = PendingSQL_;
   std::unique_ptr<TSQLSelectStatement> tree;
+  TqxFieldsFailures failures;
   try {
     if (!model::Trim(text).empty()) {
       tree = SyntaxProvider_->ParseSelect(text);
@@ -147,7 +182,7 @@ void TqxBaseQueryBuilder::SetSQLMsg() {
     // names, which need the fields to find their source, are bound.
     std::vector<TSQLFromSource*> sources;
     tree->FixupObjects(sources);
-    tree->RefreshFieldsListRecursive(MetadataProvider_);
+    RefreshFieldsLists(*tree, MetadataProvider_, failures);
     tree->FixupObjects(sources);
   } catch (const std::exception& error) {
     tree.reset();
@@ -179,6 +214,23 @@ void TqxBaseQueryBuilder::SetSQLMsg() {
     throw;
   }
   EndUpdate();
+  // Each datasource whose fields are unknown is reported once the model stands.
+  if (failures.empty())
+    return;
+  std::vector<std::pair<TqxDatasource*, std::string>> reports;
+  for (TqxSubQuery* query : SubQueries_) {
+    std::vector<TqxUnionSubQuery*> operands;
+    query->GetUnionGroup()->GetOperands(operands);
+    for (TqxUnionSubQuery* operand : operands) {
+      for (TqxDatasource* ds : operand->GetDatasources()) {
+        const auto failure = failures.find(ds->GetFromSource());
+        if (failure != failures.end())
+          reports.emplace_back(ds, failure->second);
+      }
+    }
+  }
+  for (const auto& [ds, message] : reports)
+    DoMetadataError(ds, message);
 }
 
 std::unique_ptr<TSQLSelectStatement> TqxBaseQueryBuilder::GetStatementCopy() const {

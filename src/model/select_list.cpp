@@ -46,11 +46,57 @@ bool IsBooleanCell(const std::string& Text, bool& Value) {
   return false;
 }
 
-// "X=True" and "X=False" with a logical X are written as X and Not X.
+// The cell "=True" or "=False": a comparison whose left operand is the row's expression.
+std::unique_ptr<TSQLExpressionItem> MakeBooleanCell(TastSyntaxProvider* Provider, bool Value) {
+  auto comparison = NewNode<TSQLExpressionOperatorBinary>(Provider);
+  comparison->SetOperator(NewNode<TSQLOperator>(Provider, std::string("=")));
+  comparison->SetRight(NewNode<TSQLExpressionConstant>(Provider, TSQLConstantValue(Value)));
+  return comparison;
+}
+
+std::unique_ptr<TSQLExpressionItem> InBrackets(std::unique_ptr<TSQLExpressionItem> E) {
+  auto brackets = NewNode<TSQLExpressionBrackets>(E->GetSyntaxProvider());
+  brackets->SetInner(std::move(E));
+  return brackets;
+}
+
+bool IsCollection(const TSQLExpressionItem* E) {
+  return As<const TSQLExpressionLogicalCollection>(E) != nullptr;
+}
+
+TSQLExpressionItem* StripBrackets(TSQLExpressionItem* E) {
+  while (auto* brackets = As<TSQLExpressionBrackets>(E)) {
+    if (brackets->GetInner() == nullptr)
+      break;
+    E = brackets->GetInner();
+  }
+  return E;
+}
+
+// Whether a binary operator compares its operands (rather than computing a value).
+bool IsComparisonOperator(const std::string& Operator) {
+  static const char* const kComparisons[] = {"=",  "<>", "!=", "<",  ">",
+                                             "<=", ">=", "^=", "!<", "!>"};
+  return std::any_of(std::begin(kComparisons), std::end(kComparisons),
+                     [&](const char* Known) { return Operator == Known; });
+}
+
+// Whether an expression is a condition: a predicate, NOT, AND/OR, or a comparison
+// (plain or quantified), in any brackets.
+bool IsCondition(const TSQLExpressionItem* E) {
+  E = StripBrackets(const_cast<TSQLExpressionItem*>(E));
+  if (E == nullptr)
+    return false;
+  if (E->IsLogical() || As<const TSQLExpressionCompWithSet>(E) != nullptr)
+    return true;
+  const auto* binary = As<const TSQLExpressionOperatorBinary>(E);
+  return binary != nullptr && IsComparisonOperator(binary->GetOperatorText());
+}
+
+// "X=True" and "X=False" with a condition X are written as X and Not X.
 std::unique_ptr<TSQLExpressionItem> FixBooleanComparison(std::unique_ptr<TSQLExpressionItem> E) {
   auto* binary = As<TSQLExpressionOperatorBinary>(E.get());
-  if (binary == nullptr || binary->GetOperatorText() != "=" || binary->GetInner() == nullptr ||
-      !binary->GetInner()->IsLogical())
+  if (binary == nullptr || binary->GetOperatorText() != "=" || !IsCondition(binary->GetInner()))
     return E;
   const auto* constant = As<const TSQLExpressionConstant>(binary->GetRight());
   if (constant == nullptr || !std::holds_alternative<bool>(constant->Value))
@@ -60,14 +106,75 @@ std::unique_ptr<TSQLExpressionItem> FixBooleanComparison(std::unique_ptr<TSQLExp
   if (value)
     return inner;
   TastSyntaxProvider* provider = inner->GetSyntaxProvider();
-  if (As<TSQLExpressionLogicalCollection>(inner.get()) != nullptr) {
-    auto brackets = NewNode<TSQLExpressionBrackets>(provider);
-    brackets->SetInner(std::move(inner));
-    inner = std::move(brackets);
-  }
+  if (IsCollection(inner.get()))
+    inner = InBrackets(std::move(inner));
   auto negation = NewNode<TSQLExpressionNot>(provider);
   negation->SetInner(std::move(inner));
   return negation;
+}
+
+// FixBooleanComparison on every comparison of a cell, through brackets, NOT, AND and OR
+// (a cell may hold "=True" twice when a condition was given twice). An AND or OR that
+// comes out under a NOT is bracketed.
+std::unique_ptr<TSQLExpressionItem> FixBooleanCells(std::unique_ptr<TSQLExpressionItem> E) {
+  if (!E)
+    return E;
+  if (auto* collection = As<TSQLExpressionLogicalCollection>(E.get())) {
+    for (int i = 0; i < collection->Count(); ++i)
+      collection->Insert(i, FixBooleanCells(collection->Extract(i)));
+    return E;
+  }
+  if (As<TSQLExpressionBrackets>(E.get()) != nullptr || As<TSQLExpressionNot>(E.get()) != nullptr) {
+    auto* holder = static_cast<TSQLExpressionExpressionItem*>(E.get());
+    if (holder->GetInner() != nullptr) {
+      std::unique_ptr<TSQLExpressionItem> inner = FixBooleanCells(holder->ExtractInner());
+      if (As<TSQLExpressionNot>(E.get()) != nullptr && IsCollection(inner.get()))
+        inner = InBrackets(std::move(inner));
+      holder->SetInner(std::move(inner));
+    }
+    return E;
+  }
+  return FixBooleanComparison(std::move(E));
+}
+
+// Takes a node out of the brackets around it.
+std::unique_ptr<TSQLExpressionItem> WithoutBrackets(std::unique_ptr<TSQLExpressionItem> E) {
+  while (auto* brackets = As<TSQLExpressionBrackets>(E.get())) {
+    if (brackets->GetInner() == nullptr)
+      break;
+    E = brackets->ExtractInner();
+  }
+  return E;
+}
+
+// The expression that a criteria cell made of Term is about: the left operand shared by
+// every predicate in it (through brackets, NOT, AND and OR). Null when Term cannot be a
+// cell (EXISTS, OVERLAPS, a value, predicates about different expressions): such a term
+// stays a whole condition.
+const TSQLExpressionItem* CellSubject(const TSQLExpressionItem* Term) {
+  Term = StripBrackets(const_cast<TSQLExpressionItem*>(Term));
+  if (Term == nullptr)
+    return nullptr;
+  if (const auto* quantified = As<const TSQLExpressionCompWithSet>(Term))
+    return quantified->GetComparedOperand();
+  if (const auto* binary = As<const TSQLExpressionOperatorBinary>(Term))
+    return IsComparisonOperator(binary->GetOperatorText()) ? binary->GetInner() : nullptr;
+  if (As<const TSQLExpressionLogicalOperation>(Term) != nullptr ||
+      As<const TSQLExpressionBetween>(Term) != nullptr)
+    return static_cast<const TSQLExpressionOperation*>(Term)->GetInner();
+  if (const auto* negation = As<const TSQLExpressionNot>(Term))
+    return CellSubject(negation->GetInner());
+  if (const auto* collection = As<const TSQLExpressionLogicalCollection>(Term)) {
+    const TSQLExpressionItem* subject = nullptr;
+    for (int i = 0; i < collection->Count(); ++i) {
+      const TSQLExpressionItem* own = CellSubject(collection->GetItems(i));
+      if (own == nullptr || (subject != nullptr && !model::SameExpressionText(own, subject)))
+        return nullptr;
+      subject = own;
+    }
+    return subject;
+  }
+  return nullptr;
 }
 
 // Joins conditions by a new AND or OR; one condition stands alone, none gives null.
@@ -525,7 +632,7 @@ std::unique_ptr<TSQLExpressionItem> TqxSelectItem::GetFullCondition(int Index) c
   std::unique_ptr<TSQLExpressionItem> copy = CloneNode(*condition);
   if (const TSQLExpressionItem* expression = GetExpressionItem())
     copy->RestoreLExpression(expression);
-  return FixBooleanComparison(std::move(copy));
+  return FixBooleanCells(std::move(copy));
 }
 
 void TqxSelectItem::SetConditionNode(int Index, std::unique_ptr<TSQLExpressionItem> Condition) {
@@ -569,11 +676,7 @@ void TqxSelectItem::SetCondition(int Index, const std::string& Text) {
   std::unique_ptr<TSQLExpressionItem> condition;
   bool value = false;
   if (IsBooleanCell(text, value)) {
-    TastSyntaxProvider* ast = provider->GetASTSyntaxProvider();
-    auto comparison = NewNode<TSQLExpressionOperatorBinary>(ast);
-    comparison->SetOperator(NewNode<TSQLOperator>(ast, std::string("=")));
-    comparison->SetRight(NewNode<TSQLExpressionConstant>(ast, TSQLConstantValue(value)));
-    condition = std::move(comparison);
+    condition = MakeBooleanCell(provider->GetASTSyntaxProvider(), value);
   } else {
     try {
       condition = provider->ParseLogicalExpression(text);
@@ -586,6 +689,19 @@ void TqxSelectItem::SetCondition(int Index, const std::string& Text) {
         throw;
     }
     BindNames(*condition);
+  }
+  // The cell with the row's expression must read back as a condition; one that would not
+  // (an operator the expression cannot take) is refused and the cell keeps its value.
+  {
+    std::unique_ptr<TSQLExpressionItem> full = CloneNode(*condition);
+    full->RemoveLExpression(GetExpressionItem());
+    full->RestoreLExpression(GetExpressionItem());
+    const std::string written = FixBooleanCells(std::move(full))->GetSimpleSQL();
+    try {
+      provider->ParseLogicalExpression(written);
+    } catch (const EqxSQLError&) {
+      throw EqxError("Criteria \"" + text + "\" make no valid condition: " + written);
+    }
   }
   TqxUpdateGuard guard(this);
   SetConditionNode(Index, std::move(condition));
@@ -1151,7 +1267,7 @@ TqxSelectItem* TqxSelectList::FindOrAddSelectItem(const TSQLExpressionItem* Expr
   for (const auto& item : Items_) {
     if (item->IsEmpty() || !Types.Contains(item->GetGroupByType()))
       continue;
-    if (model::SameNodeText(item->GetExpression(), Expr)) {
+    if (model::SameExpressionText(item->GetExpression(), Expr)) {
       if (item->GetGroupByType() == gtExpression)
         item->GroupByType_ = NewType;
       return item.get();
@@ -1192,18 +1308,26 @@ void TqxSelectList::LoadConditionFromAST(std::unique_ptr<TSQLExpressionItem> Con
     for (auto& term : terms) {
       if (!term)
         continue;
-      TSQLExpressionItem* expression = nullptr;
-      std::unique_ptr<TSQLExpressionItem> created;
-      term->FindExpressionItem(expression, created);
-      std::unique_ptr<TSQLExpressionItem> condition =
-          created ? std::move(created) : std::move(term);
-      if (expression == nullptr) {
-        // A condition without a left operand stands for itself, compared with true.
-        std::unique_ptr<TSQLExpressionItem> wrapped;
-        condition->TSQLExpressionItem::FindExpressionItem(expression, wrapped);
-        condition = std::move(wrapped);
+      std::unique_ptr<TSQLExpressionItem> expression;
+      std::unique_ptr<TSQLExpressionItem> condition;
+      if (const TSQLExpressionItem* subject = CellSubject(term.get())) {
+        // A cell: the row of the shared left operand, the rest of the term in the cell.
+        expression = CloneNode(*subject);
+        condition = std::move(term);
+      } else {
+        // A whole condition: the row's expression is the predicate itself and the cell
+        // says "=True", or "=False" for a negated predicate.
+        std::unique_ptr<TSQLExpressionItem> predicate = WithoutBrackets(std::move(term));
+        bool value = true;
+        if (auto* negation = As<TSQLExpressionNot>(predicate.get());
+            negation != nullptr && negation->GetInner() != nullptr) {
+          predicate = WithoutBrackets(negation->ExtractInner());
+          value = false;
+        }
+        condition = MakeBooleanCell(predicate->GetSyntaxProvider(), value);
+        expression = std::move(predicate);
       }
-      TqxSelectItem* row = FindOrAddSelectItem(expression, Types, NewType);
+      TqxSelectItem* row = FindOrAddSelectItem(expression.get(), Types, NewType);
       if (row == nullptr)
         continue;
       const int index = static_cast<int>(column);

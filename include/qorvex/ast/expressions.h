@@ -542,6 +542,14 @@ class TSQLExpressionCompWithSet : public TSQLExpressionOperator {
   static constexpr std::uint8_t cqAny = 2;
   std::uint8_t Quantifier = cqAll;
 
+  // The left operand is the operand of the inner operator node; the operations of the
+  // criteria grid act on it there.
+  const TSQLExpressionItem* GetComparedOperand() const;
+  void RemoveLExpression(const TSQLExpressionItem* Expr) override;
+  void RestoreLExpression(const TSQLExpressionItem* Expr) override;
+  TSQLExpressionItem* FindExpressionItem(
+      TSQLExpressionItem*& Expr, std::unique_ptr<TSQLExpressionItem>& NewCondition) override;
+
   void Assign(const TastExtender& Source) override;
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
   std::string DumpDetails() const override;

@@ -195,3 +195,35 @@ SELECT c.id, c.name FROM customers c ORDER BY c.credit DESC, c.segment, c.id
 SELECT 7, c.id FROM customers c ORDER BY 1, 2 DESC
 SELECT c.id AS k, c.name FROM customers c WHERE c.id < 5 UNION SELECT e.id, e.name FROM employees e WHERE e.id < 5 ORDER BY 2 DESC, k
 SELECT c.id AS k, c.name AS k FROM customers c WHERE c.id < 5 UNION SELECT e.id, e.name FROM employees e WHERE e.id < 5 ORDER BY 2, 1
+
+-- Condition forms: a term about one expression becomes a criteria cell of its row; EXISTS,
+-- a negated predicate, an OR about several expressions inside an AND, and the like stay
+-- whole conditions. WHERE and HAVING alike; texts differing only in the case of a quoted
+-- value are different rows.
+SELECT c.id FROM customers c WHERE c.id < 30 AND (EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id AND o.status = 'open') OR EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id AND o.status = 'closed'))
+SELECT c.id FROM customers c WHERE NOT EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id) AND c.id > 3
+SELECT c.id FROM customers c WHERE NOT (NOT EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id))
+SELECT c.id FROM customers c WHERE EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id) AND EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id)
+SELECT c.id FROM customers c WHERE c.id IN (SELECT o.customer_id FROM orders o) AND c.credit > 100 OR c.id IN (1, 2, 3)
+SELECT c.id FROM customers c WHERE NOT c.id IN (SELECT o.customer_id FROM orders o WHERE o.customer_id IS NOT NULL)
+SELECT c.id FROM customers c WHERE c.id NOT IN (1, 2, 3) AND c.credit NOT BETWEEN 10 AND 1000
+SELECT c.id FROM customers c WHERE c.name LIKE 'B!%%' ESCAPE '!' OR c.name NOT LIKE '%1%'
+SELECT c.id FROM customers c WHERE c.credit IS NULL OR c.segment IS NOT NULL AND c.id > 40
+SELECT c.id FROM customers c WHERE NOT (c.id > 5 AND (c.credit < 100 OR c.segment = 'retail'))
+SELECT c.id FROM customers c WHERE NOT (c.id = 3)
+SELECT c.id FROM customers c WHERE c.id = 1 OR NOT (c.id > 3 OR c.credit IS NULL)
+SELECT c.id FROM customers c WHERE (c.id < 10 OR c.credit > 3000) AND (c.segment = 'retail' OR c.country_id = 2)
+SELECT c.id FROM customers c WHERE (c.id < 10 OR c.id > 50) AND (c.credit > 3000 OR c.id = 55)
+SELECT c.id FROM customers c WHERE (c.id = 1 OR c.id = 2) AND (c.id = 2 OR c.id = 3)
+SELECT c.id FROM customers c WHERE c.id < 10 AND (c.credit > 100 OR c.credit IS NULL) OR c.id > 55 AND (c.segment = 'retail' OR EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id))
+SELECT c.id FROM customers c WHERE 1 = 0
+SELECT c.id FROM customers c WHERE 1 = 1 AND c.id < 5
+SELECT c.id FROM customers c WHERE c.credit > c.id * 10 AND c.country_id = c.id
+SELECT c.id FROM customers c WHERE (SELECT count(*) FROM orders o WHERE o.customer_id = c.id) > 3 AND c.id < 40
+SELECT c.id FROM customers c WHERE CASE WHEN c.credit > 1000 THEN 1 ELSE 0 END = 1 AND c.id + 1 > 50 AND c.id + 1 < 60
+SELECT c.id FROM customers c WHERE c.id = 1 AND c.id = 1
+SELECT c.id FROM customers c WHERE 'retail' = c.segment OR 'Retail' = c.segment
+SELECT c.segment, count(*) FROM customers c GROUP BY c.segment HAVING count(*) > 2 AND (sum(c.credit) > 1000 OR EXISTS (SELECT 1 FROM orders o WHERE o.status = 'open'))
+SELECT c.segment, count(*) FROM customers c GROUP BY c.segment HAVING NOT EXISTS (SELECT 1 FROM orders o WHERE o.status = 'xx') AND count(*) > 1
+SELECT c.segment, count(*) FROM customers c GROUP BY c.segment HAVING (count(*) > 2 OR c.segment = 'retail') AND max(c.credit) > 10
+SELECT c.segment, count(*) FROM customers c WHERE c.id > 3 GROUP BY c.segment HAVING c.segment > 'a' AND (count(*) > 1 OR c.segment < 'r')
