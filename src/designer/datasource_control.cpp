@@ -178,9 +178,7 @@ void TqxQueryBuilderDataSourceControl::UpdateContent() {
 void TqxQueryBuilderDataSourceControl::MakeVisible() {
   if (WorkArea_ == nullptr)
     return;
-  if (auto* page = qobject_cast<TqxUnionSubQueryTabSheet*>(
-          WorkArea_->parentWidget() ? WorkArea_->parentWidget()->parentWidget() : nullptr))
-    page->MakeVisible();
+  WorkArea_->GetPage()->MakeVisible();
   WorkArea_->ensureWidgetVisible(this, 0, 0);
 }
 
@@ -588,7 +586,7 @@ void TqxQueryBuilderDatasourceFieldsList::mouseMoveEvent(QMouseEvent* Event) {
     return;
   Dragging_ = true;
   DragRow_ = row;
-  grabMouse();
+  // The press gave this list the mouse until the release: no grab is needed.
   UpdateDragCursor(Event->globalPosition().toPoint());
 }
 
@@ -600,8 +598,6 @@ void TqxQueryBuilderDatasourceFieldsList::UpdateDragCursor(const QPoint& GlobalP
 }
 
 void TqxQueryBuilderDatasourceFieldsList::CancelDrag() {
-  if (Dragging_)
-    releaseMouse();
   Dragging_ = false;
   DragRow_ = -1;
   unsetCursor();

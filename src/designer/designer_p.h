@@ -152,6 +152,7 @@ class TqxQueryBuilderWorkArea : public QScrollArea {
   ~TqxQueryBuilderWorkArea() override;
 
   TqxQueryBuilder* GetBuilder() const { return Builder_; }
+  TqxUnionSubQueryTabSheet* GetPage() const { return Page_; }
   TqxUnionSubQuery* GetOperand() const;
   // The widget the boxes live on (diagram coordinates).
   QWidget* Canvas() const { return widget(); }
