@@ -4,9 +4,12 @@
 // implements TqxControlWidget; the model owns a TqxWidgetControl that refers to it.
 
 #include <QFrame>
+#include <QHash>
 #include <QListWidget>
 #include <QPointer>
 #include <QScrollArea>
+#include <QStaticText>
+#include <QStyledItemDelegate>
 #include <QTabWidget>
 #include <QWidget>
 #include <climits>
@@ -259,8 +262,12 @@ class TqxQueryBuilderDataSourceControl : public TqxWorkAreaControl, public TqxCo
   enum Edge { None = 0, Left = 1, Right = 2, Top = 4, Bottom = 8, Move = 16 };
   int HitTest(const QPoint& Pos) const;
   void GeometryChanged();
+  // The caption bar drawn once and kept until its size, text or state changes.
+  const QPixmap& CaptionImage();
 
   TqxQueryBuilderWorkArea* WorkArea_;
+  QPixmap CaptionImage_;
+  bool CaptionImageValid_ = false;
   TqxDatasource* Datasource_;
   TqxQueryBuilderDatasourceFieldsList* List_;
   QString Caption_;
@@ -270,6 +277,25 @@ class TqxQueryBuilderDataSourceControl : public TqxWorkAreaControl, public TqxCo
   QPoint PressGlobal_;
   QRect PressGeometry_;
   bool ClosePressed_ = false;
+};
+
+// Draws and hit-tests the rows of a field list itself: a check box and the name. Cheaper
+// than the style's item drawing, which matters on diagrams of hundreds of boxes.
+class TqxFieldRowDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+  // The check box within a row's rectangle.
+  static QRect CheckBoxRect(const QRect& Row);
+  void paint(QPainter* Painter, const QStyleOptionViewItem& Option,
+             const QModelIndex& Index) const override;
+  QSize sizeHint(const QStyleOptionViewItem& Option, const QModelIndex& Index) const override;
+  bool editorEvent(QEvent* Event, QAbstractItemModel* Model, const QStyleOptionViewItem& Option,
+                   const QModelIndex& Index) override;
+
+ private:
+  // Laid-out names, kept while the font stays the same.
+  mutable QHash<QString, QStaticText> Texts_;
+  mutable QFont TextsFont_;
 };
 
 // The check list of a box: row 0 "*", then the fields in metadata order.
