@@ -252,10 +252,8 @@ int TqxQueryBuilderDataSourceControl::HitTest(const QPoint& Pos) const {
     edges |= Top;
   else if (Pos.y() >= height() - grip)
     edges |= Bottom;
-  if (edges != None) {
-    // Corners take a wider grip along the caption so they are easy to catch.
+  if (edges != None)
     return edges;
-  }
   if (CaptionRect().contains(Pos))
     return Move;
   return None;

@@ -177,10 +177,6 @@ class TqxQueryBuilderWorkArea : public QScrollArea {
   // Detaches from the model before the page goes.
   void Release();
 
- protected:
-  bool eventFilter(QObject* Watched, QEvent* Event) override;
-  void resizeEvent(QResizeEvent* Event) override;
-
  private:
   void FocusChanged(QWidget* Old, QWidget* Now);
   TqxQueryBuilder* Builder_;

@@ -153,7 +153,6 @@ TqxQueryBuilderWorkArea::TqxQueryBuilderWorkArea(TqxQueryBuilder* Builder,
   setWidgetResizable(true);
   setBackgroundRole(QPalette::Mid);
   setWidget(new TqxWorkAreaCanvas(this));
-  Canvas()->installEventFilter(this);
   connect(qApp, &QApplication::focusChanged, this, &TqxQueryBuilderWorkArea::FocusChanged);
 }
 
@@ -264,14 +263,6 @@ void TqxQueryBuilderWorkArea::UpdateCanvasSize() {
   const QSize needed(std::max(0, bounds.right() + 20), std::max(0, bounds.bottom() + 20));
   if (Canvas()->minimumSize() != needed)
     Canvas()->setMinimumSize(needed);
-}
-
-void TqxQueryBuilderWorkArea::resizeEvent(QResizeEvent* Event) {
-  QScrollArea::resizeEvent(Event);
-}
-
-bool TqxQueryBuilderWorkArea::eventFilter(QObject* Watched, QEvent* Event) {
-  return QScrollArea::eventFilter(Watched, Event);
 }
 
 void TqxQueryBuilderWorkArea::PaintBackground(QPainter& Painter, const QRect& Rect) const {

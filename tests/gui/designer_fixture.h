@@ -44,6 +44,9 @@ class DesignerTest : public ::testing::Test {
     Builder = std::make_unique<TqxQueryBuilder>();
     Builder->SetSyntaxProvider(&Syntax);
     Builder->SetMetadataProvider(&Metadata);
+    // A failed edit is recorded instead of shown in a message box.
+    QObject::connect(Builder.get(), &TqxQueryBuilder::errorOccurred,
+                     [this](const QString& Message) { Errors.push_back(Message.toStdString()); });
     Builder->resize(900, 640);
     Builder->show();
     QApplication::processEvents();
@@ -149,6 +152,7 @@ class DesignerTest : public ::testing::Test {
   }
 
   std::map<std::string, std::vector<std::string>> Tables;
+  std::vector<std::string> Errors;
   TqxSQL92SyntaxProvider Syntax;
   TqxEventMetadataProvider Metadata;
   std::unique_ptr<TqxQueryBuilder> Builder;
