@@ -88,17 +88,21 @@ void TqxDesignerWindow::SqlError(const QString& Sql, const QString& Errors) {
   // The message has no place in it: the parse is repeated for the line and column.
   int line = 0;
   int column = 0;
+  QString near;
   if (Syntax_ != nullptr) {
     try {
       Syntax_->ParseSelect(Sql.toStdString());
     } catch (const EqxSQLError& error) {
       line = error.line;
       column = error.col;
+      if (!error.tokenText.empty())
+        near = QStringLiteral(" near \"%1\"").arg(QString::fromStdString(error.tokenText));
     } catch (const std::exception&) {
     }
   }
   if (line > 0) {
-    Status_->setText(QStringLiteral("%1 (line %2, column %3)").arg(Errors).arg(line).arg(column));
+    Status_->setText(
+        QStringLiteral("%1%2 (line %3, column %4)").arg(Errors, near).arg(line).arg(column));
     MarkError(line, column);
   } else {
     Status_->setText(Errors);
