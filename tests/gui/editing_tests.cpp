@@ -275,6 +275,13 @@ TEST_F(Editing, TheBackgroundShowsTheChosenPattern) {
       << "the image sits at the origin";
   Builder->SetBkImagePos(bkipTile);
   EXPECT_EQ(canvas->grab().toImage().pixel(300, 300), qRgb(10, 120, 200));
+
+  // TableColor is the ground of the field lists.
+  Builder->setTableColor(QColor(250, 250, 200));
+  Box* box = Boxes().front();
+  auto* list = box->GetFieldsList();
+  const QPoint inList = list->geometry().topLeft() + QPoint(list->width() - 3, 3);
+  EXPECT_EQ(box->grab().toImage().pixel(inList), qRgb(250, 250, 200));
 }
 
 }  // namespace
