@@ -1,5 +1,6 @@
 #include "main_window.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -55,6 +56,12 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
   connect(Builder_, &TqxQueryBuilder::sqlChanged, this, &TqxDesignerWindow::SqlChanged);
   connect(Builder_, &TqxQueryBuilder::sqlError, this, &TqxDesignerWindow::SqlError);
   connect(Builder_, &TqxQueryBuilder::sqlLoaded, this, [this] { LoadingFromPane_ = false; });
+  // Typed text not yet applied goes to the diagram before the diagram is edited, so that
+  // neither the text nor the edit is lost.
+  connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* Now) {
+    if (Pause_->isActive() && Now != nullptr && (Now == Builder_ || Builder_->isAncestorOf(Now)))
+      ApplyText();
+  });
   connect(Builder_, &TqxQueryBuilder::errorOccurred, this,
           [this](const QString& Message) { Status_->setText(Message); });
 }
