@@ -62,6 +62,7 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
     if (Pause_->isActive() && Now != nullptr && (Now == Builder_ || Builder_->isAncestorOf(Now)))
       ApplyText();
   });
+  connect(Builder_, &TqxQueryBuilder::metadataError, this, &TqxDesignerWindow::ShowMetadataError);
   connect(Builder_, &TqxQueryBuilder::errorOccurred, this,
           [this](const QString& Message) { Status_->setText(Message); });
 }

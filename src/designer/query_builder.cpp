@@ -286,6 +286,13 @@ bool TqxQueryBuilder::event(QEvent* Event) {
   return true;
 }
 
+void TqxQueryBuilder::DoMetadataError(TqxDatasource* ADatasource, const std::string& AMessage) {
+  TqxBaseQueryBuilder::DoMetadataError(ADatasource, AMessage);
+  if (!IsDestroying())
+    emit metadataError(ADatasource != nullptr ? FromStd(ADatasource->GetCaption()) : QString(),
+                       FromStd(AMessage));
+}
+
 void TqxQueryBuilder::DoLayoutChanged() {
   for (TqxUnionSubQueryTabSheet* page : findChildren<TqxUnionSubQueryTabSheet*>())
     page->UpdateLayout();

@@ -75,6 +75,9 @@ class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
   void sqlError(const QString& Sql, const QString& Errors);
   // A load message was handled (whether or not the statement changed).
   void sqlLoaded();
+  // The metadata provider could not give the columns of a datasource (Caption is the
+  // datasource's display text); its box shows the "*" row only.
+  void metadataError(const QString& Caption, const QString& Message);
   // An edit on screen failed in the model; without a receiver a message box shows it.
   void errorOccurred(const QString& Message);
 
@@ -83,6 +86,7 @@ class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
   void PostLoadSQLMessage() override;
   void DoLayoutChanged() override;
   void DoRepaintBackground() override;
+  void DoMetadataError(TqxDatasource* ADatasource, const std::string& AMessage) override;
 
  private:
   friend class TqxQueryBuilderPrivate;

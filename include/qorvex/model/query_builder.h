@@ -149,8 +149,9 @@ class TqxBaseQueryBuilder : public TqxComponent, public TqxSyntaxProviderClient 
   void SetAddObjectFormOptions(const TqxAddObjectFormOptions& Value);
 
   // Passes a metadata provider's error about a datasource to OnMetadataError; without a
-  // handler it is dropped (the datasource simply shows no columns).
-  void DoMetadataError(TqxDatasource* ADatasource, const std::string& AMessage);
+  // handler it is dropped (the datasource simply shows no columns). A toolkit's builder
+  // extends it to tell its own listeners as well.
+  virtual void DoMetadataError(TqxDatasource* ADatasource, const std::string& AMessage);
 
   // ---- events
   TqxOnSQLError OnSQLError;
