@@ -35,6 +35,7 @@ class SQL92Scanner : public TqxBaseScanner {
   // ("EOF", in the place of the ";"). Statements without tokens are passed over; false
   // when none is left (the scanner then holds no tokens). The tokens are those of the
   // statement scanned as a text of its own, with their places in the whole script.
+  // BeginStatements also turns statement-wise scanning on (SetStatementWise).
   void BeginStatements(std::string_view script);
   bool ScanStatement();
   // Makes Init and ScanInBatches scan each statement as a text of its own (see
