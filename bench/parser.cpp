@@ -148,6 +148,53 @@ void BM_OneMegabyteFile(benchmark::State& state) {
 }
 BENCHMARK(BM_OneMegabyteFile)->Unit(benchmark::kMillisecond);
 
+// A script of about 1 MB read statement by statement, as `qorvex-sql check` does: split
+// and each statement scanned again for its parse, or scanned once with each statement's
+// tokens parsed as they come.
+const std::string& OneMegabyteScript() {
+  static const std::string text = [] {
+    std::string script;
+    while (script.size() < (1u << 20)) {
+      for (const std::string& s : kTypical)
+        script += s + ";\n";
+      for (const std::string& s : Tpch())
+        script += s + ";\n";
+    }
+    return script;
+  }();
+  return text;
+}
+
+void BM_ScriptSplitThenParse(benchmark::State& state) {
+  TastSQL92SyntaxProvider provider;
+  const std::string& script = OneMegabyteScript();
+  for (auto _ : state) {
+    std::string text;
+    for (const qorvex::TqxStatementText& statement : qorvex::SplitStatements(script)) {
+      text.assign(statement.text);
+      auto tree = provider.ParseSelect(text);
+      benchmark::DoNotOptimize(tree.get());
+    }
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(script.size()));
+}
+BENCHMARK(BM_ScriptSplitThenParse)->Unit(benchmark::kMillisecond);
+
+void BM_ScriptScannedOnce(benchmark::State& state) {
+  TastSQL92SyntaxProvider provider;
+  const std::string& script = OneMegabyteScript();
+  for (auto _ : state) {
+    qorvex::SQL92Scanner scanner;
+    scanner.BeginStatements(script);
+    while (scanner.ScanStatement()) {
+      auto tree = provider.ParseSelect(scanner);
+      benchmark::DoNotOptimize(tree.get());
+    }
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(script.size()));
+}
+BENCHMARK(BM_ScriptScannedOnce)->Unit(benchmark::kMillisecond);
+
 // A join of n tables, each joined on a condition over the one before.
 std::string JoinOf(int tables) {
   std::string sql = "select * from t0";

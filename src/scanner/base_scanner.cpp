@@ -47,27 +47,48 @@ TqxChunkPool& ChunkPool() {
 
 }  // namespace
 
-void TqxBaseScanner::Init(std::string_view text) {
-  // The text is read in place: Init does not return before it is done with it.
+void TqxBaseScanner::StartText(std::string_view text) {
   buffer_.Attach(text);
-  struct Detach {
-    TqxBuffer& buffer;
-    ~Detach() { buffer.Clear(); }
-  } detach{buffer_};
   pos_ = -1;
   utf8Tails_ = 0;
   line_ = 1;
   lineStart_ = 0;
   pendingEols_ = 0;
+  stepBase_ = 0;
+  statementStart_ = statementWise_;
   NextCh();
   ignore_.Clear();
   ignore_.Include(' ');
   InitInternal();
+}
+
+void TqxBaseScanner::Init(std::string_view text) {
+  // The text is read in place: Init does not return before it is done with it.
+  struct Detach {
+    TqxBuffer& buffer;
+    ~Detach() { buffer.Clear(); }
+  } detach{buffer_};
+  StartText(text);
   ScanTokens();
   if (count_ > 0 && sink_ == nullptr) {
     const std::int32_t last = count_ - 1;  // the end token
     chunks_[static_cast<std::size_t>(last) >> kChunkShift][last & (kChunkSize - 1)].val = "EOF";
   }
+}
+
+void TqxBaseScanner::ClearTokens() noexcept {
+  TqxChunkPool& pool = ChunkPool();
+  std::int32_t left = count_;
+  for (std::size_t i = 0; i < chunks_.size(); ++i) {
+    std::destroy_n(chunks_[i], left < kChunkSize ? left : kChunkSize);
+    left = left > kChunkSize ? left - kChunkSize : 0;
+    if (i > 0)
+      pool.Give(chunks_[i]);
+  }
+  if (!chunks_.empty())
+    chunks_.resize(1);
+  count_ = 0;
+  slot_ = chunks_.empty() ? nullptr : chunks_.front();
 }
 
 void TqxBaseScanner::ScanTokens() {

@@ -39,6 +39,7 @@ std::vector<TqxStatementText> SplitStatements(std::string_view script) {
     }
   } splitter{script, {}};
   SQL92Scanner scanner;
+  scanner.SetStatementWise(true);
   scanner.ScanInBatches(
       script,
       [](void* context, const TqxToken* tokens, std::int32_t count) {

@@ -53,6 +53,10 @@ class TastSyntaxProvider {
   virtual std::unique_ptr<TSQLExpressionItem> ParseLogicalExpression(const std::string& Text);
   std::unique_ptr<TSQLDatabaseObject> ParseObjectName(const std::string& Text);
   std::unique_ptr<TSQLSelectItem> ParseSelectItem(const std::string& Text);
+  // ParseSelect on tokens already scanned by this dialect's scanner class: all the tokens
+  // `Tokens` holds, the end token last (as after Init or SQL92Scanner::ScanStatement).
+  // Errors carry the tokens' places; with no tokens at all the text is rejected.
+  std::unique_ptr<TSQLSelectStatement> ParseSelect(TqxBaseScanner& Tokens);
 
   // Aggregate names; each operation replaces the content of List.
   virtual void GetStarAggregateNames(std::vector<std::string>& List) const = 0;

@@ -246,6 +246,18 @@ class TqxBaseScanner {
   // bytes (less swallowed LFs), the measure of the comment check's step back.
   std::int32_t utf8Tails_ = 0;
   TqxCharSet ignore_;
+  // Statement-wise scanning of a script: every statement (what follows a ";" token) is
+  // scanned as a text of its own would be. The comment check's step back is then counted
+  // from the statement's first character: `stepBase_` is that character's byte offset
+  // less its position and the continuation bytes before it (0 for a whole text).
+  bool statementWise_ = false;
+  bool statementStart_ = false;  // the next token begins a statement
+  std::int32_t stepBase_ = 0;
+
+  // Attaches `text` (read in place) and reads its first character.
+  void StartText(std::string_view text);
+  // Destroys the tokens held; the first chunk is kept for the next ones.
+  void ClearTokens() noexcept;
 
  public:
   // Tokens live in fixed-size chunks: one allocation per chunk, stable addresses, and
