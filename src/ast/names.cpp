@@ -47,7 +47,8 @@ void TSQLQualifiedName::SetObjName(std::string Name, bool Quoted) {
 
 bool TSQLQualifiedName::IsQuoted(int Index) const {
   detail::CheckIndex(Index, Names_.size());
-  return static_cast<std::size_t>(Index) < Quoted_.size() && Quoted_[static_cast<std::size_t>(Index)];
+  return static_cast<std::size_t>(Index) < Quoted_.size() &&
+         Quoted_[static_cast<std::size_t>(Index)];
 }
 
 void TSQLQualifiedName::SetQuoted(int Index, bool Quoted) {

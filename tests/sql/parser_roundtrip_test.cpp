@@ -30,8 +30,9 @@ class AcceptedCorpus : public ::testing::Test {
 std::string HTMLToText(const std::string& html) {
   std::string text = html;
   const std::pair<const char*, const char*> marks[] = {
-      {"<br/>", "\n"}, {"<b>", ""}, {"</b>", ""}, {"<i>", ""}, {"</i>", ""},
-      {"<font color=#7f7fff>", ""}, {"</font>", ""}};
+      {"<br/>", "\n"}, {"<b>", ""},  {"</b>", ""},
+      {"<i>", ""},     {"</i>", ""}, {"<font color=#7f7fff>", ""},
+      {"</font>", ""}};
   for (const auto& [mark, by] : marks) {
     for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
       text.replace(at, std::strlen(mark), by);
@@ -41,14 +42,14 @@ std::string HTMLToText(const std::string& html) {
   return text;
 }
 
-// Parse, write on one line, parse again, write again: the two texts are equal and so are
-// the two trees; a copy of the tree writes the same. The multi-line text reads back to the very tree that the
-// one-line text reads to; where the statement has no literal (which HTML cannot write)
-// the HTML text reads back to a tree that writes the same HTML. So no writer loses a
-// quoted name, a reserved word or a name's parts.
-// The multi-line text is read with "\n" line breaks, as the tool writes it: the
-// scanner's line-comment check re-reads characters after CR LF breaks before a "-" (a
-// kept quirk of the scanner).
+// Parse, write on one line, parse again, write again: the two texts are equal and so
+// are the two trees; a copy of the tree writes the same. The multi-line text reads back
+// to the very tree that the one-line text reads to; where the statement has no literal
+// (which HTML cannot write) the HTML text reads back to a tree that writes the same
+// HTML. So no writer loses a quoted name, a reserved word or a name's parts. The
+// multi-line text is read with "\n" line breaks, as the tool writes it: the scanner's
+// line-comment check re-reads characters after CR LF breaks before a "-" (a kept quirk
+// of the scanner).
 TEST_F(AcceptedCorpus, RoundTrips) {
   EXPECT_GE(Statements().size(), 300u);
   int htmlWritten = 0;
