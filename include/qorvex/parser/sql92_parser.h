@@ -125,8 +125,8 @@ class SQL92Parser : public TqxBaseParser {
   void dbObjectWayCalc(TqxWayList& ways);
   std::unique_ptr<TSQLDatabaseObject> dbObject();
   void identifierWayCalc(TqxWayList& ways);
-  // The name parts a name token stands for: one, or several for [a][b].
-  // Appends the parts of one identifier token; true when it was quoted.
+  // Appends the name parts a name token stands for (one, or several for [a][b]); true
+  // when the token was quoted.
   bool identifier(TastVector<std::string>& parts);
 
   // ---- expressions
