@@ -45,10 +45,12 @@ void TSQLQualifiedName::SetObjName(std::string Name, bool Quoted) {
     SetQuoted(0, Quoted);
 }
 
+// An empty part is never taken as quoted: a qualifying one is written empty (db..t) and
+// an empty object name is written quoted anyway, so either reads back the same.
 bool TSQLQualifiedName::IsQuoted(int Index) const {
   detail::CheckIndex(Index, Names_.size());
-  return static_cast<std::size_t>(Index) < Quoted_.size() &&
-         Quoted_[static_cast<std::size_t>(Index)];
+  const auto i = static_cast<std::size_t>(Index);
+  return i < Quoted_.size() && Quoted_[i] && !Names_[i].empty();
 }
 
 void TSQLQualifiedName::SetQuoted(int Index, bool Quoted) {

@@ -50,8 +50,8 @@ class TSQLQualifiedName : public TastNode {
   std::string GetNames(int Index) const;
   // Replaces part Index, as a bare name unless `Quoted`.
   void SetNames(int Index, std::string Name, bool Quoted = false);
-  // Whether part Index was quoted where the name came from; a quoted part is written
-  // quoted whatever it holds.
+  // Whether part Index was quoted where the name came from (never for an empty part); a
+  // quoted part is written quoted whatever it holds.
   bool IsQuoted(int Index) const;
   void SetQuoted(int Index, bool Quoted);
   int Count() const { return static_cast<int>(Names_.size()); }

@@ -536,3 +536,4 @@ select cast("null" as "date"), cast(x as "s"."Type") from "is" where "not" is no
 select a from t group by "group" having max("max") > 1 order by "order" desc, "desc";
 select x from t union select "union" from "except" except select "intersect" from [all];
 select c.* from t "c" where exists (select 1 from "exists" e where e."in" in (1, 2));
+select * from [][ tx], [a][][b], [][] "x";
