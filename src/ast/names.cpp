@@ -1,6 +1,5 @@
 #include "qorvex/ast/names.h"
 
-#include <iterator>
 #include <string>
 
 #include "ast/node_util.h"
@@ -18,23 +17,49 @@ QX_DEFINE_CLASS(TSQLObjectColumn, TSQLDatabaseObject)
 // ---------------------------------------------------------------------------------------
 // TSQLQualifiedName
 
-void TSQLQualifiedName::AddName(std::string Name) {
+void TSQLQualifiedName::AddName(std::string Name, bool Quoted) {
   Names_.insert(Names_.begin(), std::move(Name));
+  if (Quoted || !Quoted_.empty()) {
+    Quoted_.resize(Names_.size() - 1, false);
+    Quoted_.insert(Quoted_.begin(), Quoted);
+  }
 }
 
-void TSQLQualifiedName::AddPrefix(std::string Prefix) {
+void TSQLQualifiedName::AddPrefix(std::string Prefix, bool Quoted) {
   Names_.push_back(std::move(Prefix));
+  if (Quoted || !Quoted_.empty()) {
+    Quoted_.resize(Names_.size() - 1, false);
+    Quoted_.push_back(Quoted);
+  }
 }
 
 std::string TSQLQualifiedName::GetObjName() const {
   return Names_.empty() ? std::string() : Names_.front();
 }
 
-void TSQLQualifiedName::SetObjName(std::string Name) {
+void TSQLQualifiedName::SetObjName(std::string Name, bool Quoted) {
   if (Names_.empty())
     Names_.push_back(std::move(Name));
   else
     Names_.front() = std::move(Name);
+  if (Quoted || !Quoted_.empty())
+    SetQuoted(0, Quoted);
+}
+
+// An empty part is never taken as quoted: a qualifying one is written empty (db..t) and
+// an empty object name is written quoted anyway, so either reads back the same.
+bool TSQLQualifiedName::IsQuoted(int Index) const {
+  detail::CheckIndex(Index, Names_.size());
+  const auto i = static_cast<std::size_t>(Index);
+  return i < Quoted_.size() && Quoted_[i] && !Names_[i].empty();
+}
+
+void TSQLQualifiedName::SetQuoted(int Index, bool Quoted) {
+  detail::CheckIndex(Index, Names_.size());
+  if (!Quoted && Quoted_.empty())
+    return;
+  Quoted_.resize(Names_.size(), false);
+  Quoted_[static_cast<std::size_t>(Index)] = Quoted;
 }
 
 std::string TSQLQualifiedName::GetPrefix(int Index) const {
@@ -46,9 +71,10 @@ std::string TSQLQualifiedName::GetNames(int Index) const {
   return Names_[static_cast<std::size_t>(Index)];
 }
 
-void TSQLQualifiedName::SetNames(int Index, std::string Name) {
+void TSQLQualifiedName::SetNames(int Index, std::string Name, bool Quoted) {
   detail::CheckIndex(Index, Names_.size());
   Names_[static_cast<std::size_t>(Index)] = std::move(Name);
+  SetQuoted(Index, Quoted);
 }
 
 std::string TSQLQualifiedName::GetQualifiedName() const {
@@ -61,22 +87,36 @@ std::string TSQLQualifiedName::GetQualifiedName() const {
   return text;
 }
 
+std::string TSQLQualifiedName::GetMarkedName() const {
+  std::string text;
+  for (int i = Count() - 1; i >= 0; --i) {
+    const std::string& part = Names_[static_cast<std::size_t>(i)];
+    text += IsQuoted(i) ? "\"" + part + "\"" : part;
+    if (i > 0)
+      text += '.';
+  }
+  return text;
+}
+
 void TSQLQualifiedName::BuildFullName(TSQLBuilder& Builder) const {
-  for (auto it = Names_.rbegin(); it != Names_.rend(); ++it) {
-    if (it != Names_.rbegin())
-      Builder.WriteSymbol(".");
+  for (int i = Count() - 1; i >= 0; --i) {
+    const std::string& part = Names_[static_cast<std::size_t>(i)];
     // A qualifying part left empty (db..t) stays empty rather than becoming a quoted
     // empty name, so that the text reads back as the same name; an empty object name
     // itself is written quoted, as nothing could stand in its place.
-    if (!it->empty() || std::next(it) == Names_.rend())
-      Builder.WriteIdentifier(*it, GetSyntaxProvider());
+    if (!part.empty() || i == 0)
+      Builder.WriteIdentifier(part, GetSyntaxProvider(), IsQuoted(i));
+    if (i > 0)
+      Builder.WriteSymbol(".");
   }
 }
 
 void TSQLQualifiedName::Assign(const TastExtender& Source) {
   TastNode::Assign(Source);
-  if (const auto* name = dynamic_cast<const TSQLQualifiedName*>(&Source))
+  if (const auto* name = dynamic_cast<const TSQLQualifiedName*>(&Source)) {
     Names_ = name->Names_;
+    Quoted_ = name->Quoted_;
+  }
 }
 
 void TSQLQualifiedName::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) const {
@@ -84,7 +124,7 @@ void TSQLQualifiedName::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/)
 }
 
 std::string TSQLQualifiedName::DumpDetails() const {
-  return GetQualifiedName();
+  return GetMarkedName();
 }
 
 // ---------------------------------------------------------------------------------------
@@ -102,7 +142,7 @@ void TSQLDatabaseObject::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/
     return;
   }
   if (const TSQLAlias* alias = FromSource_->GetAlias()) {
-    Builder.WriteIdentifier(alias->Name, GetSyntaxProvider());
+    alias->WriteName(Builder);
   } else if (const auto* object = dynamic_cast<const TSQLFromObject*>(FromSource_)) {
     if (object->GetDatabaseObject() != nullptr)
       object->GetDatabaseObject()->BuildFullName(Builder);
@@ -122,7 +162,7 @@ void TSQLDatabaseObject::RemoveReferencesToFromSource(const TSQLFromSource* Sour
 }
 
 std::string TSQLDatabaseObject::DumpDetails() const {
-  std::string details = GetQualifiedName();
+  std::string details = GetMarkedName();
   if (FromSource_ != nullptr) {
     const std::string alias = FromSource_->GetAliasName();
     details += " -> " + (alias.empty() ? FromSource_->GetSimpleExpression() : alias);
@@ -179,7 +219,7 @@ void TSQLObjectColumn::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) 
     return;
   }
   if (const TSQLAlias* alias = source->GetAlias()) {
-    Builder.WriteIdentifier(alias->Name, GetSyntaxProvider());
+    alias->WriteName(Builder);
     Builder.WriteSymbol(".");
   } else if (const auto* object = dynamic_cast<const TSQLFromObject*>(source)) {
     if (object->GetDatabaseObject() != nullptr) {
@@ -187,7 +227,7 @@ void TSQLObjectColumn::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) 
       Builder.WriteSymbol(".");
     }
   }
-  Builder.WriteIdentifier(GetObjName(), GetSyntaxProvider());
+  Builder.WriteIdentifier(GetObjName(), GetSyntaxProvider(), Count() > 0 && IsQuoted(0));
 }
 
 void TSQLObjectColumn::FixupObjects(std::vector<TSQLFromSource*>& List) {

@@ -583,17 +583,27 @@ std::string TqxDatasource::GetAlias() const {
   return Source_ ? Source_->GetAliasName() : std::string();
 }
 
+// A name typed between the dialect's quotes is taken as that quoted name; any other text
+// is the name itself, quoted when written only if it needs to be.
 void TqxDatasource::SetAlias(const std::string& Alias) {
-  if (Source_ && Alias == GetAlias())
+  std::string name = Alias;
+  bool quoted = false;
+  if (Source_ && Source_->GetSyntaxProvider() != nullptr &&
+      Source_->GetSyntaxProvider()->ReadQuotedName(Alias, name))
+    quoted = !name.empty();
+  if (Source_ && name == GetAlias() &&
+      quoted == (Source_->GetAlias() != nullptr && Source_->GetAlias()->Quoted))
     return;
   if (!Source_)
     throw EqxError("Can't assign alias if astFromSource=nil!");
-  if (Alias.empty()) {
+  if (name.empty()) {
     Source_->SetAlias(nullptr);
   } else if (TSQLAlias* alias = Source_->GetAlias()) {
-    alias->Name = Alias;
+    alias->Name = std::move(name);
+    alias->Quoted = quoted;
   } else {
-    Source_->SetAlias(NewNode<TSQLAliasObjectAlias>(Source_->GetSyntaxProvider(), Alias));
+    Source_->SetAlias(
+        NewNode<TSQLAliasObjectAlias>(Source_->GetSyntaxProvider(), std::move(name), quoted));
   }
   NotifySQLUpdated();
   UpdateContolParams();

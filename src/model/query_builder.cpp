@@ -9,6 +9,7 @@
 #include "qorvex/ast/metadata_provider.h"
 #include "qorvex/ast/query.h"
 #include "qorvex/model/datasources.h"
+#include "qorvex/ast/syntax_provider.h"
 #include "qorvex/model/query.h"
 #include "qorvex/model/sql_builder.h"
 
@@ -198,9 +199,14 @@ void TqxBaseQueryBuilder::SetSQLMsg() {
     bool& Flag;
     ~LoadingScope() { Flag = false; }
   } loading{SQLLoading_};
-  // The same statement (in any letter case) keeps the model and its layout.
+  // The same statement (in any letter case of its words and bare names) keeps the model
+  // and its layout; quoted names and literals must match exactly.
   const std::unique_ptr<TSQLSelectStatement> current = Query_->GetSelectStatement();
-  if (model::LowerCase(current->GetSimpleSQL()) == model::LowerCase(tree->GetSimpleSQL()))
+  const TastSyntaxProvider* dialect = tree->GetSyntaxProvider();
+  const std::string quoteBegin = dialect != nullptr ? dialect->GetQuoteBegin() : std::string();
+  const std::string quoteEnd = dialect != nullptr ? dialect->GetQuoteEnd() : std::string();
+  if (model::LowerCaseOutsideQuotes(current->GetSimpleSQL(), quoteBegin, quoteEnd) ==
+      model::LowerCaseOutsideQuotes(tree->GetSimpleSQL(), quoteBegin, quoteEnd))
     return;
   BeginUpdate();
   try {

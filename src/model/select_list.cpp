@@ -237,11 +237,11 @@ std::unique_ptr<TSQLObjectColumn> MakeColumn(TqxDatasource* DS, const std::strin
   column->AddPrefix(Field);
   const std::string alias = DS->GetAlias();
   if (!alias.empty()) {
-    column->AddPrefix(alias);
+    column->AddPrefix(alias, source->GetAlias() != nullptr && source->GetAlias()->Quoted);
   } else if (auto* object = As<TSQLFromObject>(source)) {
-    if (object->GetDatabaseObject() != nullptr) {
-      for (const std::string& part : object->GetDatabaseObject()->GetNameParts())
-        column->AddPrefix(part);
+    if (const TSQLDatabaseObject* name = object->GetDatabaseObject()) {
+      for (int i = 0; i < name->Count(); ++i)
+        column->AddPrefix(name->GetNames(i), name->IsQuoted(i));
     }
   }
   column->SetFromSource(source);
@@ -314,6 +314,7 @@ void TqxSelectItem::SetExpression(const std::string& Text) {
     Expression_.reset();
     Conditions_.clear();
     Alias_.clear();
+    AliasQuoted_ = false;
     Select_ = false;
     GroupByType_ = gtExpression;
     NotifySQLUpdated();
@@ -326,6 +327,7 @@ void TqxSelectItem::SetExpression(const std::string& Text) {
   // condition (a row that only filters). The value expression's error is reported.
   std::unique_ptr<TastNode> node;
   std::string alias;
+  bool aliasQuoted = false;
   const TastClass* aliasClass = nullptr;
   try {
     node = provider->ParseExpression(text);
@@ -335,6 +337,7 @@ void TqxSelectItem::SetExpression(const std::string& Text) {
       if (auto* expression = As<TSQLSelectItemExpression>(item.get())) {
         if (expression->GetAlias() != nullptr) {
           alias = expression->GetAlias()->Name;
+          aliasQuoted = expression->GetAlias()->Quoted;
           aliasClass = &expression->GetAlias()->ClassType();
         }
         node = expression->ExtractExpression();
@@ -358,6 +361,7 @@ void TqxSelectItem::SetExpression(const std::string& Text) {
   SetExpressionNode(std::move(node));
   if (!alias.empty()) {
     Alias_ = alias;
+    AliasQuoted_ = aliasQuoted;
     AliasClass_ = aliasClass;
   }
   if (wasEmpty)
@@ -376,7 +380,7 @@ void TqxSelectItem::SetFieldExpression(TqxDatasource* DS, const std::string& Fie
     std::unique_ptr<TSQLObjectColumn> column = model::MakeColumn(DS, "*");
     auto qualifier = NewNode<TSQLDatabaseObject>(column->GetSyntaxProvider());
     for (int i = 1; i < column->Count(); ++i)
-      qualifier->AddPrefix(column->GetNames(i));
+      qualifier->AddPrefix(column->GetNames(i), column->IsQuoted(i));
     qualifier->SetFromSource(DS->GetFromSource());
     item->SetQualifier(std::move(qualifier));
     node = std::move(item);
@@ -397,6 +401,7 @@ void TqxSelectItem::LoadFromAST(std::unique_ptr<TastNode> Node) {
   if (auto* item = As<TSQLSelectItemExpression>(Node.get())) {
     if (const TSQLAlias* alias = item->GetAlias()) {
       Alias_ = alias->Name;
+      AliasQuoted_ = alias->Quoted;
       AliasClass_ = &alias->ClassType();
     }
     SetExpressionNode(item->ExtractExpression());
@@ -436,11 +441,18 @@ void TqxSelectItem::SetSelect(bool Value) {
 }
 
 void TqxSelectItem::SetAlias(const std::string& Value) {
-  if (Value == Alias_)
+  std::string name = Value;
+  bool quoted = false;
+  const TqxBaseSyntaxProvider* provider =
+      GetQueryBuilder() != nullptr ? GetQueryBuilder()->GetSyntaxProvider() : nullptr;
+  if (provider != nullptr && provider->GetASTSyntaxProvider()->ReadQuotedName(Value, name))
+    quoted = !name.empty();
+  if (name == Alias_ && quoted == AliasQuoted_)
     return;
-  if (!Value.empty() && !IsSupportsAlias())
+  if (!name.empty() && !IsSupportsAlias())
     throw EqxError("Can't assign an alias to this expression");
-  Alias_ = Value;
+  Alias_ = std::move(name);
+  AliasQuoted_ = quoted;
   NotifySQLUpdated();
 }
 
@@ -742,6 +754,7 @@ void TqxSelectItem::CheckItemProperties() {
   TqxUpdateGuard guard(this);
   if (!IsSupportsAlias() && !Alias_.empty()) {
     Alias_.clear();
+    AliasQuoted_ = false;
     NotifySQLUpdated();
   }
   if (!IsCanSelect() && Select_) {
@@ -773,6 +786,7 @@ std::unique_ptr<TSQLSelectItem> TqxSelectItem::GetASTTree() const {
     else
       alias = NewNode<TSQLAliasObjectAsAlias>(provider);
     alias->Name = Alias_;
+    alias->Quoted = AliasQuoted_;
     item->SetAlias(std::move(alias));
   }
   return item;
@@ -1227,7 +1241,7 @@ std::unique_ptr<TSQLOrderByClause> TqxSelectList::GetOrderByClause() const {
     const int position = IsOutputRow(*row) ? GetOutputPosition(row) : 0;
     if (!name.empty()) {
       auto column = NewNode<TSQLObjectColumn>(provider);
-      column->AddName(name);
+      column->AddName(name, row->IsAliasQuoted());
       auto reference = NewNode<TSQLExpressionColumn>(provider);
       reference->SetColumn(std::move(column));
       item->SetExpression(std::move(reference));

@@ -68,6 +68,9 @@ class TSQLFunction : public TastNodeWithList {
   // Qualifying parts written before the name, outermost first; an empty part stays
   // empty (db..f).
   std::vector<std::string> Qualifiers;
+  // Whether the name, and each qualifier (same order, empty when none), was quoted.
+  bool NameQuoted = false;
+  std::vector<bool> QualifiersQuoted;
 
   void Assign(const TastExtender& Source) override;
   void GetMyChildren(std::vector<TastExtender*>& List) const override;

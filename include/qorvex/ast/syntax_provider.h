@@ -74,6 +74,12 @@ class TastSyntaxProvider {
 
   virtual std::string GetQuoteBegin() const;
   virtual std::string GetQuoteEnd() const;
+  // Whether the dialect reserves Word (ASCII letter case ignored), so that the grammar
+  // does not read it as a name unless it is quoted. The base knows no words.
+  virtual bool IsReservedWord(std::string_view Word) const;
+  // Whether Text is one name between the dialect's quotes; if so Name receives the name
+  // inside, with doubled closing quotes read as one.
+  bool ReadQuotedName(std::string_view Text, std::string& Name) const;
 
   // Object names compare part by part, case-insensitively, innermost part first and only
   // as far as both names have parts.

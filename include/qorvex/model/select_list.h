@@ -52,6 +52,11 @@ class TqxSelectItem : public TqxQueryBuilderControlOwner {
   // Raises "Can't select this expression" when the row cannot be output.
   void SetSelect(bool Value);
   const std::string& GetAlias() const { return Alias_; }
+  // Whether the alias is written quoted whatever it holds: it was quoted in the loaded
+  // text, or typed between the dialect's quotes.
+  bool IsAliasQuoted() const { return AliasQuoted_; }
+  // A name typed between the dialect's quotes ("One") is taken as that quoted name;
+  // any other text is the name itself, quoted when written only if it needs to be.
   void SetAlias(const std::string& Value);
 
   TqxQueryBuilderItemSortType GetSortType() const { return SortType_; }
@@ -131,6 +136,7 @@ class TqxSelectItem : public TqxQueryBuilderControlOwner {
   bool Select_ = false;
   std::unique_ptr<TastNode> Expression_;
   std::string Alias_;
+  bool AliasQuoted_ = false;
   const TastClass* AliasClass_ = nullptr;  // how the alias is written; null: with AS
   TqxQueryBuilderItemSortType SortType_ = stNone;
   TqxQueryBuilderGroupByType GroupByType_ = gtExpression;
