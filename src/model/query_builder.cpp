@@ -8,8 +8,8 @@
 #include "qorvex/ast/from.h"
 #include "qorvex/ast/metadata_provider.h"
 #include "qorvex/ast/query.h"
-#include "qorvex/model/datasources.h"
 #include "qorvex/ast/syntax_provider.h"
+#include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
 #include "qorvex/model/sql_builder.h"
 
