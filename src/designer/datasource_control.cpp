@@ -9,6 +9,7 @@
 #include <cstdlib>
 
 #include "designer/designer_p.h"
+#include "designer/select_list_control.h"
 #include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
 #include "qorvex/model/select_list.h"
@@ -697,6 +698,12 @@ void TqxQueryBuilderDatasourceFieldsList::UpdateDragCursor(const QPoint& GlobalP
   int row = -1;
   TqxQueryBuilderDatasourceFieldsList* target = DropTargetAt(GlobalPos, &row);
   const bool welcome = target != nullptr && target->CanAcceptDrop(this, row);
+  // The select-list grid below the diagram takes a field as a new row.
+  auto* grid = TqxQueryBuilderSelectListControl::OfPage(Box_->GetWorkArea()->GetPage());
+  if (!welcome && grid != nullptr && grid->DragOver(GlobalPos, Box_->GetDatasource())) {
+    setCursor(Qt::DragCopyCursor);
+    return;
+  }
   setCursor(welcome ? Qt::DragLinkCursor : Qt::ForbiddenCursor);
 }
 
@@ -711,6 +718,12 @@ void TqxQueryBuilderDatasourceFieldsList::FinishDrag(const QPoint& GlobalPos) {
   CancelDrag();
   int row = -1;
   TqxQueryBuilderDatasourceFieldsList* target = DropTargetAt(GlobalPos, &row);
+  if (target == nullptr && sourceRow >= 1 && sourceRow < count() && !Loading()) {
+    auto* grid = TqxQueryBuilderSelectListControl::OfPage(Box_->GetWorkArea()->GetPage());
+    if (grid != nullptr &&
+        grid->DragDrop(GlobalPos, Box_->GetDatasource(), item(sourceRow)->text().toStdString()))
+      return;
+  }
   if (target == nullptr || !target->CanAcceptDrop(this, row) || sourceRow < 1 ||
       sourceRow >= count() || Loading())
     return;

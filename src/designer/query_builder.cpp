@@ -10,8 +10,10 @@
 #include <QVBoxLayout>
 
 #include "designer/designer_p.h"
+#include "designer/select_list_control.h"
 #include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
+#include "qorvex/model/select_list.h"
 
 #ifndef QORVEX_VERSION
 #define QORVEX_VERSION "0"
@@ -98,6 +100,9 @@ std::vector<std::unique_ptr<TqxControl>> TqxDesignerControlFactory::CreateContro
   } else if (auto* ds = dynamic_cast<TqxDatasource*>(&Owner)) {
     if (auto* page = qobject_cast<TqxUnionSubQueryTabSheet*>(parentWidget))
       widget = new TqxQueryBuilderDataSourceControl(page->GetWorkArea(), ds);
+  } else if (auto* selectList = dynamic_cast<TqxSelectList*>(&Owner)) {
+    if (auto* page = qobject_cast<TqxUnionSubQueryTabSheet*>(parentWidget))
+      widget = new TqxQueryBuilderSelectListControl(Builder_, page, selectList);
   }
   // Links, the select-list grid and the union bar's controls are not shown yet; the
   // model works without them.
@@ -206,6 +211,9 @@ void TqxQueryBuilderPrivate::ModelChanged() {
     return;
   for (TqxQueryBuilderDataSourceControl* box : Q->findChildren<TqxQueryBuilderDataSourceControl*>())
     box->SyncChecks();
+  for (TqxQueryBuilderSelectListControl* grid :
+       Q->findChildren<TqxQueryBuilderSelectListControl*>())
+    grid->Refresh();
   if (Pages != nullptr)
     Pages->SyncWithModel();
 }
