@@ -164,7 +164,7 @@ void TqxQueryBuilderLinkPainterMSSQL::PaintLink(QPainter& Canvas,
 // ---------------------------------------------------------------------------------------
 // Access
 
-QPoint TqxQueryBuilderLinkPainterAccess::CardinalitySymbolOrigin(QPoint At, const QPixmap& Image) {
+QPoint TqxQueryBuilderLinkPainterAccess::CardinalitySymbolOrigin(QPoint At, const QImage& Image) {
   return QPoint(At.x() - Image.width() / 2, At.y() - Image.height() - 4);
 }
 
@@ -196,9 +196,9 @@ void TqxQueryBuilderLinkPainterAccess::PaintCardinalitySymbol(
     QPainter& Canvas, QPoint At, TqxQueryBuilderLinkCardinality Cardinality) {
   if (Cardinality == qblcUnknown)
     return;
-  const QPixmap& image = LinkCardinalityImage(Cardinality);
+  const QImage& image = LinkCardinalityImage(Cardinality);
   if (!image.isNull())
-    Canvas.drawPixmap(CardinalitySymbolOrigin(At, image), image);
+    Canvas.drawImage(CardinalitySymbolOrigin(At, image), image);
 }
 
 void TqxQueryBuilderLinkPainterAccess::PaintEndMark(QPainter& Canvas, QPoint At,
@@ -262,16 +262,20 @@ TqxQueryBuilderLinkPainter& FallbackLinkPainter() {
   return painter;
 }
 
-const QPixmap& LinkCardinalityImage(TqxQueryBuilderLinkCardinality Cardinality) {
+const QImage& LinkCardinalityImage(TqxQueryBuilderLinkCardinality Cardinality) {
   struct Images {
     Images() {
       InitLinkCardinalityResources();
-      One = QPixmap(QStringLiteral(":/qorvex/QXQBLINKCARDINALITYONE"));
-      Many = QPixmap(QStringLiteral(":/qorvex/QXQBLINKCARDINALITYMANY"));
+      auto load = [](const char* Name) {
+        return QImage(QString::fromLatin1(Name))
+            .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+      };
+      One = load(":/qorvex/QXQBLINKCARDINALITYONE");
+      Many = load(":/qorvex/QXQBLINKCARDINALITYMANY");
     }
-    QPixmap One;
-    QPixmap Many;
-    QPixmap None;
+    QImage One;
+    QImage Many;
+    QImage None;
   };
   static const Images images;
   switch (Cardinality) {

@@ -1,5 +1,6 @@
 // Links on the diagram: where the link controls go, what their lines answer to, what each
 // painter style draws, and editing links with the mouse and the keyboard.
+#include <QActionGroup>
 #include <QContextMenuEvent>
 #include <QImage>
 #include <QMenu>
@@ -8,6 +9,7 @@
 
 #include "designer/link_control.h"
 #include "designer_fixture.h"
+#include "main_window.h"
 #include "qorvex/ast/expressions.h"
 #include "qorvex/designer/link_painters.h"
 
@@ -205,12 +207,12 @@ TEST_F(LinkPainting, MSSQLStyleDrawsABandWithADiamondAndOuterHalves) {
 TEST_F(LinkPainting, AccessStyleDrawsHeavyStubsEndMarksAndCardinalityMarks) {
   TqxLink* link = LeftJoin();
   TqxQueryBuilderLinkPainterAccess painter(Builder.get());
-  const QPixmap& one = LinkCardinalityImage(qblcOne);
-  const QPixmap& many = LinkCardinalityImage(qblcMany);
+  const QImage& one = LinkCardinalityImage(qblcOne);
+  const QImage& many = LinkCardinalityImage(qblcMany);
   ASSERT_FALSE(one.isNull());
   ASSERT_FALSE(many.isNull());
   EXPECT_TRUE(LinkCardinalityImage(qblcUnknown).isNull());
-  EXPECT_NE(one.toImage(), many.toImage());
+  EXPECT_NE(one, many);
   for (bool focused : {false, true}) {
     SCOPED_TRACE(focused ? "focused" : "not focused");
     const QImage image = Paint(painter, focused, link);
@@ -223,8 +225,8 @@ TEST_F(LinkPainting, AccessStyleDrawsHeavyStubsEndMarksAndCardinalityMarks) {
   }
   // "1" above the left stub, "many" above the right one, drawn through their transparency.
   const QImage image = Paint(painter, false, link);
-  auto expectMark = [&](const QPixmap& Mark, QPoint Stub) {
-    const QImage mark = Mark.toImage().convertToFormat(QImage::Format_ARGB32);
+  auto expectMark = [&](const QImage& Mark, QPoint Stub) {
+    const QImage mark = Mark.convertToFormat(QImage::Format_ARGB32);
     const QPoint origin = TqxQueryBuilderLinkPainterAccess::CardinalitySymbolOrigin(Stub, Mark);
     EXPECT_EQ(origin.y() + mark.height() + 4, Stub.y());
     int opaque = 0;
@@ -343,19 +345,23 @@ TEST_F(Links, ALinkFollowsItsRowsWhenBoxesMoveAndListsScroll) {
   EXPECT_EQ(ToCanvas(link, 2).x(), orders->x() - 16);
   EXPECT_EQ(link->x(), 0 + customers->x() - 16 - 2);
 
-  // A row scrolled out of a short list sticks to the list's top, then its bottom edge.
-  orders->ProposeGeometry(QRect(300, 400, 120, customers->ClientOrigin().y() + 4 + 22));
+  // A row scrolled out of a list one row high sticks to the list's top, then its bottom
+  // edge.
   auto* list = orders->GetFieldsList();
-  ASSERT_GT(list->verticalScrollBar()->maximum(), 0);
+  const int rowHeight = list->RowHeight();
+  orders->ProposeGeometry(
+      QRect(300, 400, 120, orders->ClientOrigin().y() + orders->FrameWidth() + rowHeight + 2));
+  ASSERT_EQ(list->height(), rowHeight + 2);
   const QRect listInCanvas(orders->pos() + list->pos(), list->size());
   list->verticalScrollBar()->setValue(list->verticalScrollBar()->maximum());
   ASSERT_LT(list->visualItemRect(list->item(2)).bottom(), 0);
   EXPECT_EQ(ToCanvas(link, 3).y(), listInCanvas.top());
   list->verticalScrollBar()->setValue(0);
-  list->scrollToItem(list->item(0));
-  // Row 2 ("CustomerId") is below a list showing about one row.
-  if (list->visualItemRect(list->item(2)).top() >= list->viewport()->height())
-    EXPECT_EQ(ToCanvas(link, 3).y(), listInCanvas.top() + list->height() - 1);
+  ASSERT_GE(list->visualItemRect(list->item(2)).top(), list->height());
+  EXPECT_EQ(ToCanvas(link, 3).y(), listInCanvas.top() + list->height() - 1);
+  // Back in view, the end is on the row's middle again.
+  list->scrollToItem(list->item(2), QAbstractItemView::PositionAtTop);
+  EXPECT_EQ(ToCanvas(link, 3), RowEdge(orders, "CustomerId", false));
 }
 
 TEST_F(Links, PressesOnTheLineFocusTheLinkAndDeleteRemovesTheJoin) {
@@ -471,6 +477,31 @@ TEST_F(Links, TheBuilderOwnsItsPainterAndFallsBackToAccessStyle) {
   EXPECT_EQ(Builder->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
   EXPECT_FALSE(Builder->CreateByUserName("Fancy"));
   EXPECT_EQ(Builder->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
+}
+
+TEST_F(Links, TheProgramsViewMenuSwitchesTheLinkStyle) {
+  TqxDesignerWindow window(&Syntax, &Metadata, QString());
+  TqxQueryBuilder* builder = window.Builder();
+  auto checked = [&] {
+    QStringList texts;
+    for (QAction* action : window.LinkStyleActions()->actions()) {
+      if (action->isChecked())
+        texts << action->text();
+    }
+    return texts;
+  };
+  QStringList texts;
+  for (QAction* action : window.LinkStyleActions()->actions())
+    texts << action->text();
+  EXPECT_EQ(texts, QStringList({"Simple", "MS SQL Style", "Access Style"}));
+  EXPECT_EQ(checked(), QStringList({"Access Style"}));
+  window.LinkStyleActions()->actions()[1]->trigger();
+  EXPECT_EQ(builder->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
+  EXPECT_EQ(checked(), QStringList({"MS SQL Style"}));
+  EXPECT_FALSE(window.SetLinkStyle("Access"));
+  EXPECT_EQ(checked(), QStringList({"MS SQL Style"}));
+  EXPECT_TRUE(window.SetLinkStyle("Simple"));
+  EXPECT_EQ(checked(), QStringList({"Simple"}));
 }
 
 }  // namespace

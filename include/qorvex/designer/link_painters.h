@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QColor>
-#include <QPixmap>
+#include <QImage>
 #include <QPoint>
 #include <array>
 #include <functional>
@@ -131,7 +131,7 @@ class TqxQueryBuilderLinkPainterAccess : public TqxQueryBuilderLinkPainter {
   void SetLinkColor(TqxColor Value) { LinkColor_ = Value; }
 
   // Where the mark of a cardinality at (X, Y) goes: centred above, 4 pixels up.
-  static QPoint CardinalitySymbolOrigin(QPoint At, const QPixmap& Image);
+  static QPoint CardinalitySymbolOrigin(QPoint At, const QImage& Image);
 
  private:
   void PaintCardinalitySymbol(QPainter& Canvas, QPoint At,
@@ -168,7 +168,8 @@ class TqxQueryBuilderLinkPainters {
 TqxQueryBuilderLinkPainter& FallbackLinkPainter();
 
 // The marks of a known cardinality, transparent where empty: "1" for one, "∞" for many;
-// a null pixmap for qblcUnknown.
-const QPixmap& LinkCardinalityImage(TqxQueryBuilderLinkCardinality Cardinality);
+// a null image for qblcUnknown. Images rather than pixmaps, so that they can outlive the
+// application object.
+const QImage& LinkCardinalityImage(TqxQueryBuilderLinkCardinality Cardinality);
 
 }  // namespace qorvex
