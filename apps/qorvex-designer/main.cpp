@@ -1,7 +1,7 @@
 // qorvex-designer: a query builder on a database, with the SQL text beside the diagram.
 //
 //   qorvex-designer [--sqlite FILE | --odbc CONNECTION] [FILE.sql]
-//                   [--screenshot FILE.png [--size WxH]] [--help]
+//                   [--screenshot FILE.png [--size WxH]] [--link-style NAME] [--help]
 //
 // --screenshot loads the statement, lays it out, renders the whole window off screen into
 // the PNG file and exits.
@@ -32,7 +32,8 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: qorvex-designer [--sqlite FILE | --odbc CONNECTION] [FILE.sql]\n"
-    "                       [--screenshot FILE.png [--size WxH]] [--help]\n"
+    "                       [--screenshot FILE.png [--size WxH]] [--link-style NAME]\n"
+    "                       [--help]\n"
     "\n"
     "Shows a SELECT statement as a diagram that you edit; the SQL pane below follows every\n"
     "edit, and text typed there is applied after a short pause or with Ctrl+Return.\n"
@@ -42,6 +43,8 @@ constexpr const char* kUsage =
     "  FILE.sql             the statement to open\n"
     "  --screenshot PNG     lay the statement out, render the window into PNG and exit\n"
     "  --size WxH           window size for --screenshot (default 1100x760)\n"
+    "  --link-style NAME    draw the joins as \"Simple\", \"MS SQL Style\" or \"Access Style\"\n"
+    "                       (the default; also in the View menu)\n"
     "  --help               this text\n";
 
 struct Options {
@@ -49,6 +52,7 @@ struct Options {
   std::string target;
   std::string sqlFile;
   std::string screenshot;
+  std::string linkStyle;
   int width = 1100;
   int height = 760;
   bool help = false;
@@ -76,6 +80,8 @@ Options ReadOptions(int argc, char** argv) {
       o.target = value();
     } else if (arg == "--screenshot") {
       o.screenshot = value();
+    } else if (arg == "--link-style") {
+      o.linkStyle = value();
     } else if (arg == "--size") {
       const std::string size = value();
       int w = 0;
@@ -187,6 +193,14 @@ int main(int argc, char** argv) {
                      if (!options.screenshot.empty())
                        std::fprintf(stderr, "qorvex-designer: %s\n", errors.toUtf8().constData());
                    });
+  if (!options.linkStyle.empty() && !window.SetLinkStyle(options.linkStyle)) {
+    std::string known;
+    window.Builder()->GetUserNames(
+        [&](const std::string& Name) { known += (known.empty() ? "\"" : ", \"") + Name + "\""; });
+    std::fprintf(stderr, "qorvex-designer: unknown link style \"%s\" (known: %s)\n%s",
+                 options.linkStyle.c_str(), known.c_str(), kUsage);
+    return 2;
+  }
   window.resize(options.width, options.height);
   window.show();
   if (!sql.isEmpty()) {

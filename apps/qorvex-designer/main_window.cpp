@@ -1,8 +1,10 @@
 #include "main_window.h"
 
+#include <QActionGroup>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QSplitter>
 #include <QStatusBar>
@@ -11,6 +13,7 @@
 
 #include "qorvex/ast/query.h"
 #include "qorvex/core/errors.h"
+#include "qorvex/designer/link_painters.h"
 #include "qorvex/designer/query_builder.h"
 #include "qorvex/syntax/components.h"
 
@@ -48,6 +51,18 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
   Status_ = new QLabel(this);
   statusBar()->addWidget(Status_, 1);
 
+  // View: the link styles, one checked.
+  QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
+  LinkStyles_ = new QActionGroup(this);
+  LinkStyles_->setExclusive(true);
+  Builder_->GetUserNames([this, view](const std::string& Name) {
+    QAction* action = view->addAction(QString::fromStdString(Name));
+    action->setCheckable(true);
+    LinkStyles_->addAction(action);
+    connect(action, &QAction::triggered, this, [this, Name] { SetLinkStyle(Name); });
+  });
+  SyncLinkStyleMenu();
+
   Pause_ = new QTimer(this);
   Pause_->setSingleShot(true);
   Pause_->setInterval(kPauseMs);
@@ -65,6 +80,20 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
   connect(Builder_, &TqxQueryBuilder::metadataError, this, &TqxDesignerWindow::ShowMetadataError);
   connect(Builder_, &TqxQueryBuilder::errorOccurred, this,
           [this](const QString& Message) { Status_->setText(Message); });
+}
+
+bool TqxDesignerWindow::SetLinkStyle(const std::string& UserName) {
+  const bool known = Builder_->CreateByUserName(UserName);
+  SyncLinkStyleMenu();
+  return known;
+}
+
+void TqxDesignerWindow::SyncLinkStyleMenu() {
+  const QString current = Builder_->GetLinkPainter() != nullptr
+                              ? QString::fromStdString(Builder_->GetLinkPainter()->PainterStyle())
+                              : QString();
+  for (QAction* action : LinkStyles_->actions())
+    action->setChecked(action->text() == current);
 }
 
 void TqxDesignerWindow::TextEdited() {

@@ -2,7 +2,9 @@
 
 #include <QMainWindow>
 #include <QString>
+#include <string>
 
+class QActionGroup;
 class QLabel;
 class QPlainTextEdit;
 class QTimer;
@@ -25,6 +27,9 @@ class TqxDesignerWindow : public QMainWindow {
   QPlainTextEdit* Editor() const { return Editor_; }
   // Assigns the pane's text to the builder now.
   void ApplyText();
+  // Draws the links in the style of that name (View menu); false for an unknown one.
+  bool SetLinkStyle(const std::string& UserName);
+  QActionGroup* LinkStyleActions() const { return LinkStyles_; }
 
  public slots:
   // A datasource whose fields the metadata provider could not give.
@@ -39,12 +44,14 @@ class TqxDesignerWindow : public QMainWindow {
   void TextEdited();
   void MarkError(int Line, int Column);
   void ClearMark();
+  void SyncLinkStyleMenu();
 
   TqxBaseSyntaxProvider* Syntax_;
   TqxQueryBuilder* Builder_;
   QPlainTextEdit* Editor_;
   QTimer* Pause_;
   QLabel* Status_;
+  QActionGroup* LinkStyles_ = nullptr;
   bool SettingText_ = false;
   bool LoadingFromPane_ = false;
 };

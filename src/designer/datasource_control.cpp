@@ -116,7 +116,8 @@ void TqxQueryBuilderDataSourceControl::GeometryChanged() {
   if (Datasource_ == nullptr)
     return;
   WorkArea_->UpdateCanvasSize();
-  Datasource_->RepaintLinks();
+  // Every link ending on this box, whichever datasource's join it belongs to.
+  WorkArea_->RealignLinks(this);
 }
 
 void TqxQueryBuilderDataSourceControl::moveEvent(QMoveEvent* Event) {
@@ -180,6 +181,8 @@ void TqxQueryBuilderDataSourceControl::UpdateContent() {
     show();
     WorkArea_->UpdateCanvasSize();
   }
+  // The rows may have moved under the links' ends.
+  WorkArea_->RealignLinks(this);
   update();
 }
 
@@ -544,7 +547,7 @@ TqxQueryBuilderDatasourceFieldsList::TqxQueryBuilderDatasourceFieldsList(
   connect(this, &QListWidget::itemChanged, this, &TqxQueryBuilderDatasourceFieldsList::ClickCheck);
   connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] {
     if (Box_->GetDatasource() != nullptr)
-      Box_->GetDatasource()->RepaintLinks();
+      Box_->GetWorkArea()->RealignLinks(Box_);
   });
 }
 

@@ -17,6 +17,7 @@
 #include <memory>
 #include <string>
 
+#include "qorvex/designer/link_painters.h"
 #include "qorvex/designer/query_builder.h"
 #include "qorvex/model/controls.h"
 #include "qorvex/model/sql_builder.h"
@@ -31,6 +32,8 @@ namespace qorvex {
 class TqxDatasource;
 class TqxQueryBuilderDataSourceControl;
 class TqxQueryBuilderDatasourceFieldsList;
+class TqxQueryBuilderLinkControl;
+class TqxQueryBuilderLinkPainter;
 class TqxQueryBuilderWorkArea;
 class TqxSubQuery;
 class TqxUnionSubQuery;
@@ -177,8 +180,19 @@ class TqxQueryBuilderWorkArea : public QScrollArea {
   // Detaches from the model before the page goes.
   void Release();
 
+  // The link controls on this diagram; they lie below the boxes.
+  void AddLinkControl(TqxQueryBuilderLinkControl* Link);
+  void RemoveLinkControl(TqxQueryBuilderLinkControl* Link);
+  const std::vector<TqxQueryBuilderLinkControl*>& LinkControls() const { return Links_; }
+  // Re-places the links that end on Box, or all links when Box is null.
+  void RealignLinks(const TqxQueryBuilderDataSourceControl* Box = nullptr);
+  // The link whose line passes near a canvas point; null when none does.
+  TqxQueryBuilderLinkControl* LinkAt(const QPoint& CanvasPos) const;
+
  private:
   void FocusChanged(QWidget* Old, QWidget* Now);
+  void DetachLinkControls();
+  std::vector<TqxQueryBuilderLinkControl*> Links_;
   TqxQueryBuilder* Builder_;
   TqxUnionSubQueryTabSheet* Page_;
   QPointer<QWidget> Focused_;
@@ -385,6 +399,8 @@ class TqxQueryBuilderPrivate {
   bool BkImageCacheValid = false;
   // Shows a menu and returns the chosen action; replaceable (tests choose items).
   std::function<QAction*(QMenu& Menu, const QPoint& GlobalPos)> MenuExecutor;
+  // The builder's link painter; null lets the shared Access-style painter draw.
+  std::unique_ptr<TqxQueryBuilderLinkPainter> LinkPainter;
 };
 
 }  // namespace qorvex

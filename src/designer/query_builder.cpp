@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "designer/designer_p.h"
+#include "designer/link_control.h"
 #include "designer/select_list_control.h"
 #include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
@@ -103,9 +104,11 @@ std::vector<std::unique_ptr<TqxControl>> TqxDesignerControlFactory::CreateContro
   } else if (auto* selectList = dynamic_cast<TqxSelectList*>(&Owner)) {
     if (auto* page = qobject_cast<TqxUnionSubQueryTabSheet*>(parentWidget))
       widget = new TqxQueryBuilderSelectListControl(Builder_, page, selectList);
+  } else if (auto* link = dynamic_cast<TqxLink*>(&Owner)) {
+    if (auto* page = qobject_cast<TqxUnionSubQueryTabSheet*>(parentWidget))
+      widget = new TqxQueryBuilderLinkControl(page->GetWorkArea(), link);
   }
-  // Links, the select-list grid and the union bar's controls are not shown yet; the
-  // model works without them.
+  // The union bar's controls are not shown yet; the model works without them.
   if (widget != nullptr)
     controls.push_back(std::make_unique<TqxWidgetControl>(&Owner, widget));
   return controls;
@@ -246,6 +249,8 @@ TqxQueryBuilder::TqxQueryBuilder(QWidget* Parent)
     d_->ModelChanged();
     emit sqlChanged(FromStd(d_->Writer.GetSQL()));
   };
+  d_->LinkPainter = TqxQueryBuilderLinkPainters::Instance().CreateByName(
+      TqxBaseQueryBuilder::GetLinkTypeName(), this);
   d_->Factory = std::make_unique<TqxDesignerControlFactory>(this);
   SetControlFactory(d_->Factory.get());
   d_->Pages->SyncWithModel();
@@ -318,6 +323,45 @@ void TqxQueryBuilder::setGridSize(int Value) {
 
 void TqxQueryBuilder::setSplitterHeight(int Value) {
   TqxQueryBuilderPrivate::Run(this, [&] { SetSplitterHeight(Value); });
+}
+
+TqxQueryBuilderLinkPainter* TqxQueryBuilder::GetLinkPainter() const {
+  return d_->LinkPainter.get();
+}
+
+void TqxQueryBuilder::SetLinkPainter(std::unique_ptr<TqxQueryBuilderLinkPainter> Painter) {
+  if (Painter.get() == d_->LinkPainter.get()) {
+    Painter.release();  // already ours
+    return;
+  }
+  d_->LinkPainter = std::move(Painter);
+  for (TqxQueryBuilderWorkArea* area : findChildren<TqxQueryBuilderWorkArea*>()) {
+    for (TqxQueryBuilderLinkControl* link : area->LinkControls())
+      link->update();
+  }
+}
+
+std::string TqxQueryBuilder::GetLinkTypeName() const {
+  return d_->LinkPainter ? std::string(d_->LinkPainter->ClassType().ClassName()) : std::string();
+}
+
+void TqxQueryBuilder::SetLinkTypeName(const std::string& Value) {
+  TqxBaseQueryBuilder::SetLinkTypeName(Value);
+  SetLinkPainter(TqxQueryBuilderLinkPainters::Instance().CreateByName(Value, this));
+}
+
+bool TqxQueryBuilder::CreateByUserName(const std::string& UserName) {
+  std::unique_ptr<TqxQueryBuilderLinkPainter> painter =
+      TqxQueryBuilderLinkPainters::Instance().CreateByUserName(UserName, this);
+  if (!painter)
+    return false;
+  TqxBaseQueryBuilder::SetLinkTypeName(std::string(painter->ClassType().ClassName()));
+  SetLinkPainter(std::move(painter));
+  return true;
+}
+
+void TqxQueryBuilder::GetUserNames(const std::function<void(const std::string&)>& Callback) const {
+  TqxQueryBuilderLinkPainters::Instance().GetUserNames(Callback);
 }
 
 QColor TqxQueryBuilder::ToQColor(TqxColor Color) const {

@@ -9,6 +9,7 @@
 #include <QScrollBar>
 
 #include "designer/designer_p.h"
+#include "designer/link_control.h"
 #include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
 
@@ -33,12 +34,17 @@ class TqxWorkAreaCanvas : public QWidget {
   }
   void mousePressEvent(QMouseEvent* Event) override {
     setFocus(Qt::MouseFocusReason);
-    Area_->SetFocusedControl(nullptr);
+    // A press on a link's line focuses the link.
+    Area_->SetFocusedControl(Area_->LinkAt(Event->position().toPoint()));
     QWidget::mousePressEvent(Event);
   }
   void mouseDoubleClickEvent(QMouseEvent* Event) override {
     if (Event->button() != Qt::LeftButton)
       return;
+    if (TqxQueryBuilderLinkControl* link = Area_->LinkAt(Event->position().toPoint())) {
+      link->EditProps();
+      return;
+    }
     if (TqxUnionSubQuery* operand = Area_->GetOperand())
       TqxQueryBuilderPrivate::Run(Area_->GetBuilder(), [&] { operand->EditPropsEvent(); });
   }
@@ -49,6 +55,10 @@ class TqxWorkAreaCanvas : public QWidget {
     QWidget::keyPressEvent(Event);
   }
   void contextMenuEvent(QContextMenuEvent* Event) override {
+    if (TqxQueryBuilderLinkControl* link = Area_->LinkAt(Event->pos())) {
+      link->ShowPopupMenu(Event->globalPos());
+      return;
+    }
     Area_->ShowPopupMenu(Event->globalPos());
   }
   // Drags from outside the component go to the application's handlers.
@@ -156,7 +166,9 @@ TqxQueryBuilderWorkArea::TqxQueryBuilderWorkArea(TqxQueryBuilder* Builder,
   connect(qApp, &QApplication::focusChanged, this, &TqxQueryBuilderWorkArea::FocusChanged);
 }
 
-TqxQueryBuilderWorkArea::~TqxQueryBuilderWorkArea() = default;
+TqxQueryBuilderWorkArea::~TqxQueryBuilderWorkArea() {
+  DetachLinkControls();
+}
 
 TqxUnionSubQuery* TqxQueryBuilderWorkArea::GetOperand() const {
   return Released_ ? nullptr : Page_->GetOperand();
@@ -165,6 +177,7 @@ TqxUnionSubQuery* TqxQueryBuilderWorkArea::GetOperand() const {
 void TqxQueryBuilderWorkArea::Release() {
   Released_ = true;
   Focused_ = nullptr;
+  DetachLinkControls();
 }
 
 QList<TqxQueryBuilderDataSourceControl*> TqxQueryBuilderWorkArea::Boxes() const {

@@ -14,6 +14,7 @@ class QMimeData;
 
 namespace qorvex {
 
+class TqxQueryBuilderLinkPainter;
 class TqxQueryBuilderPrivate;
 
 // The query builder widget an application places in a window: the statement's sub-queries
@@ -36,6 +37,7 @@ class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
   Q_PROPERTY(int DefColumnsPaneHeight READ GetDefColumnsPaneHeight WRITE SetDefColumnsPaneHeight)
   Q_PROPERTY(
       qorvex::TqxUnionNavBarPosition UnionNavBarPos READ GetUnionNavBarPos WRITE SetUnionNavBarPos)
+  Q_PROPERTY(QString LinkTypeName READ linkTypeName WRITE setLinkTypeName)
 
  public:
   explicit TqxQueryBuilder(QWidget* Parent = nullptr);
@@ -57,6 +59,22 @@ class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
 
   // A colour of the model (RGB or a system colour) as this widget's palette shows it.
   QColor ToQColor(TqxColor Color) const;
+
+  // The painter that draws the links; null when the shared Access-style painter does.
+  TqxQueryBuilderLinkPainter* GetLinkPainter() const;
+  // Takes Painter (null for none) and frees the one it had.
+  void SetLinkPainter(std::unique_ptr<TqxQueryBuilderLinkPainter> Painter);
+  // The class name of the painter (empty without one). Assigning creates a painter of the
+  // registered class of that name; an unknown name leaves the builder without one.
+  std::string GetLinkTypeName() const override;
+  void SetLinkTypeName(const std::string& Value) override;
+  QString linkTypeName() const { return QString::fromStdString(GetLinkTypeName()); }
+  void setLinkTypeName(const QString& Value) { SetLinkTypeName(Value.toStdString()); }
+  // Switches to the painter whose style text is UserName ("Simple", "MS SQL Style",
+  // "Access Style"); false, and no change, for a style that is not registered.
+  bool CreateByUserName(const std::string& UserName);
+  // The style texts of the registered painters, in registration order.
+  void GetUserNames(const std::function<void(const std::string&)>& Callback) const;
 
   // Drags from outside the component over a diagram (the application's own objects):
   // OnDragOver answers whether a drop at Point (diagram coordinates) is welcome;

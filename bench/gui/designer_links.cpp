@@ -1,0 +1,169 @@
+// Links on the designer's diagram, off screen: a statement of 200 joined tables with 300
+// links. Re-placing links after one box moves, and one full repaint in each link style.
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QPainter>
+#include <string>
+#include <vector>
+
+#include "designer/designer_p.h"
+#include "designer/link_control.h"
+#include "qorvex/designer/link_painters.h"
+#include "qorvex/designer/query_builder.h"
+#include "qorvex/metadata/event_provider.h"
+#include "qorvex/model/query.h"
+#include "qorvex/syntax/components.h"
+
+namespace {
+
+using namespace qorvex;
+
+constexpr QEvent::Type kLoadSQLEvent = static_cast<QEvent::Type>(1024);
+constexpr int kBoxes = 200;
+constexpr int kLinks = 300;
+
+// T0 .. T199, each joined to the one before by a key column; the first ones by a second
+// column as well, up to 300 links.
+std::string JoinedTables() {
+  std::string sql = "select t0.Name from T0 t0";
+  int links = 0;
+  for (int i = 1; i < kBoxes; ++i) {
+    const std::string a = "t" + std::to_string(i);
+    const std::string p = "t" + std::to_string(i - 1);
+    sql += " inner join T" + std::to_string(i) + " " + a + " on " + p + ".Id = " + a + ".ParentId";
+    ++links;
+    if (kLinks - links > kBoxes - 1 - i) {
+      sql += " and " + p + ".Code = " + a + ".Code";
+      ++links;
+    }
+  }
+  return sql;
+}
+
+struct Diagram {
+  Diagram() {
+    Metadata.OnGetSQLFieldNames = [](TqxEventMetadataProvider*, const std::string&,
+                                     std::vector<std::string>& Fields) {
+      Fields = {"Id", "ParentId", "Name", "Code", "Created", "Amount"};
+    };
+    Builder.SetSyntaxProvider(&Syntax);
+    Builder.SetMetadataProvider(&Metadata);
+    Builder.resize(1200, 800);
+    Builder.show();
+    QApplication::processEvents();
+    Builder.SetSQL(JoinedTables());
+    QApplication::sendPostedEvents(&Builder, kLoadSQLEvent);
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QApplication::processEvents();
+    auto* control = dynamic_cast<TqxWidgetControl*>(Builder.GetActiveUnionSubquery()->GetControl());
+    Area = qobject_cast<TqxUnionSubQueryTabSheet*>(control->GetWidget())->GetWorkArea();
+  }
+  bool Complete() const {
+    int placed = 0;
+    for (const TqxQueryBuilderLinkControl* link : Area->LinkControls())
+      placed += link->IsPlaced() ? 1 : 0;
+    return Area->Boxes().size() == kBoxes && placed == kLinks;
+  }
+
+  TqxSQL92SyntaxProvider Syntax;
+  TqxEventMetadataProvider Metadata;
+  TqxQueryBuilder Builder;
+  TqxQueryBuilderWorkArea* Area = nullptr;
+};
+
+// One box in the middle of the chain moves; the links ending on it follow (four of them).
+void BM_MoveOneBoxWithItsLinks(benchmark::State& State) {
+  Diagram diagram;
+  if (!diagram.Complete()) {
+    State.SkipWithError("the statement did not load into 200 boxes and 300 links");
+    return;
+  }
+  TqxQueryBuilderDataSourceControl* box = diagram.Area->Boxes()[50];
+  const QRect start = box->geometry();
+  int step = 0;
+  for (auto _ : State) {
+    ++step;
+    box->ProposeGeometry(start.translated((step % 40) * 4, (step % 17) * 6));
+  }
+}
+BENCHMARK(BM_MoveOneBoxWithItsLinks)->Unit(benchmark::kMicrosecond);
+
+// After one box moves, every link of the diagram is placed again.
+void BM_RealignAllLinksAfterOneBoxMoves(benchmark::State& State) {
+  Diagram diagram;
+  if (!diagram.Complete()) {
+    State.SkipWithError("the statement did not load into 200 boxes and 300 links");
+    return;
+  }
+  TqxQueryBuilderDataSourceControl* box = diagram.Area->Boxes()[50];
+  const QRect start = box->geometry();
+  int step = 0;
+  for (auto _ : State) {
+    ++step;
+    box->ProposeGeometry(start.translated((step % 40) * 4, (step % 17) * 6));
+    diagram.Area->RealignLinks(nullptr);
+  }
+}
+BENCHMARK(BM_RealignAllLinksAfterOneBoxMoves)->Unit(benchmark::kMicrosecond);
+
+// The whole diagram rendered once: background, 200 boxes, 300 links in one style.
+void BM_RepaintDiagramWithLinks(benchmark::State& State) {
+  static const char* const kStyles[] = {"Simple", "MS SQL Style", "Access Style"};
+  const char* style = kStyles[State.range(0)];
+  State.SetLabel(style);
+  Diagram diagram;
+  if (!diagram.Complete() || !diagram.Builder.CreateByUserName(style)) {
+    State.SkipWithError("the diagram or the style is missing");
+    return;
+  }
+  QWidget* canvas = diagram.Area->Canvas();
+  QImage image(canvas->size(), QImage::Format_ARGB32_Premultiplied);
+  for (auto _ : State) {
+    QPainter painter(&image);
+    canvas->render(&painter);
+  }
+  State.counters["pixels"] = static_cast<double>(canvas->width()) * canvas->height();
+}
+BENCHMARK(BM_RepaintDiagramWithLinks)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+
+// Only the links: each link control painted once by its painter.
+void BM_PaintLinksOnly(benchmark::State& State) {
+  static const char* const kStyles[] = {"Simple", "MS SQL Style", "Access Style"};
+  const char* style = kStyles[State.range(0)];
+  State.SetLabel(style);
+  Diagram diagram;
+  if (!diagram.Complete() || !diagram.Builder.CreateByUserName(style)) {
+    State.SkipWithError("the diagram or the style is missing");
+    return;
+  }
+  QWidget* canvas = diagram.Area->Canvas();
+  QImage image(canvas->size(), QImage::Format_ARGB32_Premultiplied);
+  TqxQueryBuilderLinkPainter* painter = diagram.Builder.GetLinkPainter();
+  for (auto _ : State) {
+    QPainter canvasPainter(&image);
+    for (TqxQueryBuilderLinkControl* link : diagram.Area->LinkControls()) {
+      canvasPainter.save();
+      canvasPainter.translate(link->pos());
+      painter->PaintLink(canvasPainter, link->GetPoints(), false, link->GetLeftSide(),
+                         link->GetRightSide(), link->GetLink());
+      canvasPainter.restore();
+    }
+  }
+}
+BENCHMARK(BM_PaintLinksOnly)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication app(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv))
+    return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
