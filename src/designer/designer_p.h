@@ -28,6 +28,7 @@ class QStackedWidget;
 
 namespace qorvex {
 
+class TqxAddObjectForm;
 class TqxDatasource;
 class TqxQueryBuilderDataSourceControl;
 class TqxQueryBuilderDatasourceFieldsList;
@@ -355,6 +356,9 @@ class TqxDesignerControlFactory : public TqxControlFactory {
   TqxQueryBuilder* Builder_;
 };
 
+// Runs the dialog of Kind on Owner for a builder (the factory's ExecuteDialog).
+bool ExecuteDesignerDialog(TqxQueryBuilder* Builder, TqxQueryBuilderControlOwner& Owner,
+                           TqxDialogKind Kind);
 // Fills Menu from the model's items; returns each action's handler by action.
 void BuildQMenu(QMenu& Menu, const TqxPopupMenu& Items,
                 std::vector<std::pair<QAction*, std::function<void()>>>& Handlers);
@@ -385,6 +389,8 @@ class TqxQueryBuilderPrivate {
   bool BkImageCacheValid = false;
   // Shows a menu and returns the chosen action; replaceable (tests choose items).
   std::function<QAction*(QMenu& Menu, const QPoint& GlobalPos)> MenuExecutor;
+  // The Add object dialog while it is open (option changes reach it).
+  QPointer<TqxAddObjectForm> AddObjectForm;
 };
 
 }  // namespace qorvex

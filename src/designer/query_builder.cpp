@@ -1,5 +1,7 @@
 #include "qorvex/designer/query_builder.h"
 
+#include "qorvex/designer/dialogs.h"
+
 #include <QApplication>
 #include <QBuffer>
 #include <QCoreApplication>
@@ -10,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include "designer/designer_p.h"
+#include "qorvex/designer/dialogs.h"
 #include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
 
@@ -157,10 +160,9 @@ void TqxDesignerControlFactory::PopupMenu(TqxQueryBuilderControlOwner& /*Owner*/
   }
 }
 
-bool TqxDesignerControlFactory::ExecuteDialog(TqxQueryBuilderControlOwner& /*Owner*/,
-                                              TqxDialogKind /*Kind*/) {
-  // The dialogs are not part of the widget set yet.
-  return false;
+bool TqxDesignerControlFactory::ExecuteDialog(TqxQueryBuilderControlOwner& Owner,
+                                              TqxDialogKind Kind) {
+  return ExecuteDesignerDialog(Builder_, Owner, Kind);
 }
 
 QString AboutText() {
@@ -296,6 +298,11 @@ void TqxQueryBuilder::DoMetadataError(TqxDatasource* ADatasource, const std::str
 void TqxQueryBuilder::DoLayoutChanged() {
   for (TqxUnionSubQueryTabSheet* page : findChildren<TqxUnionSubQueryTabSheet*>())
     page->UpdateLayout();
+}
+
+void TqxQueryBuilder::DoAddObjectFormOptionsChanged() {
+  if (d_->AddObjectForm)
+    d_->AddObjectForm->NotifyOptionsChanged();
 }
 
 void TqxQueryBuilder::DoRepaintBackground() {

@@ -8,8 +8,8 @@
 #include "qorvex/ast/from.h"
 #include "qorvex/ast/metadata_provider.h"
 #include "qorvex/ast/query.h"
-#include "qorvex/model/datasources.h"
 #include "qorvex/ast/syntax_provider.h"
+#include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
 #include "qorvex/model/sql_builder.h"
 
@@ -493,7 +493,10 @@ void TqxBaseQueryBuilder::SetTabStyle(TqxTabStyle Value) {
 }
 
 void TqxBaseQueryBuilder::SetAddObjectFormOptions(const TqxAddObjectFormOptions& Value) {
-  AddObjectFormOptions_ = Value;
+  if (Value == AddObjectFormOptions_)
+    return;
+  AddObjectFormOptions_.Assign(Value);
+  DoAddObjectFormOptionsChanged();
 }
 
 }  // namespace qorvex
