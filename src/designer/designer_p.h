@@ -29,6 +29,7 @@ class QStackedWidget;
 
 namespace qorvex {
 
+class TqxAddObjectForm;
 class TqxDatasource;
 class TqxQueryBuilderDataSourceControl;
 class TqxQueryBuilderDatasourceFieldsList;
@@ -369,6 +370,9 @@ class TqxDesignerControlFactory : public TqxControlFactory {
   TqxQueryBuilder* Builder_;
 };
 
+// Runs the dialog of Kind on Owner for a builder (the factory's ExecuteDialog).
+bool ExecuteDesignerDialog(TqxQueryBuilder* Builder, TqxQueryBuilderControlOwner& Owner,
+                           TqxDialogKind Kind);
 // Fills Menu from the model's items; returns each action's handler by action.
 void BuildQMenu(QMenu& Menu, const TqxPopupMenu& Items,
                 std::vector<std::pair<QAction*, std::function<void()>>>& Handlers);
@@ -401,6 +405,8 @@ class TqxQueryBuilderPrivate {
   std::function<QAction*(QMenu& Menu, const QPoint& GlobalPos)> MenuExecutor;
   // The builder's link painter; null lets the shared Access-style painter draw.
   std::unique_ptr<TqxQueryBuilderLinkPainter> LinkPainter;
+  // The Add object dialog while it is open (option changes reach it).
+  QPointer<TqxAddObjectForm> AddObjectForm;
 };
 
 }  // namespace qorvex

@@ -1,5 +1,7 @@
 #include "qorvex/designer/query_builder.h"
 
+#include "qorvex/designer/dialogs.h"
+
 #include <QApplication>
 #include <QBuffer>
 #include <QCoreApplication>
@@ -12,6 +14,7 @@
 #include "designer/designer_p.h"
 #include "designer/link_control.h"
 #include "designer/select_list_control.h"
+#include "qorvex/designer/dialogs.h"
 #include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
 #include "qorvex/model/select_list.h"
@@ -165,10 +168,9 @@ void TqxDesignerControlFactory::PopupMenu(TqxQueryBuilderControlOwner& /*Owner*/
   }
 }
 
-bool TqxDesignerControlFactory::ExecuteDialog(TqxQueryBuilderControlOwner& /*Owner*/,
-                                              TqxDialogKind /*Kind*/) {
-  // The dialogs are not part of the widget set yet.
-  return false;
+bool TqxDesignerControlFactory::ExecuteDialog(TqxQueryBuilderControlOwner& Owner,
+                                              TqxDialogKind Kind) {
+  return ExecuteDesignerDialog(Builder_, Owner, Kind);
 }
 
 QString AboutText() {
@@ -309,6 +311,11 @@ void TqxQueryBuilder::DoMetadataError(TqxDatasource* ADatasource, const std::str
 void TqxQueryBuilder::DoLayoutChanged() {
   for (TqxUnionSubQueryTabSheet* page : findChildren<TqxUnionSubQueryTabSheet*>())
     page->UpdateLayout();
+}
+
+void TqxQueryBuilder::DoAddObjectFormOptionsChanged() {
+  if (d_->AddObjectForm)
+    d_->AddObjectForm->NotifyOptionsChanged();
 }
 
 void TqxQueryBuilder::DoRepaintBackground() {

@@ -493,7 +493,10 @@ void TqxBaseQueryBuilder::SetTabStyle(TqxTabStyle Value) {
 }
 
 void TqxBaseQueryBuilder::SetAddObjectFormOptions(const TqxAddObjectFormOptions& Value) {
-  AddObjectFormOptions_ = Value;
+  if (Value == AddObjectFormOptions_)
+    return;
+  AddObjectFormOptions_.Assign(Value);
+  DoAddObjectFormOptionsChanged();
 }
 
 }  // namespace qorvex

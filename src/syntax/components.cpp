@@ -158,6 +158,10 @@ void TqxBaseSyntaxProvider::SendCapsChangedNotifications() {
   }
 }
 
+std::string TqxBaseSyntaxProvider::GetEditPropsFormClass() const {
+  return {};
+}
+
 void TqxBaseSyntaxProvider::Notification(TqxComponent* Component, TOperation Operation) {
   TqxComponent::Notification(Component, Operation);
   if (Operation == TOperation::opRemove) {
@@ -170,6 +174,10 @@ void TqxBaseSyntaxProvider::Notification(TqxComponent* Component, TOperation Ope
 
 TqxSQL92SyntaxProvider::~TqxSQL92SyntaxProvider() {
   BeginDestroy();
+}
+
+std::string TqxSQL92SyntaxProvider::GetEditPropsFormClass() const {
+  return "TqxSQL92QueryPropsForm";
 }
 
 std::unique_ptr<TastSyntaxProvider> TqxSQL92SyntaxProvider::CreateASTSyntaxProvider() const {

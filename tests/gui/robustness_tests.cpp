@@ -4,6 +4,9 @@
 #include <QMenu>
 #include <random>
 
+#include <QDialog>
+#include <QTimer>
+
 #include "gui/designer_fixture.h"
 
 namespace qorvex::testing_gui {
@@ -72,6 +75,13 @@ TEST_F(Robustness, RandomMouseAndKeySequencesKeepBoxesAndModelTogether) {
                ? nullptr
                : actions[static_cast<size_t>(pick(static_cast<int>(actions.size())))];
   };
+  // Dialogs the menus open are closed at once, with OK or Cancel.
+  QTimer closer;
+  QObject::connect(&closer, &QTimer::timeout, [&] {
+    if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget()))
+      pick(2) == 0 ? dialog->accept() : dialog->reject();
+  });
+  closer.start(1);
   const char* statements[] = {
       "select c.Name from Customers c inner join Orders o on c.Id = o.CustomerId",
       "select * from Customers c, Orders o, Items i, Products p, T t",

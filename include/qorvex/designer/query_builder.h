@@ -104,6 +104,7 @@ class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
   void PostLoadSQLMessage() override;
   void DoLayoutChanged() override;
   void DoRepaintBackground() override;
+  void DoAddObjectFormOptionsChanged() override;
   void DoMetadataError(TqxDatasource* ADatasource, const std::string& AMessage) override;
 
  private:

@@ -146,6 +146,8 @@ class TqxBaseQueryBuilder : public TqxComponent, public TqxSyntaxProviderClient 
   int GetDefColumnsPaneHeight() const { return DefColumnsPaneHeight_; }
   void SetDefColumnsPaneHeight(int Value) { DefColumnsPaneHeight_ = Value; }
   const TqxAddObjectFormOptions& GetAddObjectFormOptions() const { return AddObjectFormOptions_; }
+  // Stores the options; a change reaches an open Add object dialog through
+  // DoAddObjectFormOptionsChanged.
   void SetAddObjectFormOptions(const TqxAddObjectFormOptions& Value);
 
   // Passes a metadata provider's error about a datasource to OnMetadataError; without a
@@ -168,6 +170,7 @@ class TqxBaseQueryBuilder : public TqxComponent, public TqxSyntaxProviderClient 
   // Hooks for the toolkit: the layout or the background changed.
   virtual void DoLayoutChanged() {}
   virtual void DoRepaintBackground() {}
+  virtual void DoAddObjectFormOptionsChanged() {}
 
   void Notification(TqxComponent* Component, TOperation Operation) override;
 

@@ -97,7 +97,17 @@ struct TqxImageList {
 enum TqxFormPosition { poDesigned, poScreenCenter, poMainFormCenter, poOwnerFormCenter };
 enum TqxListViewStyle { vsIcon, vsSmallIcon, vsList, vsReport };
 
-// Options of the Add object dialog, kept by the query builder.
+// Size limits of the Add object dialog, in pixels at 96 dpi; 0 is no maximum.
+struct TqxAddObjectSizeConstraints {
+  int MinHeight = 342;
+  int MinWidth = 294;
+  int MaxHeight = 0;
+  int MaxWidth = 0;
+  bool operator==(const TqxAddObjectSizeConstraints&) const = default;
+};
+
+// Options of the Add object dialog, kept by the query builder. Sizes are in pixels at
+// 96 dpi; the dialog scales them for the screen and its font.
 struct TqxAddObjectFormOptions {
   TqxFormPosition Position = poMainFormCenter;
   TqxListViewStyle ListViewStyle = vsList;
@@ -105,10 +115,10 @@ struct TqxAddObjectFormOptions {
   TqxImageList ImageListLarge;
   int ImageIndexTables = -1;
   int ImageIndexViews = -1;
-  int MinHeight = 342;
-  int MinWidth = 294;
+  TqxAddObjectSizeConstraints Constraints;
   int Width = 294;
   int Height = 342;
+  void Assign(const TqxAddObjectFormOptions& Source) { *this = Source; }
   bool operator==(const TqxAddObjectFormOptions&) const = default;
 };
 

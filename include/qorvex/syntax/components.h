@@ -48,6 +48,9 @@ class TqxBaseSyntaxProvider : public TqxComponent {
   bool IsColumnOfDBObject(const TSQLObjectColumn& Column, const TSQLDatabaseObject& Object) const;
   std::unique_ptr<TSQLFromObject> CreateSQLFromObject(const std::string& Name,
                                                       const std::string& Alias) const;
+  // The class name of the dialog that edits a union operand's statement-level options
+  // in this dialect (the designer creates it by name); empty when there is none.
+  virtual std::string GetEditPropsFormClass() const;
 
   bool IsUniversalExpressions() const;
   bool IsSupportViews() const;
@@ -99,6 +102,8 @@ class TqxBaseSyntaxProvider : public TqxComponent {
 class TqxSQL92SyntaxProvider : public TqxBaseSyntaxProvider {
  public:
   ~TqxSQL92SyntaxProvider() override;
+  // "TqxSQL92QueryPropsForm": DISTINCT and the set operator.
+  std::string GetEditPropsFormClass() const override;
 
  protected:
   std::unique_ptr<TastSyntaxProvider> CreateASTSyntaxProvider() const override;
