@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "designer/designer_p.h"
+#include "designer/union_nav_bar.h"
 #include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
 
@@ -93,14 +94,30 @@ std::vector<std::unique_ptr<TqxControl>> TqxDesignerControlFactory::CreateContro
     if (ParentControl == nullptr)
       widget = new TqxQueryTabSheet(d->Pages, query);
   } else if (auto* operand = dynamic_cast<TqxUnionSubQuery*>(&Owner)) {
-    if (auto* sheet = qobject_cast<TqxQueryTabSheet*>(parentWidget))
-      widget = new TqxUnionSubQueryTabSheet(Builder_, sheet, operand);
+    // The operand's page comes first (its work area is the operand's control), then its
+    // button and operator on the tab page's union bar.
+    if (auto* sheet = qobject_cast<TqxQueryTabSheet*>(parentWidget)) {
+      controls.push_back(std::make_unique<TqxWidgetControl>(
+          &Owner, new TqxUnionSubQueryTabSheet(Builder_, sheet, operand)));
+      controls.push_back(std::make_unique<TqxWidgetControl>(
+          &Owner, new TqxUnionButton(sheet->GetNavBar(), operand)));
+      widget = new TqxUnionOperator(sheet->GetNavBar(), operand);
+    }
+  } else if (auto* group = dynamic_cast<TqxUnionGroup*>(&Owner)) {
+    // A nested group: its brackets and its operator. The top group shows nothing itself.
+    auto* sheet = qobject_cast<TqxQueryTabSheet*>(parentWidget);
+    if (sheet != nullptr && group->GetParentGroup() != nullptr) {
+      controls.push_back(std::make_unique<TqxWidgetControl>(
+          &Owner, new TqxLeftBracket(sheet->GetNavBar(), group)));
+      controls.push_back(std::make_unique<TqxWidgetControl>(
+          &Owner, new TqxRightBracket(sheet->GetNavBar(), group)));
+      widget = new TqxUnionOperator(sheet->GetNavBar(), group);
+    }
   } else if (auto* ds = dynamic_cast<TqxDatasource*>(&Owner)) {
     if (auto* page = qobject_cast<TqxUnionSubQueryTabSheet*>(parentWidget))
       widget = new TqxQueryBuilderDataSourceControl(page->GetWorkArea(), ds);
   }
-  // Links, the select-list grid and the union bar's controls are not shown yet; the
-  // model works without them.
+  // Links and the select-list grid are not shown yet; the model works without them.
   if (widget != nullptr)
     controls.push_back(std::make_unique<TqxWidgetControl>(&Owner, widget));
   return controls;
@@ -296,6 +313,10 @@ void TqxQueryBuilder::DoMetadataError(TqxDatasource* ADatasource, const std::str
 void TqxQueryBuilder::DoLayoutChanged() {
   for (TqxUnionSubQueryTabSheet* page : findChildren<TqxUnionSubQueryTabSheet*>())
     page->UpdateLayout();
+  if (d_->Pages != nullptr)
+    d_->Pages->ApplyTabLook();
+  for (TqxQueryTabSheet* sheet : findChildren<TqxQueryTabSheet*>())
+    sheet->PlaceNavBar();
 }
 
 void TqxQueryBuilder::DoRepaintBackground() {
