@@ -116,7 +116,7 @@ class TqxQueryTabSheet : public QWidget, public TqxControlWidget {
   TqxQueryBuiderPageControl* Pages_;
   TqxSubQuery* Query_;
   QStackedWidget* Stack_;
-  TqxUnionNavBar* NavBar_;
+  TqxUnionNavBar* NavBar_ = nullptr;
 };
 
 // The page of one union operand: the work area above a splitter and the bottom panel that

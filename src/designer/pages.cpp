@@ -122,6 +122,8 @@ void TqxQueryTabSheet::UpdateContent() {
 }
 
 void TqxQueryTabSheet::PlaceNavBar() {
+  if (NavBar_ == nullptr)
+    return;
   TqxQueryBuilder* builder = Pages_->GetBuilder();
   QRect area = rect();
   auto* page = qobject_cast<TqxUnionSubQueryTabSheet*>(Stack_->currentWidget());
@@ -139,7 +141,8 @@ void TqxQueryTabSheet::PlaceNavBar() {
   const int width = NavBar_->CalcWidth();
   const int height = TqxUnionNavBar::kHeight;
   const TqxUnionNavBarPosition pos = builder->GetUnionNavBarPos();
-  const int left = pos == unbTopLeft || pos == unbBottomLeft ? area.left() : area.right() + 1 - width;
+  const int left =
+      pos == unbTopLeft || pos == unbBottomLeft ? area.left() : area.right() + 1 - width;
   const int top = pos == unbTopRight || pos == unbTopLeft ? area.top() : area.bottom() + 1 - height;
   NavBar_->setGeometry(left, top, width, height);
   NavBar_->raise();

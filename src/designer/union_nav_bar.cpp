@@ -114,6 +114,13 @@ TqxUnionNavBar::TqxUnionNavBar(TqxQueryTabSheet* Sheet) : QWidget(Sheet), Sheet_
   resize(4, kHeight);
 }
 
+void TqxUnionNavBar::paintEvent(QPaintEvent* /*Event*/) {
+  // A thin frame sets the bar off from the diagram behind it.
+  QPainter painter(this);
+  painter.setPen(palette().color(QPalette::Mid));
+  painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
 TqxSubQuery* TqxUnionNavBar::GetQuery() const {
   return Sheet_->GetQuery();
 }
@@ -578,8 +585,7 @@ void TqxUnionOperator::GetPopupMenu(TqxPopupMenu& Menu) {
   if (provider != nullptr) {
     std::vector<std::string> operators;
     provider->GetUnionOperatorsList(operators);
-    const QString current =
-        (Operator_ + (All_ ? QStringLiteral(" all") : QString())).toUpper();
+    const QString current = (Operator_ + (All_ ? QStringLiteral(" all") : QString())).toUpper();
     for (const std::string& op : operators) {
       TqxMenuItem item;
       item.Caption = op;

@@ -74,6 +74,9 @@ class TqxUnionNavBar : public QWidget {
   bool CanDrop(QWidget* Source, QWidget* Target) const;
   bool Drop(QWidget* Source, QWidget* Target);
 
+ protected:
+  void paintEvent(QPaintEvent* Event) override;
+
  private:
   // An operator stands for its item: the item's button or left bracket.
   QWidget* ResolveTarget(QWidget* Target) const;

@@ -158,8 +158,7 @@ TEST_F(UnionBar, AQueryWithoutUnionsShowsOneOperatorAndOneButtonInTheChosenCorne
       client.setBottom(client.bottom() - bar);
     const QRect g = Bar()->geometry();
     EXPECT_EQ(c.Right ? g.right() : g.left(), c.Right ? client.right() : client.left()) << c.Pos;
-    EXPECT_EQ(c.Bottom ? g.bottom() : g.top(), c.Bottom ? client.bottom() : client.top())
-        << c.Pos;
+    EXPECT_EQ(c.Bottom ? g.bottom() : g.top(), c.Bottom ? client.bottom() : client.top()) << c.Pos;
   }
 }
 
@@ -186,10 +185,14 @@ struct DragCase {
 
 TEST_F(UnionBar, DragsReshapeTheUnion) {
   const char* flat = "select * from Customers union select * from Orders union select * from Items";
-  const char* tail = "select * from Customers union (select * from Orders union select * from Items)";
-  const char* head = "(select * from Customers union select * from Orders) union select * from Items";
+  const char* tail =
+      "select * from Customers union (select * from Orders union select * from Items)";
+  const char* head =
+      "(select * from Customers union select * from Orders) union select * from Items";
   auto button = [](int I) { return [I](UnionBar& t) -> QWidget* { return t.Button(I); }; };
-  auto bracket = [](bool Left) { return [Left](UnionBar& t) -> QWidget* { return t.Bracket(Left); }; };
+  auto bracket = [](bool Left) {
+    return [Left](UnionBar& t) -> QWidget* { return t.Bracket(Left); };
+  };
   auto pick = [](auto From, auto To) {
     return [From, To](UnionBar& t) { return std::make_pair(From(t), To(t)); };
   };
@@ -259,8 +262,8 @@ TEST_F(UnionBar, TheOperatorMenuListsTheProvidersOperatorsAndSetsOne) {
 
   ChooseInMenus("Except All");
   QTest::mouseClick(op, Qt::LeftButton, Qt::NoModifier, op->rect().center());
-  const std::vector<QString> expected = {"Union",      "Union All", "Except",        "Except All",
-                                         "Intersect", "Intersect All", "-", "About Qorvex..."};
+  const std::vector<QString> expected = {"Union",     "Union All",     "Except", "Except All",
+                                         "Intersect", "Intersect All", "-",      "About Qorvex..."};
   EXPECT_EQ(MenuCaptions, expected);
   EXPECT_EQ(Checked, std::vector<QString>{"Union"});
   EXPECT_NE(QString::fromStdString(Sql()).toUpper().indexOf("EXCEPT ALL"), -1) << Sql();
@@ -341,8 +344,7 @@ TEST_F(UnionBar, SubQueriesHaveTabsThatFollowTheActiveSubQuery) {
   ASSERT_EQ(Pages()->count(), 3);
   EXPECT_EQ(Pages()->tabText(0), "Main Query");
   for (int i = 1; i < 3; ++i) {
-    EXPECT_EQ(Pages()->tabText(i).toStdString(),
-              Builder->GetTabHeaderText(Sheet(i)->GetQuery()));
+    EXPECT_EQ(Pages()->tabText(i).toStdString(), Builder->GetTabHeaderText(Sheet(i)->GetQuery()));
     EXPECT_TRUE(Pages()->tabText(i).endsWith("*"));
   }
   ExpectBarMatchesModel(2);
