@@ -6,8 +6,11 @@
 #include <QStyle>
 #include <functional>
 
+#include <QPlainTextEdit>
+
 #include "designer/union_nav_bar.h"
 #include "gui/designer_fixture.h"
+#include "main_window.h"
 #include "qorvex/syntax/sql92_syntax_provider.h"
 
 namespace qorvex::testing_gui {
@@ -373,6 +376,45 @@ TEST_F(UnionBar, SubQueriesHaveTabsThatFollowTheActiveSubQuery) {
   Builder->SetTabHotTrack(true);
   EXPECT_TRUE(Pages()->tabBar()->testAttribute(Qt::WA_Hover));
   EXPECT_FALSE(Pages()->tabBar()->styleSheet().isEmpty());
+}
+
+TEST_F(UnionBar, TheProgramShowsAUnionOnTheBarAndItsTextFollowsADrag) {
+  TqxDesignerWindow window(&Syntax, &Metadata, QString());
+  window.resize(900, 700);
+  window.show();
+  Settle();
+  window.Editor()->setPlainText(
+      "select Name from Customers union (select Name from Products except select Name from "
+      "Customers)");
+  QTest::keyClick(window.Editor(), Qt::Key_Return, Qt::ControlModifier);
+  Settle();
+  auto* sheet = qobject_cast<TqxQueryTabSheet*>(
+      TqxQueryBuilderPrivate::Of(window.Builder())->Pages->currentWidget());
+  ASSERT_NE(sheet, nullptr);
+  QList<TqxUnionButton*> buttons;
+  int brackets = 0;
+  for (QWidget* control : sheet->GetNavBar()->BuildControlsList()) {
+    if (auto* button = qobject_cast<TqxUnionButton*>(control))
+      buttons.push_back(button);
+    brackets += qobject_cast<TqxBracket*>(control) != nullptr ? 1 : 0;
+  }
+  ASSERT_EQ(buttons.size(), 3);
+  EXPECT_EQ(brackets, 2);
+  EXPECT_TRUE(sheet->GetNavBar()->isVisible());
+  EXPECT_TRUE(sheet->rect().contains(sheet->GetNavBar()->geometry()));
+
+  DragOnto(buttons[2], buttons[0]);
+  Settle();
+  const std::string sql = window.Builder()->GetSQL();
+  EXPECT_EQ(ModelSql(sql), sql);
+  EXPECT_EQ(window.Editor()->toPlainText(), QString::fromStdString(sql).remove('\r'))
+      << "the pane shows the rewritten text";
+  std::vector<TqxUnionSubQuery*> operands;
+  window.Builder()->GetQuery()->GetUnionGroup()->GetOperands(operands);
+  ASSERT_EQ(operands.size(), 3u);
+  EXPECT_EQ(operands[0]->GetDatasources().front()->GetCaption(), "Customers");
+  EXPECT_EQ(operands[1]->GetDatasources().front()->GetCaption(), "Customers");
+  EXPECT_EQ(operands[2]->GetDatasources().front()->GetCaption(), "Products");
 }
 
 }  // namespace
