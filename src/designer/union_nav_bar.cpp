@@ -361,7 +361,7 @@ bool TqxUnionNavBar::Drop(QWidget* Source, QWidget* Target) {
 // TqxUnionButton
 
 TqxUnionButton::TqxUnionButton(TqxUnionNavBar* Bar, TqxUnionSubQuery* Operand)
-    : QToolButton(Bar), Bar_(Bar), Operand_(Operand) {
+    : QToolButton(Bar), Operand_(Operand) {
   setCheckable(true);
   setAutoExclusive(true);  // the bar's buttons form one group: one is down
   setAutoRaise(true);
@@ -453,7 +453,7 @@ void TqxUnionButton::contextMenuEvent(QContextMenuEvent* Event) {
 // Brackets
 
 TqxBracket::TqxBracket(TqxUnionNavBar* Bar, TqxUnionGroup* Group, bool Left)
-    : QLabel(Bar), Bar_(Bar), Group_(Group), Left_(Left) {
+    : QLabel(Bar), Group_(Group), Left_(Left) {
   setText(Left ? QStringLiteral("(") : QStringLiteral(")"));
   setAlignment(Qt::AlignCenter);
   setFont(BarFont());
@@ -501,7 +501,7 @@ void TqxBracket::contextMenuEvent(QContextMenuEvent* Event) {
 // TqxUnionOperator
 
 TqxUnionOperator::TqxUnionOperator(TqxUnionNavBar* Bar, TqxQueryBase* Query)
-    : QWidget(Bar), Bar_(Bar), Query_(Query) {
+    : QWidget(Bar), Query_(Query) {
   setFont(BarFont());
   setFixedSize(kSize, kSize);
   Rebuild();

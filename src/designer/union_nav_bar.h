@@ -112,7 +112,6 @@ class TqxUnionButton : public QToolButton, public TqxControlWidget, public TqxUn
   void contextMenuEvent(QContextMenuEvent* Event) override;
 
  private:
-  TqxUnionNavBar* Bar_;
   TqxUnionSubQuery* Operand_;
 };
 
@@ -136,7 +135,6 @@ class TqxBracket : public QLabel, public TqxControlWidget, public TqxUnionDragSo
   void contextMenuEvent(QContextMenuEvent* Event) override;
 
  private:
-  TqxUnionNavBar* Bar_;
   TqxUnionGroup* Group_;
   bool Left_;
 };
@@ -187,7 +185,6 @@ class TqxUnionOperator : public QWidget, public TqxControlWidget {
 
  private:
   void Rebuild();
-  TqxUnionNavBar* Bar_;
   TqxQueryBase* Query_;
   QString Operator_ = QStringLiteral("union");
   bool All_ = false;
