@@ -37,6 +37,7 @@ class TqxQueryBuilderLinkControl;
 class TqxQueryBuilderLinkPainter;
 class TqxQueryBuilderWorkArea;
 class TqxSubQuery;
+class TqxUnionNavBar;
 class TqxUnionSubQuery;
 
 // What the model's control wrapper asks of a widget.
@@ -85,6 +86,8 @@ class TqxQueryBuiderPageControl : public QTabWidget {
   void Quietly(const std::function<void()>& F);
   // Re-reads every caption and follows the builder's active sub-query and operands.
   void SyncWithModel();
+  // Applies the builder's TabStyle and TabHotTrack.
+  void ApplyTabLook();
 
  private:
   void CurrentChanged(int Index);
@@ -105,11 +108,19 @@ class TqxQueryTabSheet : public QWidget, public TqxControlWidget {
 
   TqxSubQuery* GetQuery() const { return Query_; }
   QStackedWidget* GetOperandPages() const { return Stack_; }
+  TqxUnionNavBar* GetNavBar() const { return NavBar_; }
+  // Puts the union bar in the corner UnionNavBarPos names, over the current work area.
+  void PlaceNavBar();
+
+ protected:
+  void resizeEvent(QResizeEvent* Event) override;
+  bool eventFilter(QObject* Watched, QEvent* Event) override;
 
  private:
   TqxQueryBuiderPageControl* Pages_;
   TqxSubQuery* Query_;
   QStackedWidget* Stack_;
+  TqxUnionNavBar* NavBar_ = nullptr;
 };
 
 // The page of one union operand: the work area above a splitter and the bottom panel that

@@ -1,10 +1,15 @@
 // The tab control of the builder, the tab page of each sub-query and the page of each
 // union operand.
+#include <QEvent>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QStyle>
+#include <QTabBar>
 #include <QVBoxLayout>
 
 #include "designer/designer_p.h"
+#include "designer/union_nav_bar.h"
 #include "qorvex/model/query.h"
 
 namespace qorvex {
@@ -16,6 +21,35 @@ TqxQueryBuiderPageControl::TqxQueryBuiderPageControl(TqxQueryBuilder* Builder)
     : QTabWidget(Builder), Builder_(Builder) {
   setDocumentMode(true);
   connect(this, &QTabWidget::currentChanged, this, &TqxQueryBuiderPageControl::CurrentChanged);
+  ApplyTabLook();
+}
+
+void TqxQueryBuiderPageControl::ApplyTabLook() {
+  // Tabs keep the style's own look; buttons and flat buttons are drawn by a style sheet.
+  QString sheet;
+  switch (Builder_->GetTabStyle()) {
+    case tsTabs:
+      break;
+    case tsButtons:
+      sheet = QStringLiteral(
+          "QTabBar::tab { border: 1px solid palette(dark); border-radius: 3px; margin: 2px; "
+          "padding: 3px 10px; background: palette(button); }"
+          "QTabBar::tab:selected { background: palette(midlight); border-color: palette(shadow); "
+          "}");
+      break;
+    case tsFlatButtons:
+      sheet = QStringLiteral(
+          "QTabBar::tab { border: none; margin: 2px; padding: 3px 10px; background: "
+          "transparent; }"
+          "QTabBar::tab:selected { background: palette(midlight); }");
+      break;
+  }
+  tabBar()->setAttribute(Qt::WA_Hover, Builder_->GetTabHotTrack());
+  if (Builder_->GetTabHotTrack())
+    sheet += QStringLiteral("QTabBar::tab:hover { color: palette(highlight); }");
+  setDocumentMode(Builder_->GetTabStyle() == tsTabs);
+  tabBar()->setDrawBase(Builder_->GetTabStyle() == tsTabs);
+  tabBar()->setStyleSheet(sheet);
 }
 
 void TqxQueryBuiderPageControl::Quietly(const std::function<void()>& F) {
@@ -62,6 +96,9 @@ TqxQueryTabSheet::TqxQueryTabSheet(TqxQueryBuiderPageControl* Pages, TqxSubQuery
   layout->setContentsMargins(0, 0, 0, 0);
   Stack_ = new QStackedWidget(this);
   layout->addWidget(Stack_);
+  // The bar floats over the work area of the shown operand, outside the layout.
+  NavBar_ = new TqxUnionNavBar(this);
+  connect(Stack_, &QStackedWidget::currentChanged, this, [this] { PlaceNavBar(); });
   Pages_->Quietly([&] {
     Pages_->addTab(this, QString::fromStdString(Pages_->GetBuilder()->GetTabHeaderText(Query)));
   });
@@ -81,6 +118,46 @@ void TqxQueryTabSheet::UpdateContent() {
         Stack_->setCurrentWidget(control->GetWidget());
     }
   }
+  NavBar_->AlignControls();
+}
+
+void TqxQueryTabSheet::PlaceNavBar() {
+  if (NavBar_ == nullptr)
+    return;
+  TqxQueryBuilder* builder = Pages_->GetBuilder();
+  QRect area = rect();
+  auto* page = qobject_cast<TqxUnionSubQueryTabSheet*>(Stack_->currentWidget());
+  if (page != nullptr) {
+    TqxQueryBuilderWorkArea* work = page->GetWorkArea();
+    const QRect client = work->viewport()->geometry();
+    area = QRect(work->mapTo(this, client.topLeft()), client.size());
+    // A missing scroll bar's room is kept free, so the bar stays put when one shows.
+    if (!work->verticalScrollBar()->isVisibleTo(work))
+      area.setRight(area.right() - style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, work));
+    if (!work->horizontalScrollBar()->isVisibleTo(work))
+      area.setBottom(area.bottom() -
+                     style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, work));
+  }
+  const int width = NavBar_->CalcWidth();
+  const int height = TqxUnionNavBar::kHeight;
+  const TqxUnionNavBarPosition pos = builder->GetUnionNavBarPos();
+  const int left =
+      pos == unbTopLeft || pos == unbBottomLeft ? area.left() : area.right() + 1 - width;
+  const int top = pos == unbTopRight || pos == unbTopLeft ? area.top() : area.bottom() + 1 - height;
+  NavBar_->setGeometry(left, top, width, height);
+  NavBar_->raise();
+}
+
+void TqxQueryTabSheet::resizeEvent(QResizeEvent* Event) {
+  QWidget::resizeEvent(Event);
+  PlaceNavBar();
+}
+
+bool TqxQueryTabSheet::eventFilter(QObject* Watched, QEvent* Event) {
+  if (Event->type() == QEvent::Resize || Event->type() == QEvent::Move ||
+      Event->type() == QEvent::LayoutRequest)
+    PlaceNavBar();
+  return QWidget::eventFilter(Watched, Event);
 }
 
 void TqxQueryTabSheet::MakeVisible() {
@@ -134,6 +211,8 @@ TqxUnionSubQueryTabSheet::TqxUnionSubQueryTabSheet(TqxQueryBuilder* Builder,
   innerLayout->setContentsMargins(0, 0, 0, 0);
   WorkArea_ = new TqxQueryBuilderWorkArea(Builder, this);
   innerLayout->addWidget(WorkArea_);
+  // The tab page keeps its union bar over the work area as it is resized.
+  WorkArea_->installEventFilter(TabSheet);
 
   // The select-list grid will fill this panel.
   BottomPanel_ = new TqxBottomPanel(this, Splitter_);

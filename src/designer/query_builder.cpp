@@ -15,6 +15,7 @@
 #include "designer/link_control.h"
 #include "designer/select_list_control.h"
 #include "qorvex/designer/dialogs.h"
+#include "designer/union_nav_bar.h"
 #include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
 #include "qorvex/model/select_list.h"
@@ -99,8 +100,25 @@ std::vector<std::unique_ptr<TqxControl>> TqxDesignerControlFactory::CreateContro
     if (ParentControl == nullptr)
       widget = new TqxQueryTabSheet(d->Pages, query);
   } else if (auto* operand = dynamic_cast<TqxUnionSubQuery*>(&Owner)) {
-    if (auto* sheet = qobject_cast<TqxQueryTabSheet*>(parentWidget))
-      widget = new TqxUnionSubQueryTabSheet(Builder_, sheet, operand);
+    // The operand's page comes first (its work area is the operand's control), then its
+    // button and operator on the tab page's union bar.
+    if (auto* sheet = qobject_cast<TqxQueryTabSheet*>(parentWidget)) {
+      controls.push_back(std::make_unique<TqxWidgetControl>(
+          &Owner, new TqxUnionSubQueryTabSheet(Builder_, sheet, operand)));
+      controls.push_back(std::make_unique<TqxWidgetControl>(
+          &Owner, new TqxUnionButton(sheet->GetNavBar(), operand)));
+      widget = new TqxUnionOperator(sheet->GetNavBar(), operand);
+    }
+  } else if (auto* group = dynamic_cast<TqxUnionGroup*>(&Owner)) {
+    // A nested group: its brackets and its operator. The top group shows nothing itself.
+    auto* sheet = qobject_cast<TqxQueryTabSheet*>(parentWidget);
+    if (sheet != nullptr && group->GetParentGroup() != nullptr) {
+      controls.push_back(std::make_unique<TqxWidgetControl>(
+          &Owner, new TqxLeftBracket(sheet->GetNavBar(), group)));
+      controls.push_back(std::make_unique<TqxWidgetControl>(
+          &Owner, new TqxRightBracket(sheet->GetNavBar(), group)));
+      widget = new TqxUnionOperator(sheet->GetNavBar(), group);
+    }
   } else if (auto* ds = dynamic_cast<TqxDatasource*>(&Owner)) {
     if (auto* page = qobject_cast<TqxUnionSubQueryTabSheet*>(parentWidget))
       widget = new TqxQueryBuilderDataSourceControl(page->GetWorkArea(), ds);
@@ -111,7 +129,6 @@ std::vector<std::unique_ptr<TqxControl>> TqxDesignerControlFactory::CreateContro
     if (auto* page = qobject_cast<TqxUnionSubQueryTabSheet*>(parentWidget))
       widget = new TqxQueryBuilderLinkControl(page->GetWorkArea(), link);
   }
-  // The union bar's controls are not shown yet; the model works without them.
   if (widget != nullptr)
     controls.push_back(std::make_unique<TqxWidgetControl>(&Owner, widget));
   return controls;
@@ -311,6 +328,10 @@ void TqxQueryBuilder::DoMetadataError(TqxDatasource* ADatasource, const std::str
 void TqxQueryBuilder::DoLayoutChanged() {
   for (TqxUnionSubQueryTabSheet* page : findChildren<TqxUnionSubQueryTabSheet*>())
     page->UpdateLayout();
+  if (d_->Pages != nullptr)
+    d_->Pages->ApplyTabLook();
+  for (TqxQueryTabSheet* sheet : findChildren<TqxQueryTabSheet*>())
+    sheet->PlaceNavBar();
 }
 
 void TqxQueryBuilder::DoAddObjectFormOptionsChanged() {
