@@ -2,8 +2,10 @@
 
 #include <iterator>
 #include <string>
+#include <unordered_map>
 
 #include "ast/node_util.h"
+#include "ast/source_index.h"
 #include "qorvex/ast/builder.h"
 #include "qorvex/ast/from.h"
 #include "qorvex/ast/syntax_provider.h"
@@ -132,12 +134,25 @@ std::string TSQLDatabaseObject::DumpDetails() const {
 TSQLFromSource* TSQLDatabaseObject::FindFromSource(const std::vector<TSQLFromSource*>& List) const {
   if (Count() == 0 || GetSyntaxProvider() == nullptr)
     return nullptr;
+  // The part that names the source in an indexed block: a column's qualifier, else the
+  // name itself. Without one (an empty part) every source is compared.
+  const int part = dynamic_cast<const TSQLObjectColumn*>(this) != nullptr ? 1 : 0;
+  const std::string key =
+      part < Count() ? ast::TSQLFromSourceBlockIndex::Key(GetNames(part)) : std::string();
   // Blocks from the top of the stack down; a null entry opens a block.
   std::size_t end = List.size();
   while (end > 0) {
-    std::size_t begin = end;
-    while (begin > 0 && List[begin - 1] != nullptr)
+    // An indexed block knows where it begins.
+    const ast::TSQLFromSourceBlockIndex* index = ast::TSQLFromSourceBlockIndex::Find(List, end);
+    std::size_t begin = index != nullptr ? index->GetBegin() : end;
+    while (index == nullptr && begin > 0 && List[begin - 1] != nullptr)
       --begin;
+    if (index != nullptr && !key.empty()) {
+      if (TSQLFromSource* found = FindInIndex(List, *index, key))
+        return found;
+      end = begin > 0 ? begin - 1 : 0;
+      continue;
+    }
     for (std::size_t i = begin; i < end; ++i) {
       if (MatchesAlias(*List[i]))
         return List[i];
@@ -149,6 +164,28 @@ TSQLFromSource* TSQLDatabaseObject::FindFromSource(const std::vector<TSQLFromSou
       }
     }
     end = begin > 0 ? begin - 1 : 0;
+  }
+  return nullptr;
+}
+
+TSQLFromSource* TSQLDatabaseObject::FindInIndex(const std::vector<TSQLFromSource*>& List,
+                                                const ast::TSQLFromSourceBlockIndex& Index,
+                                                const std::string& Key) const {
+  // The same order as a direct search: alias matches, then object matches without an
+  // alias, then with one; each in list order.
+  if (const std::vector<std::size_t>* positions = Index.ByAlias(Key)) {
+    for (std::size_t i : *positions) {
+      if (MatchesAlias(*List[i]))
+        return List[i];
+    }
+  }
+  if (const std::vector<std::size_t>* positions = Index.ByObject(Key)) {
+    for (int withAlias = 0; withAlias < 2; ++withAlias) {
+      for (std::size_t i : *positions) {
+        if ((List[i]->GetAlias() != nullptr) == (withAlias != 0) && MatchesObject(*List[i]))
+          return List[i];
+      }
+    }
   }
   return nullptr;
 }
@@ -217,21 +254,112 @@ bool TSQLObjectColumn::MatchesObject(const TSQLFromSource& Source) const {
 
 // ---------------------------------------------------------------------------------------
 
-void RemapFromSourceReferences(TastExtender& Root, const TSQLFromSourceMap& Map) {
-  if (Map.empty())
-    return;
+namespace {
+// Rebinds the names under Root; Lookup gives a source's new source, or null.
+template <class LookupFn>
+void Remap(TastExtender& Root, const LookupFn& Lookup) {
   if (auto* object = dynamic_cast<TSQLDatabaseObject*>(&Root)) {
-    for (const auto& [from, to] : Map) {
-      if (object->GetFromSource() == from) {
-        object->SetFromSource(to);
-        break;
-      }
-    }
+    if (TSQLFromSource* to = Lookup(object->GetFromSource()))
+      object->SetFromSource(to);
   }
   std::vector<TastExtender*> children;
   Root.GetMyChildren(children);
   for (TastExtender* child : children)
-    RemapFromSourceReferences(*child, Map);
+    Remap(*child, Lookup);
 }
+}  // namespace
+
+void RemapFromSourceReferences(TastExtender& Root, const TSQLFromSourceMap& Map) {
+  if (Map.empty())
+    return;
+  // The first pair of a source counts. A few pairs are searched in place; a statement
+  // copy maps every one of its sources and is looked up by hash.
+  if (Map.size() <= 8) {
+    Remap(Root, [&](const TSQLFromSource* From) -> TSQLFromSource* {
+      for (const auto& [from, to] : Map) {
+        if (from == From)
+          return to;
+      }
+      return nullptr;
+    });
+    return;
+  }
+  std::unordered_map<const TSQLFromSource*, TSQLFromSource*> lookup;
+  lookup.reserve(Map.size());
+  for (const auto& [from, to] : Map)
+    lookup.emplace(from, to);
+  Remap(Root, [&](const TSQLFromSource* From) -> TSQLFromSource* {
+    auto it = lookup.find(From);
+    return it != lookup.end() ? it->second : nullptr;
+  });
+}
+
+// ---------------------------------------------------------------------------------------
+// ast::TSQLFromSourceBlockIndex
+
+namespace ast {
+
+namespace {
+// The indexes in force on this thread, innermost last.
+thread_local std::vector<const TSQLFromSourceBlockIndex*> ActiveIndexes;
+}  // namespace
+
+TSQLFromSourceBlockIndex::TSQLFromSourceBlockIndex(const std::vector<TSQLFromSource*>& List,
+                                                   std::size_t Begin)
+    : List_(&List), Begin_(Begin), End_(List.size()) {
+  if (End_ < Begin_ + kMinSources || (Begin_ > 0 && List[Begin_ - 1] != nullptr))
+    return;
+  for (std::size_t i = Begin_; i < End_; ++i) {
+    const TSQLFromSource* source = List[i];
+    if (source == nullptr)
+      return;  // not one block: left unindexed
+    if (const TSQLAlias* alias = source->GetAlias())
+      Aliases_[Key(alias->Name)].push_back(i);
+    const auto* object = dynamic_cast<const TSQLFromObject*>(source);
+    if (object != nullptr && object->GetDatabaseObject() != nullptr &&
+        object->GetDatabaseObject()->Count() > 0)
+      Objects_[Key(object->GetDatabaseObject()->GetNames(0))].push_back(i);
+  }
+  ActiveIndexes.push_back(this);
+  Registered_ = true;
+}
+
+TSQLFromSourceBlockIndex::~TSQLFromSourceBlockIndex() {
+  if (!Registered_)
+    return;
+  auto it = std::find(ActiveIndexes.rbegin(), ActiveIndexes.rend(), this);
+  if (it != ActiveIndexes.rend())
+    ActiveIndexes.erase(std::next(it).base());
+}
+
+const TSQLFromSourceBlockIndex* TSQLFromSourceBlockIndex::Find(
+    const std::vector<TSQLFromSource*>& List, std::size_t End) {
+  for (auto it = ActiveIndexes.rbegin(); it != ActiveIndexes.rend(); ++it) {
+    if ((*it)->List_ == &List && (*it)->End_ == End)
+      return *it;
+  }
+  return nullptr;
+}
+
+const std::vector<std::size_t>* TSQLFromSourceBlockIndex::ByAlias(const std::string& Key) const {
+  auto it = Aliases_.find(Key);
+  return it != Aliases_.end() ? &it->second : nullptr;
+}
+
+const std::vector<std::size_t>* TSQLFromSourceBlockIndex::ByObject(const std::string& Key) const {
+  auto it = Objects_.find(Key);
+  return it != Objects_.end() ? &it->second : nullptr;
+}
+
+std::string TSQLFromSourceBlockIndex::Key(std::string_view Part) {
+  std::string key(Part);
+  for (char& c : key) {
+    if (c >= 'a' && c <= 'z')
+      c = static_cast<char>(c - 'a' + 'A');
+  }
+  return key;
+}
+
+}  // namespace ast
 
 }  // namespace qorvex

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "ast/node_util.h"
+#include "ast/source_index.h"
 #include "qorvex/ast/builder.h"
 #include "qorvex/core/errors.h"
 
@@ -272,6 +273,7 @@ void TSQLSubQuerySelectExpression::FixupObjects(std::vector<TSQLFromSource*>& Li
   List.push_back(nullptr);
   if (FromClause_)
     FromClause_->GetAllSources(List);
+  const ast::TSQLFromSourceBlockIndex index(List, before + 1);
   TSQLSubQueryExpression::FixupObjects(List);
 }
 
