@@ -1043,8 +1043,13 @@ std::unique_ptr<TSQLOrderByClause> TqxSelectList::GetOrderByClause() const {
 void TqxSelectList::LoadSelectListFromAST(std::unique_ptr<TSQLSelectItems> Items) {
   if (!Items)
     return;
-  while (Items->GetCount() > 0) {
-    std::unique_ptr<TastNode> node = Items->Extract(0);
+  // Taken out from the back (each removal is then cheap) and loaded in order.
+  std::vector<std::unique_ptr<TastNode>> nodes;
+  nodes.reserve(static_cast<std::size_t>(Items->GetCount()));
+  while (Items->GetCount() > 0)
+    nodes.push_back(Items->Extract(Items->GetCount() - 1));
+  for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
+    std::unique_ptr<TastNode> node = std::move(*it);
     if (!node)
       continue;
     TqxSelectItem* row = Items_.back()->IsEmpty() ? Items_.back().get() : InsertItem(GetCount());
