@@ -13,6 +13,7 @@
 #include <ostream>
 #include <sstream>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "command.h"
@@ -137,7 +138,7 @@ std::string CardinalityName(TqxQueryBuilderLinkCardinality c) {
 // How a datasource joins the one before it: its join kind, "," or nothing for a first.
 std::string JoinText(const TqxDatasourceBase& DS) {
   const TqxDatasourceGroup* group = DS.GetGroup();
-  if (group != nullptr && group->IndexOf(&DS) == 0)
+  if (group != nullptr && group->GetCount() > 0 && group->GetItems(0) == &DS)
     return "first";
   if (const TSQLJoinKind* kind = DS.GetJoinKind()) {
     std::string text = kind->GetSimpleSQL();
@@ -164,6 +165,12 @@ class SummaryWriter {
     for (int i = 0; i < Builder_.GetSubQueriesCount(); ++i) {
       TqxSubQuery* query = Builder_.GetSubQueries(i);
       Line(0, "query " + Quote(Builder_.GetTabHeaderText(query)));
+      // The operands' names, as GetName gives them, numbered once per query.
+      std::vector<TqxUnionSubQuery*> operands;
+      query->GetUnionGroup()->GetOperands(operands);
+      OperandNames_.clear();
+      for (std::size_t n = 0; n < operands.size(); ++n)
+        OperandNames_.emplace(operands[n], "Q" + std::to_string(n + 1));
       WriteGroup(*query->GetUnionGroup(), 1);
     }
   }
@@ -180,7 +187,7 @@ class SummaryWriter {
           i == 0 ? std::string() : " operator " + Quote(item->GetUnionOperator());
       if (const auto* operand = dynamic_cast<const TqxUnionSubQuery*>(item)) {
         Line(Depth,
-             "operand " + operand->GetName() + op + (operand->GetDistinct() ? " distinct" : ""));
+             "operand " + OperandName(*operand) + op + (operand->GetDistinct() ? " distinct" : ""));
         WriteOperand(*operand, Depth + 1);
       } else if (const auto* group = dynamic_cast<const TqxUnionGroup*>(item)) {
         Line(Depth, "group" + op);
@@ -255,8 +262,14 @@ class SummaryWriter {
     }
   }
 
+  std::string OperandName(const TqxUnionSubQuery& Operand) const {
+    auto it = OperandNames_.find(&Operand);
+    return it != OperandNames_.end() ? it->second : Operand.GetName();
+  }
+
   std::ostream& Out_;
   TqxBaseQueryBuilder& Builder_;
+  std::unordered_map<const TqxUnionSubQuery*, std::string> OperandNames_;
 };
 
 int RunModel(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
