@@ -1,6 +1,7 @@
 #include "qorvex/model/select_list.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "model/model_nodes.h"
 #include "model/model_util.h"
@@ -99,8 +100,13 @@ void SplitLogical(std::unique_ptr<TSQLExpressionItem> E,
     core = brackets->GetInner();
   }
   if (auto* collection = As<Collection>(core)) {
+    // Taken out from the back (each removal is then cheap) and split in order.
+    std::vector<std::unique_ptr<TSQLExpressionItem>> parts;
+    parts.reserve(static_cast<std::size_t>(collection->Count()));
     while (collection->Count() > 0)
-      SplitLogical<Collection>(collection->Extract(0), Items, StripAll);
+      parts.push_back(collection->Extract(collection->Count() - 1));
+    for (auto it = parts.rbegin(); it != parts.rend(); ++it)
+      SplitLogical<Collection>(std::move(*it), Items, StripAll);
     return;
   }
   const bool keep = !StripAll && As<TSQLExpressionLogicalCollection>(core) != nullptr;
@@ -1058,30 +1064,88 @@ void TqxSelectList::LoadSelectListFromAST(std::unique_ptr<TSQLSelectItems> Items
   }
 }
 
+struct TqxSelectList::RowIndex {
+  // Opened on List for the lifetime of the scope when the grid qualifies.
+  explicit RowIndex(TqxSelectList& List) : List_(List) {
+    if (List.RowIndex_ != nullptr)
+      return;
+    for (std::size_t i = 0; i < List.Items_.size(); ++i) {
+      TqxSelectItem* row = List.Items_[i].get();
+      if (row->IsEmpty()) {
+        if (i + 1 != List.Items_.size())
+          return;  // an empty row inside the grid: rows are searched
+        continue;
+      }
+      Add(row);
+    }
+    List.RowIndex_ = this;
+    Open_ = true;
+  }
+  ~RowIndex() {
+    if (Open_)
+      List_.RowIndex_ = nullptr;
+  }
+  RowIndex(const RowIndex&) = delete;
+  RowIndex& operator=(const RowIndex&) = delete;
+
+  static std::string Key(const TastNode* Node) { return model::UpperCase(Node->GetSimpleSQL()); }
+  void Add(TqxSelectItem* Row) {
+    if (Row->GetExpression() != nullptr)
+      Rows[Key(Row->GetExpression())].push_back(Row);
+  }
+
+  std::unordered_map<std::string, std::vector<TqxSelectItem*>> Rows;
+
+ private:
+  TqxSelectList& List_;
+  bool Open_ = false;
+};
+
 TqxSelectItem* TqxSelectList::FindOrAddSelectItem(const TSQLExpressionItem* Expr,
                                                   TqxQueryBuilderGroupByTypes Types,
                                                   TqxQueryBuilderGroupByType NewType) {
   if (Expr == nullptr)
     return nullptr;
-  for (const auto& item : Items_) {
-    if (item->IsEmpty() || !Types.Contains(item->GetGroupByType()))
-      continue;
-    if (model::SameNodeText(item->GetExpression(), Expr)) {
-      if (item->GetGroupByType() == gtExpression)
-        item->GroupByType_ = NewType;
-      return item.get();
+  if (RowIndex_ != nullptr) {
+    auto bucket = RowIndex_->Rows.find(RowIndex::Key(Expr));
+    if (bucket != RowIndex_->Rows.end()) {
+      for (TqxSelectItem* item : bucket->second) {
+        if (!Types.Contains(item->GetGroupByType()))
+          continue;
+        if (item->GetGroupByType() == gtExpression)
+          item->GroupByType_ = NewType;
+        return item;
+      }
+    }
+  } else {
+    for (const auto& item : Items_) {
+      if (item->IsEmpty() || !Types.Contains(item->GetGroupByType()))
+        continue;
+      if (model::SameNodeText(item->GetExpression(), Expr)) {
+        if (item->GetGroupByType() == gtExpression)
+          item->GroupByType_ = NewType;
+        return item.get();
+      }
     }
   }
   TqxSelectItem* row = nullptr;
-  for (const auto& item : Items_) {
-    if (item->IsEmpty()) {
-      row = item.get();
-      break;
+  if (RowIndex_ != nullptr) {
+    // The only empty row is the last one.
+    if (!Items_.empty() && Items_.back()->IsEmpty())
+      row = Items_.back().get();
+  } else {
+    for (const auto& item : Items_) {
+      if (item->IsEmpty()) {
+        row = item.get();
+        break;
+      }
     }
   }
   if (row == nullptr)
     row = InsertItem(GetCount());
   row->LoadFromAST(CloneNode(*Expr));
+  if (RowIndex_ != nullptr)
+    RowIndex_->Add(row);
   if (row->GroupByType_ == gtExpression)
     row->GroupByType_ = NewType;
   // An aggregate met in WHERE is a WHERE row.
@@ -1097,6 +1161,7 @@ void TqxSelectList::LoadConditionFromAST(std::unique_ptr<TSQLExpressionItem> Con
   Condition = PrepareLogicalExpressionForLoading(std::move(Condition));
   if (!Condition)
     return;
+  RowIndex index(*this);
   // An OR is split into criteria columns, an AND into terms. Brackets around a column
   // or around an AND term go (AND binds tighter than OR); an OR inside an AND keeps them.
   std::vector<std::unique_ptr<TSQLExpressionItem>> columns;
@@ -1139,9 +1204,14 @@ void TqxSelectList::LoadConditionFromAST(std::unique_ptr<TSQLExpressionItem> Con
 void TqxSelectList::LoadGroupByListFromAST(std::unique_ptr<TSQLGroupByList> GroupBy) {
   if (!GroupBy)
     return;
-  while (GroupBy->GetCount() > 0) {
-    std::unique_ptr<TSQLExpressionItem> expression =
-        Downcast<TSQLExpressionItem>(GroupBy->Extract(0));
+  RowIndex index(*this);
+  // Taken out from the back (each removal is then cheap) and found in order.
+  std::vector<std::unique_ptr<TastNode>> nodes;
+  nodes.reserve(static_cast<std::size_t>(GroupBy->GetCount()));
+  while (GroupBy->GetCount() > 0)
+    nodes.push_back(GroupBy->Extract(GroupBy->GetCount() - 1));
+  for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
+    std::unique_ptr<TSQLExpressionItem> expression = Downcast<TSQLExpressionItem>(std::move(*it));
     if (expression)
       FindOrAddSelectItem(expression.get(), TqxQueryBuilderGroupByTypes{gtExpression, gtGroupBy},
                           gtGroupBy);
