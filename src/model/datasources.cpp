@@ -352,24 +352,29 @@ bool TqxDatasourceBase::BindCondition(std::unique_ptr<TSQLExpressionItem>& Condi
   if (conjunction == nullptr)
     return false;
   bool bound = false;
-  int i = 0;
-  while (i < conjunction->Count()) {
-    TSQLExpressionItem* stripped = StripBrackets(conjunction->GetItems(i));
+  // The items are taken out (from the back, each removal then being cheap), bound in
+  // order, and those that remain are put back in order.
+  std::vector<std::unique_ptr<TSQLExpressionItem>> items;
+  items.reserve(static_cast<std::size_t>(conjunction->Count()));
+  while (conjunction->Count() > 0)
+    items.push_back(conjunction->Extract(conjunction->Count() - 1));
+  std::reverse(items.begin(), items.end());
+  for (auto& item : items) {
+    TSQLExpressionItem* stripped = StripBrackets(item.get());
     if (As<TSQLExpressionAnd>(stripped) != nullptr) {
-      std::unique_ptr<TSQLExpressionItem> nested = StripBracketsOwned(conjunction->Extract(i));
+      std::unique_ptr<TSQLExpressionItem> nested = StripBracketsOwned(std::move(item));
       bound = BindCondition(nested, Group, Prev) || bound;
-      if (!nested)
-        continue;
-      conjunction->Insert(i, std::move(nested));
+      if (nested)
+        conjunction->Add(std::move(nested));
     } else if (ColumnPair(stripped) != nullptr) {
-      std::unique_ptr<TSQLExpressionItem> term = conjunction->Extract(i);
-      if (BindColumnPair(term, Group, Prev)) {
+      if (BindColumnPair(item, Group, Prev)) {
         bound = true;
         continue;
       }
-      conjunction->Insert(i, std::move(term));
+      conjunction->Add(std::move(item));
+    } else {
+      conjunction->Add(std::move(item));
     }
-    ++i;
   }
   if (conjunction->Count() == 0)
     Condition.reset();
