@@ -148,16 +148,84 @@ void BM_OneMegabyteFile(benchmark::State& state) {
 }
 BENCHMARK(BM_OneMegabyteFile)->Unit(benchmark::kMillisecond);
 
-void BM_Join500Tables(benchmark::State& state) {
+// A script of about 1 MB read statement by statement, as `qorvex-sql check` does: split
+// and each statement scanned again for its parse, or scanned once with each statement's
+// tokens parsed as they come.
+const std::string& OneMegabyteScript() {
+  static const std::string text = [] {
+    std::string script;
+    while (script.size() < (1u << 20)) {
+      for (const std::string& s : kTypical)
+        script += s + ";\n";
+      for (const std::string& s : Tpch())
+        script += s + ";\n";
+    }
+    return script;
+  }();
+  return text;
+}
+
+void BM_ScriptSplitThenParse(benchmark::State& state) {
+  TastSQL92SyntaxProvider provider;
+  const std::string& script = OneMegabyteScript();
+  for (auto _ : state) {
+    std::string text;
+    for (const qorvex::TqxStatementText& statement : qorvex::SplitStatements(script)) {
+      text.assign(statement.text);
+      auto tree = provider.ParseSelect(text);
+      benchmark::DoNotOptimize(tree.get());
+    }
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(script.size()));
+}
+BENCHMARK(BM_ScriptSplitThenParse)->Unit(benchmark::kMillisecond);
+
+void BM_ScriptScannedOnce(benchmark::State& state) {
+  TastSQL92SyntaxProvider provider;
+  const std::string& script = OneMegabyteScript();
+  for (auto _ : state) {
+    qorvex::SQL92Scanner scanner;
+    scanner.BeginStatements(script);
+    while (scanner.ScanStatement()) {
+      auto tree = provider.ParseSelect(scanner);
+      benchmark::DoNotOptimize(tree.get());
+    }
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(script.size()));
+}
+BENCHMARK(BM_ScriptScannedOnce)->Unit(benchmark::kMillisecond);
+
+// A join of n tables, each joined on a condition over the one before.
+std::string JoinOf(int tables) {
   std::string sql = "select * from t0";
-  for (int i = 1; i < 500; ++i) {
+  for (int i = 1; i < tables; ++i) {
     const std::string t = "t" + std::to_string(i);
     sql += (i % 3 == 0 ? " left join " : " inner join ") + t + " on " + t + ".id = t" +
            std::to_string(i - 1) + ".ref";
   }
-  ParseAll(state, {sql});
+  return sql;
+}
+
+void BM_Join500Tables(benchmark::State& state) {
+  ParseAll(state, {JoinOf(500)});
 }
 BENCHMARK(BM_Join500Tables)->Unit(benchmark::kMicrosecond);
+
+// Joins of 8 to 500 tables: the bytes per second should stay level as the join grows.
+void BM_JoinTables(benchmark::State& state) {
+  ParseAll(state, {JoinOf(static_cast<int>(state.range(0)))});
+}
+BENCHMARK(BM_JoinTables)
+    ->Arg(8)
+    ->Arg(16)
+    ->Arg(32)
+    ->Arg(40)
+    ->Arg(48)
+    ->Arg(64)
+    ->Arg(125)
+    ->Arg(250)
+    ->Arg(500)
+    ->Unit(benchmark::kMicrosecond);
 
 std::string Nested(int depth, bool logical) {
   std::string open(static_cast<std::size_t>(depth), '(');
@@ -169,11 +237,18 @@ std::string Nested(int depth, bool logical) {
 void BM_NestedValue(benchmark::State& state) {
   ParseAll(state, {Nested(static_cast<int>(state.range(0)), false)});
 }
-BENCHMARK(BM_NestedValue)->Arg(30)->Arg(60)->Arg(120)->Arg(240)->Unit(benchmark::kMicrosecond);
 void BM_NestedLogical(benchmark::State& state) {
   ParseAll(state, {Nested(static_cast<int>(state.range(0)), true)});
 }
-BENCHMARK(BM_NestedLogical)->Arg(30)->Arg(60)->Arg(120)->Arg(240)->Unit(benchmark::kMicrosecond);
+// From 1 level to just below the nesting bound (600): the bytes per second should stay
+// level all the way.
+void NestingLevels(benchmark::internal::Benchmark* b) {
+  for (const int levels : {1, 8, 30, 60, 120, 240, 298, 302, 400, 500, 590})
+    b->Arg(levels);
+  b->Unit(benchmark::kMicrosecond);
+}
+BENCHMARK(BM_NestedValue)->Apply(NestingLevels);
+BENCHMARK(BM_NestedLogical)->Apply(NestingLevels);
 
 // Rejected texts of about 1 KB: brackets left open n deep (500: the error is at the end;
 // 700: at the bracket where the nesting bound is reached), padded with blanks. The error

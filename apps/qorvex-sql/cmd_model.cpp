@@ -8,12 +8,15 @@
 // clause per line or, with --one-line, on one line, separated by a line holding ";".
 // With --summary the model follows the SQL as "--" comment lines: every query with its
 // operands, datasources with aliases and join kinds, links with their fields, join kinds
-// and cardinalities, and the select-list rows with all their columns.
+// and cardinalities, and the select-list rows with all their columns. A datasource whose
+// columns the database could not describe is followed by a "metadata error" line with
+// the provider's message; it loads all the same, with no fields.
 #include <memory>
 #include <ostream>
 #include <sstream>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "command.h"
@@ -157,9 +160,16 @@ std::string DatasourceName(const TqxDatasourceBase* DS) {
   return "(group)";
 }
 
+// The metadata provider's errors, by datasource, in the order they came.
+using MetadataErrors = std::vector<std::pair<const TqxDatasource*, std::string>>;
+
 class SummaryWriter {
  public:
-  SummaryWriter(std::ostream& Out, TqxBaseQueryBuilder& Builder) : Out_(Out), Builder_(Builder) {}
+  SummaryWriter(std::ostream& Out, TqxBaseQueryBuilder& Builder, const MetadataErrors& Errors)
+      : Out_(Out), Builder_(Builder) {
+    for (const auto& [source, message] : Errors)
+      Errors_[source].push_back(message);
+  }
 
   void Write() {
     for (int i = 0; i < Builder_.GetSubQueriesCount(); ++i) {
@@ -211,6 +221,10 @@ class SummaryWriter {
         text += " alias " + Quote(leaf->GetAlias()) + " join " + Quote(JoinText(*ds));
         text += " fields " + std::to_string(leaf->GetFields().size());
         Line(Depth, text);
+        if (auto errors = Errors_.find(leaf); errors != Errors_.end()) {
+          for (const std::string& message : errors->second)
+            Line(Depth + 1, "metadata error " + Quote(message));
+        }
       } else if (const auto* group = dynamic_cast<const TqxDatasourceGroup*>(ds)) {
         Line(Depth, "datasource group join " + Quote(JoinText(*ds)));
         WriteDatasources(*group, Depth + 1);
@@ -269,6 +283,8 @@ class SummaryWriter {
 
   std::ostream& Out_;
   TqxBaseQueryBuilder& Builder_;
+  // The errors grouped by datasource, each group in the order they came.
+  std::unordered_map<const TqxDatasource*, std::vector<std::string>> Errors_;
   std::unordered_map<const TqxUnionSubQuery*, std::string> OperandNames_;
 };
 
@@ -284,6 +300,11 @@ int RunModel(const std::vector<std::string>& args, std::ostream& out, std::ostre
     std::string text;
     try {
       TqxBaseQueryBuilder builder;
+      MetadataErrors errors;
+      builder.OnMetadataError = [&errors](TqxBaseQueryBuilder*, TqxDatasource* ADatasource,
+                                          const std::string& AMessage) {
+        errors.emplace_back(ADatasource, AMessage);
+      };
       builder.SetSyntaxProvider(&syntax);
       builder.SetMetadataProvider(metadata.Provider.get());
       builder.SetSQL(std::string(statement.text));
@@ -297,7 +318,7 @@ int RunModel(const std::vector<std::string>& args, std::ostream& out, std::ostre
         text += '\n';
       if (o.summary) {
         std::ostringstream summary;
-        SummaryWriter(summary, builder).Write();
+        SummaryWriter(summary, builder, errors).Write();
         text += summary.str();
       }
     } catch (const EqxSQLError& e) {

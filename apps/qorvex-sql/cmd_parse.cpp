@@ -1,7 +1,8 @@
 // qorvex-sql format, tree, check, expr, logical, object, item: the parse entries.
 //
 // Each statement of the input (split on ";" tokens) is parsed on its own with the
-// entry of the command. Accepted statements are written back through the SQL builders;
+// entry of the command; SELECT statements are parsed from the tokens of the one scan
+// that splits the input. Accepted statements are written back through the SQL builders;
 // the plain-text builder breaks lines with "\n" instead of its CR LF, as usual for text
 // on this platform (line breaks inside names and strings stay as they are). Statements are
 // separated in the output by a line holding ";". A rejected statement gives one line on standard
@@ -17,6 +18,7 @@
 #include "qorvex/ast/names.h"
 #include "qorvex/ast/query.h"
 #include "qorvex/core/errors.h"
+#include "qorvex/scanner/sql92_scanner.h"
 #include "qorvex/scanner/statements.h"
 #include "qorvex/syntax/sql92_syntax_provider.h"
 
@@ -130,39 +132,91 @@ int Run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
 
   int status = kExitOk;
   bool first = true;
-  for (const TqxStatementText& statement : SplitStatements(input.text)) {
-    std::string text;
-    try {
-      std::unique_ptr<TastNode> node = ParseWith(provider, entry, std::string(statement.text));
-      if (output == Output::kFormat)
-        text = WriteBack(*node, o);
-      else if (output == Output::kTree)
-        text = node->Dump();
-    } catch (const EqxSQLError& e) {
-      const TqxScriptLocation at =
-          e.line > 0 ? ToScriptLocation(statement, e.pos, e.line, e.col)
-                     : TqxScriptLocation{statement.pos, statement.line, statement.col};
-      err << input.name << ':' << at.line << ':' << at.col << ": error: " << e.what();
-      if (e.line > 0)
-        err << " near \"" << e.tokenText << '"';
-      err << '\n';
-      status = kExitRejected;
-      continue;
-    } catch (const EqxError& e) {
-      err << input.name << ':' << statement.line << ':' << statement.col << ": error: " << e.what()
-          << '\n';
-      status = kExitRejected;
-      continue;
+  // Error lines are gathered and written in large pieces: the error stream is unbuffered.
+  std::string errors;
+  auto flushErrors = [&](std::size_t above) {
+    if (errors.size() > above) {
+      err.write(errors.data(), static_cast<std::streamsize>(errors.size()));
+      errors.clear();
     }
+  };
+  auto reject = [&](std::int32_t line, std::int32_t col, const char* message,
+                    const std::string* near) {
+    errors +=
+        input.name + ':' + std::to_string(line) + ':' + std::to_string(col) + ": error: " + message;
+    if (near != nullptr)
+      errors += " near \"" + *near + '"';
+    errors += '\n';
+    status = kExitRejected;
+  };
+  auto emit = [&](const std::string& text) {
     if (output == Output::kNone)
-      continue;
+      return;
     if (!first)
       out << ";\n";
     first = false;
     out << text;
     if (text.empty() || text.back() != '\n')
       out << '\n';
+  };
+
+  if (entry == Entry::kSelect) {
+    // The script is scanned once: each statement's tokens, in the script's places, go
+    // straight to the parser.
+    SQL92Scanner scanner;
+    scanner.BeginStatements(input.text);
+    while (scanner.ScanStatement()) {
+      flushErrors(1 << 16);
+      const TqxToken& start = scanner.GetToken(0);
+      std::string text;
+      try {
+        std::unique_ptr<TastNode> node = provider.ParseSelect(scanner);
+        if (output == Output::kFormat)
+          text = WriteBack(*node, o);
+        else if (output == Output::kTree)
+          text = node->Dump();
+      } catch (const EqxSQLError& e) {
+        if (e.line > 0)
+          reject(e.line, e.col, e.what(), &e.tokenText);
+        else
+          reject(start.line, start.col, e.what(), nullptr);
+        continue;
+      } catch (const EqxError& e) {
+        reject(start.line, start.col, e.what(), nullptr);
+        continue;
+      }
+      emit(text);
+    }
+    flushErrors(0);
+    return status;
   }
+
+  std::string source;  // the statement's text, its storage reused from one to the next
+  for (const TqxStatementText& statement : SplitStatements(input.text)) {
+    flushErrors(1 << 16);
+    std::string text;
+    try {
+      source.assign(statement.text);
+      std::unique_ptr<TastNode> node = ParseWith(provider, entry, source);
+      if (output == Output::kFormat)
+        text = WriteBack(*node, o);
+      else if (output == Output::kTree)
+        text = node->Dump();
+    } catch (const EqxSQLError& e) {
+      if (e.line > 0) {
+        const TqxScriptLocation at = ToScriptLocation(statement, e.pos, e.line, e.col);
+        reject(at.line, at.col, e.what(), &e.tokenText);
+      } else {
+        reject(statement.line, statement.col, e.what(), nullptr);
+      }
+      continue;
+    } catch (const EqxError& e) {
+      reject(statement.line, statement.col, e.what(), nullptr);
+      continue;
+    }
+    emit(text);
+  }
+  flushErrors(0);
   return status;
 }
 

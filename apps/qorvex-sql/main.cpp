@@ -1,9 +1,7 @@
 // qorvex-sql: the language half and the headless model for scripts, editors and tests.
-#include <fstream>
+#include <cstdio>
 #include <iostream>
-#include <iterator>
 #include <map>
-#include <sstream>
 
 #include "command.h"
 
@@ -34,20 +32,39 @@ CommandRegistration::CommandRegistration(const char* name, const char* usage, Co
   Commands()[name] = Command{usage, fn};
 }
 
+// The input is read in one go: a file by its size, standard input in large blocks.
 Input ReadInput(const std::string& path) {
   Input in;
-  if (path.empty() || path == "-") {
-    in.name = "<stdin>";
-    in.text.assign(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
-    return in;
-  }
-  std::ifstream file(path, std::ios::binary);
-  if (!file)
+  const bool standardInput = path.empty() || path == "-";
+  in.name = standardInput ? "<stdin>" : path;
+  std::FILE* file = standardInput ? stdin : std::fopen(path.c_str(), "rb");
+  if (file == nullptr)
     throw UsageError{"cannot read " + path};
-  std::ostringstream ss;
-  ss << file.rdbuf();
-  in.name = path;
-  in.text = ss.str();
+  struct Close {
+    std::FILE* file;
+    bool own;
+    ~Close() {
+      if (own)
+        std::fclose(file);
+    }
+  } close{file, !standardInput};
+  if (!standardInput && std::fseek(file, 0, SEEK_END) == 0) {
+    const long size = std::ftell(file);
+    if (size > 0)
+      in.text.reserve(static_cast<std::size_t>(size));
+    std::rewind(file);
+  }
+  constexpr std::size_t kBlock = 1 << 16;
+  for (;;) {
+    const std::size_t have = in.text.size();
+    in.text.resize(have + kBlock);
+    const std::size_t got = std::fread(in.text.data() + have, 1, kBlock, file);
+    in.text.resize(have + got);
+    if (got < kBlock)
+      break;
+  }
+  if (std::ferror(file))
+    throw UsageError{"cannot read " + in.name};
   return in;
 }
 

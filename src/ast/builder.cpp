@@ -92,36 +92,56 @@ void TSQLBuilder::WriteString(std::string_view Text) {
   SpaceWritten = false;
 }
 
-void TSQLBuilder::WriteIdentifier(std::string_view Text, const TastSyntaxProvider* SyntaxProvider) {
-  if (IsPlainIdentifier(Text)) {
+// Beyond the plain-identifier rule, a name is quoted when it was quoted where it came
+// from (a quoted name may differ from the bare one by letter case, which dialects that
+// fold unquoted names would lose) and when the dialect reserves the word, since the
+// grammar would not read it as a name; either way the text parses to the same name.
+void TSQLBuilder::WriteIdentifier(std::string_view Text, const TastSyntaxProvider* SyntaxProvider,
+                                  bool Quoted) {
+  if (!Quoted && IsPlainIdentifier(Text) &&
+      (SyntaxProvider == nullptr || !SyntaxProvider->IsReservedWord(Text)))
     WriteIdentifierInternal(Text);
-  } else {
-    std::string quoted;
-    std::string end;
-    if (SyntaxProvider != nullptr) {
-      quoted = SyntaxProvider->GetQuoteBegin();
-      end = SyntaxProvider->GetQuoteEnd();
-    }
-    // A closing quote inside the name is doubled, so that the text reads back as the
-    // same name.
-    if (end.empty()) {
-      quoted += Text;
-    } else {
-      for (std::size_t i = 0; i < Text.size();) {
-        if (Text.compare(i, end.size(), end) == 0) {
-          quoted += end;
-          quoted += end;
-          i += end.size();
-        } else {
-          quoted += Text[i++];
-        }
-      }
-    }
-    quoted += end;
-    WriteIdentifierInternal(quoted);
-  }
+  else
+    WriteQuotedIdentifier(Text, SyntaxProvider);
   LineStart = false;
   SpaceWritten = false;
+}
+
+void TSQLBuilder::WriteFunctionWord(std::string_view Text,
+                                    const TastSyntaxProvider* SyntaxProvider) {
+  if (IsPlainIdentifier(Text))
+    WriteIdentifierInternal(Text);
+  else
+    WriteQuotedIdentifier(Text, SyntaxProvider);
+  LineStart = false;
+  SpaceWritten = false;
+}
+
+void TSQLBuilder::WriteQuotedIdentifier(std::string_view Text,
+                                        const TastSyntaxProvider* SyntaxProvider) {
+  std::string quoted;
+  std::string end;
+  if (SyntaxProvider != nullptr) {
+    quoted = SyntaxProvider->GetQuoteBegin();
+    end = SyntaxProvider->GetQuoteEnd();
+  }
+  // A closing quote inside the name is doubled, so that the text reads back as the
+  // same name.
+  if (end.empty()) {
+    quoted += Text;
+  } else {
+    for (std::size_t i = 0; i < Text.size();) {
+      if (Text.compare(i, end.size(), end) == 0) {
+        quoted += end;
+        quoted += end;
+        i += end.size();
+      } else {
+        quoted += Text[i++];
+      }
+    }
+  }
+  quoted += end;
+  WriteIdentifierInternal(quoted);
 }
 
 // ---------------------------------------------------------------------------------------

@@ -148,6 +148,8 @@ void TSQLFunction::Assign(const TastExtender& Source) {
     return;
   Name = function->Name;
   Qualifiers = function->Qualifiers;
+  NameQuoted = function->NameQuoted;
+  QualifiersQuoted = function->QualifiersQuoted;
   Params_ = CloneChild(function->Params_);
 }
 
@@ -157,20 +159,25 @@ void TSQLFunction::GetMyChildren(std::vector<TastExtender*>& List) const {
 }
 
 void TSQLFunction::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const {
-  for (const std::string& part : Qualifiers) {
-    if (!part.empty())
-      Builder.WriteIdentifier(part, GetSyntaxProvider());
+  for (std::size_t i = 0; i < Qualifiers.size(); ++i) {
+    if (!Qualifiers[i].empty()) {
+      Builder.WriteIdentifier(Qualifiers[i], GetSyntaxProvider(),
+                              i < QualifiersQuoted.size() && QualifiersQuoted[i]);
+    }
     Builder.WriteSymbol(".");
   }
-  Builder.WriteIdentifier(Name, GetSyntaxProvider());
+  Builder.WriteIdentifier(Name, GetSyntaxProvider(), NameQuoted);
   WriteBracketed(Params_.get(), Builder, MultiLine);
 }
 
 std::string TSQLFunction::DumpDetails() const {
+  auto marked = [](const std::string& part, bool quoted) {
+    return quoted ? "\"" + part + "\"" : part;
+  };
   std::string text;
-  for (const std::string& part : Qualifiers)
-    text += part + ".";
-  return text + Name;
+  for (std::size_t i = 0; i < Qualifiers.size(); ++i)
+    text += marked(Qualifiers[i], i < QualifiersQuoted.size() && QualifiersQuoted[i]) + ".";
+  return text + marked(Name, NameQuoted);
 }
 
 void TSQLOperator::Assign(const TastExtender& Source) {
@@ -267,7 +274,7 @@ void TSQLExpressionParameterlessFunction::Assign(const TastExtender& Source) {
 
 void TSQLExpressionParameterlessFunction::BuildSQLDirect(TSQLBuilder& Builder,
                                                          bool /*MultiLine*/) const {
-  Builder.WriteIdentifier(Name, GetSyntaxProvider());
+  Builder.WriteFunctionWord(Name, GetSyntaxProvider());
 }
 
 std::string TSQLExpressionParameterlessFunction::DumpDetails() const {
@@ -418,7 +425,7 @@ void TSQLExpressionAggregate::Assign(const TastExtender& Source) {
 }
 
 void TSQLExpressionAggregate::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) const {
-  Builder.WriteIdentifier(Name, GetSyntaxProvider());
+  Builder.WriteFunctionWord(Name, GetSyntaxProvider());
   Builder.WriteSymbol("(*)");
 }
 
@@ -441,7 +448,7 @@ void TSQLExpressionAggregate1Param::GetMyChildren(std::vector<TastExtender*>& Li
 }
 
 void TSQLExpressionAggregate1Param::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const {
-  Builder.WriteIdentifier(Name, GetSyntaxProvider());
+  Builder.WriteFunctionWord(Name, GetSyntaxProvider());
   WriteBracketed(Argument_.get(), Builder, MultiLine);
 }
 
@@ -453,7 +460,7 @@ void TSQLExpressionAggregate1ParamWPrefix::Assign(const TastExtender& Source) {
 
 void TSQLExpressionAggregate1ParamWPrefix::BuildSQLDirect(TSQLBuilder& Builder,
                                                           bool MultiLine) const {
-  Builder.WriteIdentifier(Name, GetSyntaxProvider());
+  Builder.WriteFunctionWord(Name, GetSyntaxProvider());
   Builder.WriteSymbol("(");
   if (Quantifier == sqDistinct) {
     Builder.WriteKeyword("DISTINCT");
@@ -482,7 +489,7 @@ void TSQLExpressionAggregateWParams::GetMyChildren(std::vector<TastExtender*>& L
 }
 
 void TSQLExpressionAggregateWParams::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const {
-  Builder.WriteIdentifier(Name, GetSyntaxProvider());
+  Builder.WriteFunctionWord(Name, GetSyntaxProvider());
   WriteBracketed(Params_.get(), Builder, MultiLine);
 }
 

@@ -43,22 +43,28 @@ QX_DEFINE_CHILD_NODE(TSQLFromObject, TSQLDatabaseObject, DatabaseObject)
 
 void TSQLAlias::Assign(const TastExtender& Source) {
   TastNode::Assign(Source);
-  if (const auto* alias = dynamic_cast<const TSQLAlias*>(&Source))
+  if (const auto* alias = dynamic_cast<const TSQLAlias*>(&Source)) {
     Name = alias->Name;
+    Quoted = alias->Quoted;
+  }
+}
+
+void TSQLAlias::WriteName(TSQLBuilder& Builder) const {
+  Builder.WriteIdentifier(Name, GetSyntaxProvider(), Quoted);
 }
 
 void TSQLAlias::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) const {
-  Builder.WriteIdentifier(Name, GetSyntaxProvider());
+  WriteName(Builder);
 }
 
 std::string TSQLAlias::DumpDetails() const {
-  return Name;
+  return Quoted ? "\"" + Name + "\"" : Name;
 }
 
 void TSQLAliasObjectAsAlias::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) const {
   Builder.WriteKeyword("AS");
   Builder.Space();
-  Builder.WriteIdentifier(Name, GetSyntaxProvider());
+  WriteName(Builder);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -204,6 +210,7 @@ void TSQLFromQuery::Assign(const TastExtender& Source) {
   if (query == nullptr || query == this)
     return;
   ColumnAliases = query->ColumnAliases;
+  ColumnAliasesQuoted = query->ColumnAliasesQuoted;
   SubQuery_ = detail::CloneChild(query->SubQuery_);
 }
 
@@ -212,10 +219,32 @@ void TSQLFromQuery::GetMyChildren(std::vector<TastExtender*>& List) const {
   detail::AddChild(List, SubQuery_.get());
 }
 
+// A derived table's query sees the blocks enclosing the one whose FROM holds it, but not
+// that block's sources (its siblings); its ON condition sees them all.
+void TSQLFromQuery::FixupObjects(std::vector<TSQLFromSource*>& List) {
+  std::vector<TastExtender*> children;
+  GetMyChildren(children);
+  for (TastExtender* child : children) {
+    if (child != SubQuery_.get())
+      child->FixupObjects(List);
+  }
+  if (!SubQuery_)
+    return;
+  std::size_t outer = List.size();
+  while (outer > 0 && List[outer - 1] != nullptr)
+    --outer;
+  if (outer == 0) {
+    SubQuery_->FixupObjects(List);
+    return;
+  }
+  std::vector<TSQLFromSource*> visible(List.begin(), List.begin() + static_cast<long>(outer - 1));
+  SubQuery_->FixupObjects(visible);
+}
+
 namespace {
 // " (a, b)" after a derived table's alias.
-void WriteColumnAliases(const std::vector<std::string>& Names, const TastSyntaxProvider* Provider,
-                        TSQLBuilder& Builder) {
+void WriteColumnAliases(const std::vector<std::string>& Names, const std::vector<bool>& Quoted,
+                        const TastSyntaxProvider* Provider, TSQLBuilder& Builder) {
   if (Names.empty())
     return;
   Builder.Space();
@@ -225,7 +254,7 @@ void WriteColumnAliases(const std::vector<std::string>& Names, const TastSyntaxP
       Builder.WriteSymbol(",");
       Builder.Space();
     }
-    Builder.WriteIdentifier(Names[i], Provider);
+    Builder.WriteIdentifier(Names[i], Provider, i < Quoted.size() && Quoted[i]);
   }
   Builder.WriteSymbol(")");
 }
@@ -233,7 +262,7 @@ void WriteColumnAliases(const std::vector<std::string>& Names, const TastSyntaxP
 
 void TSQLFromQuery::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const {
   TSQLFromSource::BuildSQLDirect(Builder, MultiLine);
-  WriteColumnAliases(ColumnAliases, GetSyntaxProvider(), Builder);
+  WriteColumnAliases(ColumnAliases, ColumnAliasesQuoted, GetSyntaxProvider(), Builder);
 }
 
 void TSQLFromQuery::MoveSubQueryInProxyInternal(TqxQueryBuilderControlOwner* Owner,
@@ -252,7 +281,7 @@ void TSQLFromQuery::RefreshFieldsList(TqxBaseMetadataProvider* Provider) {
     builder.Space();
     alias->BuildSQL(builder, false);
   }
-  WriteColumnAliases(ColumnAliases, GetSyntaxProvider(), builder);
+  WriteColumnAliases(ColumnAliases, ColumnAliasesQuoted, GetSyntaxProvider(), builder);
   const std::string query = SubQuery_ ? SubQuery_->GetSimpleSQL() : std::string();
   // The builder drops a leading space, so the separator is put back here.
   Provider->GetFields("select * from (" + query + ")" + (tail.empty() ? "" : " ") + tail, Fields);

@@ -185,6 +185,35 @@ TSQLExpressionItem* TSQLExpressionOperation::FindExpressionItem(
   return this;
 }
 
+const TSQLExpressionItem* TSQLExpressionCompWithSet::GetComparedOperand() const {
+  const auto* comparison = dynamic_cast<const TSQLExpressionOperation*>(GetInner());
+  return comparison != nullptr ? comparison->GetInner() : GetInner();
+}
+
+void TSQLExpressionCompWithSet::RemoveLExpression(const TSQLExpressionItem* Expr) {
+  if (auto* comparison = dynamic_cast<TSQLExpressionOperation*>(GetInner())) {
+    if (comparison->GetInner() != nullptr && IsExpressionsEqual(comparison->GetInner(), Expr))
+      comparison->SetInner(nullptr);
+    return;
+  }
+  TSQLExpressionOperation::RemoveLExpression(Expr);
+}
+
+void TSQLExpressionCompWithSet::RestoreLExpression(const TSQLExpressionItem* Expr) {
+  if (auto* comparison = dynamic_cast<TSQLExpressionOperation*>(GetInner())) {
+    if (comparison->GetInner() == nullptr && Expr != nullptr)
+      comparison->SetInner(CloneNode(*Expr));
+    return;
+  }
+  TSQLExpressionOperation::RestoreLExpression(Expr);
+}
+
+TSQLExpressionItem* TSQLExpressionCompWithSet::FindExpressionItem(
+    TSQLExpressionItem*& Expr, std::unique_ptr<TSQLExpressionItem>& /*NewCondition*/) {
+  Expr = const_cast<TSQLExpressionItem*>(GetComparedOperand());
+  return this;
+}
+
 void TSQLExpressionBrackets::RemoveLExpression(const TSQLExpressionItem* Expr) {
   if (GetInner() != nullptr)
     GetInner()->RemoveLExpression(Expr);

@@ -1,11 +1,11 @@
 #include "qorvex/ast/names.h"
 
-#include <iterator>
 #include <string>
 #include <unordered_map>
 
 #include "ast/node_util.h"
 #include "ast/source_index.h"
+#include "ast/syntax_provider_text.h"
 #include "qorvex/ast/builder.h"
 #include "qorvex/ast/from.h"
 #include "qorvex/ast/syntax_provider.h"
@@ -19,23 +19,49 @@ QX_DEFINE_CLASS(TSQLObjectColumn, TSQLDatabaseObject)
 // ---------------------------------------------------------------------------------------
 // TSQLQualifiedName
 
-void TSQLQualifiedName::AddName(std::string Name) {
+void TSQLQualifiedName::AddName(std::string Name, bool Quoted) {
   Names_.insert(Names_.begin(), std::move(Name));
+  if (Quoted || !Quoted_.empty()) {
+    Quoted_.resize(Names_.size() - 1, false);
+    Quoted_.insert(Quoted_.begin(), Quoted);
+  }
 }
 
-void TSQLQualifiedName::AddPrefix(std::string Prefix) {
+void TSQLQualifiedName::AddPrefix(std::string Prefix, bool Quoted) {
   Names_.push_back(std::move(Prefix));
+  if (Quoted || !Quoted_.empty()) {
+    Quoted_.resize(Names_.size() - 1, false);
+    Quoted_.push_back(Quoted);
+  }
 }
 
 std::string TSQLQualifiedName::GetObjName() const {
   return Names_.empty() ? std::string() : Names_.front();
 }
 
-void TSQLQualifiedName::SetObjName(std::string Name) {
+void TSQLQualifiedName::SetObjName(std::string Name, bool Quoted) {
   if (Names_.empty())
     Names_.push_back(std::move(Name));
   else
     Names_.front() = std::move(Name);
+  if (Quoted || !Quoted_.empty())
+    SetQuoted(0, Quoted);
+}
+
+// An empty part is never taken as quoted: a qualifying one is written empty (db..t) and
+// an empty object name is written quoted anyway, so either reads back the same.
+bool TSQLQualifiedName::IsQuoted(int Index) const {
+  detail::CheckIndex(Index, Names_.size());
+  const auto i = static_cast<std::size_t>(Index);
+  return i < Quoted_.size() && Quoted_[i] && !Names_[i].empty();
+}
+
+void TSQLQualifiedName::SetQuoted(int Index, bool Quoted) {
+  detail::CheckIndex(Index, Names_.size());
+  if (!Quoted && Quoted_.empty())
+    return;
+  Quoted_.resize(Names_.size(), false);
+  Quoted_[static_cast<std::size_t>(Index)] = Quoted;
 }
 
 std::string TSQLQualifiedName::GetPrefix(int Index) const {
@@ -47,9 +73,10 @@ std::string TSQLQualifiedName::GetNames(int Index) const {
   return Names_[static_cast<std::size_t>(Index)];
 }
 
-void TSQLQualifiedName::SetNames(int Index, std::string Name) {
+void TSQLQualifiedName::SetNames(int Index, std::string Name, bool Quoted) {
   detail::CheckIndex(Index, Names_.size());
   Names_[static_cast<std::size_t>(Index)] = std::move(Name);
+  SetQuoted(Index, Quoted);
 }
 
 std::string TSQLQualifiedName::GetQualifiedName() const {
@@ -62,22 +89,36 @@ std::string TSQLQualifiedName::GetQualifiedName() const {
   return text;
 }
 
+std::string TSQLQualifiedName::GetMarkedName() const {
+  std::string text;
+  for (int i = Count() - 1; i >= 0; --i) {
+    const std::string& part = Names_[static_cast<std::size_t>(i)];
+    text += IsQuoted(i) ? "\"" + part + "\"" : part;
+    if (i > 0)
+      text += '.';
+  }
+  return text;
+}
+
 void TSQLQualifiedName::BuildFullName(TSQLBuilder& Builder) const {
-  for (auto it = Names_.rbegin(); it != Names_.rend(); ++it) {
-    if (it != Names_.rbegin())
-      Builder.WriteSymbol(".");
+  for (int i = Count() - 1; i >= 0; --i) {
+    const std::string& part = Names_[static_cast<std::size_t>(i)];
     // A qualifying part left empty (db..t) stays empty rather than becoming a quoted
     // empty name, so that the text reads back as the same name; an empty object name
     // itself is written quoted, as nothing could stand in its place.
-    if (!it->empty() || std::next(it) == Names_.rend())
-      Builder.WriteIdentifier(*it, GetSyntaxProvider());
+    if (!part.empty() || i == 0)
+      Builder.WriteIdentifier(part, GetSyntaxProvider(), IsQuoted(i));
+    if (i > 0)
+      Builder.WriteSymbol(".");
   }
 }
 
 void TSQLQualifiedName::Assign(const TastExtender& Source) {
   TastNode::Assign(Source);
-  if (const auto* name = dynamic_cast<const TSQLQualifiedName*>(&Source))
+  if (const auto* name = dynamic_cast<const TSQLQualifiedName*>(&Source)) {
     Names_ = name->Names_;
+    Quoted_ = name->Quoted_;
+  }
 }
 
 void TSQLQualifiedName::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) const {
@@ -85,7 +126,7 @@ void TSQLQualifiedName::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/)
 }
 
 std::string TSQLQualifiedName::DumpDetails() const {
-  return GetQualifiedName();
+  return GetMarkedName();
 }
 
 // ---------------------------------------------------------------------------------------
@@ -103,7 +144,7 @@ void TSQLDatabaseObject::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/
     return;
   }
   if (const TSQLAlias* alias = FromSource_->GetAlias()) {
-    Builder.WriteIdentifier(alias->Name, GetSyntaxProvider());
+    alias->WriteName(Builder);
   } else if (const auto* object = dynamic_cast<const TSQLFromObject*>(FromSource_)) {
     if (object->GetDatabaseObject() != nullptr)
       object->GetDatabaseObject()->BuildFullName(Builder);
@@ -123,7 +164,7 @@ void TSQLDatabaseObject::RemoveReferencesToFromSource(const TSQLFromSource* Sour
 }
 
 std::string TSQLDatabaseObject::DumpDetails() const {
-  std::string details = GetQualifiedName();
+  std::string details = GetMarkedName();
   if (FromSource_ != nullptr) {
     const std::string alias = FromSource_->GetAliasName();
     details += " -> " + (alias.empty() ? FromSource_->GetSimpleExpression() : alias);
@@ -157,11 +198,10 @@ TSQLFromSource* TSQLDatabaseObject::FindFromSource(const std::vector<TSQLFromSou
       if (MatchesAlias(*List[i]))
         return List[i];
     }
-    for (int withAlias = 0; withAlias < 2; ++withAlias) {
-      for (std::size_t i = begin; i < end; ++i) {
-        if ((List[i]->GetAlias() != nullptr) == (withAlias != 0) && MatchesObject(*List[i]))
-          return List[i];
-      }
+    // A source with an alias answers only to its alias.
+    for (std::size_t i = begin; i < end; ++i) {
+      if (List[i]->GetAlias() == nullptr && MatchesObject(*List[i]))
+        return List[i];
     }
     end = begin > 0 ? begin - 1 : 0;
   }
@@ -171,8 +211,8 @@ TSQLFromSource* TSQLDatabaseObject::FindFromSource(const std::vector<TSQLFromSou
 TSQLFromSource* TSQLDatabaseObject::FindInIndex(const std::vector<TSQLFromSource*>& List,
                                                 const ast::TSQLFromSourceBlockIndex& Index,
                                                 const std::string& Key) const {
-  // The same order as a direct search: alias matches, then object matches without an
-  // alias, then with one; each in list order.
+  // The same order as a direct search: alias matches, then object matches of sources
+  // without an alias (an aliased source answers only to its alias); each in list order.
   if (const std::vector<std::size_t>* positions = Index.ByAlias(Key)) {
     for (std::size_t i : *positions) {
       if (MatchesAlias(*List[i]))
@@ -180,11 +220,9 @@ TSQLFromSource* TSQLDatabaseObject::FindInIndex(const std::vector<TSQLFromSource
     }
   }
   if (const std::vector<std::size_t>* positions = Index.ByObject(Key)) {
-    for (int withAlias = 0; withAlias < 2; ++withAlias) {
-      for (std::size_t i : *positions) {
-        if ((List[i]->GetAlias() != nullptr) == (withAlias != 0) && MatchesObject(*List[i]))
-          return List[i];
-      }
+    for (std::size_t i : *positions) {
+      if (List[i]->GetAlias() == nullptr && MatchesObject(*List[i]))
+        return List[i];
     }
   }
   return nullptr;
@@ -216,7 +254,7 @@ void TSQLObjectColumn::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) 
     return;
   }
   if (const TSQLAlias* alias = source->GetAlias()) {
-    Builder.WriteIdentifier(alias->Name, GetSyntaxProvider());
+    alias->WriteName(Builder);
     Builder.WriteSymbol(".");
   } else if (const auto* object = dynamic_cast<const TSQLFromObject*>(source)) {
     if (object->GetDatabaseObject() != nullptr) {
@@ -224,16 +262,54 @@ void TSQLObjectColumn::BuildSQLDirect(TSQLBuilder& Builder, bool /*MultiLine*/) 
       Builder.WriteSymbol(".");
     }
   }
-  Builder.WriteIdentifier(GetObjName(), GetSyntaxProvider());
+  Builder.WriteIdentifier(GetObjName(), GetSyntaxProvider(), Count() > 0 && IsQuoted(0));
 }
 
 void TSQLObjectColumn::FixupObjects(std::vector<TSQLFromSource*>& List) {
-  if (Count() < 2) {
-    // An unqualified column names no source; any binding it has was made by hand.
+  if (Count() == 1) {
+    if (TSQLFromSource* found = FindColumnSource(List))
+      SetFromSource(found);
     TSQLQualifiedName::FixupObjects(List);
     return;
   }
   TSQLDatabaseObject::FixupObjects(List);
+}
+
+// An unqualified name belongs to the innermost block with a source that has such a
+// column. The search stops, finding nothing, where the answer is not certain: a block
+// in which two sources have the column, or none has it but a source's columns are not
+// known. A block without sources is passed over.
+TSQLFromSource* TSQLObjectColumn::FindColumnSource(const std::vector<TSQLFromSource*>& List) const {
+  const std::string& name = GetObjName();
+  if (name.empty() || name == "*")
+    return nullptr;
+  std::size_t end = List.size();
+  while (end > 0) {
+    std::size_t begin = end;
+    while (begin > 0 && List[begin - 1] != nullptr)
+      --begin;
+    TSQLFromSource* found = nullptr;
+    int matches = 0;
+    bool unknown = false;
+    for (std::size_t i = begin; i < end; ++i) {
+      const std::vector<std::string>& fields = List[i]->Fields;
+      if (fields.empty())
+        unknown = true;
+      for (const std::string& field : fields) {
+        if (sptext::SameText(field, name)) {
+          found = List[i];
+          ++matches;
+          break;
+        }
+      }
+    }
+    if (matches == 1)
+      return found;
+    if (matches > 1 || unknown)
+      return nullptr;
+    end = begin > 0 ? begin - 1 : 0;
+  }
+  return nullptr;
 }
 
 bool TSQLObjectColumn::MatchesAlias(const TSQLFromSource& Source) const {

@@ -19,13 +19,11 @@ namespace {
 
 // Every object of the parse (scanner, tokens, parser, way points) is owned here and
 // released on every path, the exception path included.
+// Parses the tokens `scanner` holds (the end token last).
 template <class Result, class WayCalc, class Build>
-std::unique_ptr<Result> RunParse(TastSyntaxProvider& provider, const std::string& text,
-                                 const char* message, WayCalc wayCalc, Build build) {
-  std::unique_ptr<TqxBaseScanner> scanner = provider.GetScannerClass().Create();
-  scanner->Init(text);
-  std::unique_ptr<TqxBaseParser> parser =
-      provider.GetParserClass().Create(scanner.get(), &provider);
+std::unique_ptr<Result> RunParseTokens(TastSyntaxProvider& provider, TqxBaseScanner* scanner,
+                                       const char* message, WayCalc wayCalc, Build build) {
+  std::unique_ptr<TqxBaseParser> parser = provider.GetParserClass().Create(scanner, &provider);
   // The list of ways is kept per thread for the next parse (a nested parse, made while
   // this one builds its tree, finds it taken and makes its own).
   static thread_local TqxWayList spareWays;
@@ -58,12 +56,28 @@ std::unique_ptr<Result> RunParse(TastSyntaxProvider& provider, const std::string
   return (parser.get()->*build)();
 }
 
+template <class Result, class WayCalc, class Build>
+std::unique_ptr<Result> RunParse(TastSyntaxProvider& provider, const std::string& text,
+                                 const char* message, WayCalc wayCalc, Build build) {
+  std::unique_ptr<TqxBaseScanner> scanner = provider.GetScannerClass().Create();
+  scanner->Init(text);
+  return RunParseTokens<Result>(provider, scanner.get(), message, wayCalc, build);
+}
+
 }  // namespace
 
 std::unique_ptr<TSQLSelectStatement> TastSyntaxProvider::ParseSelect(const std::string& Text) {
   return RunParse<TSQLSelectStatement>(*this, Text, "Bad SELECT statement",
                                        &TqxBaseParser::ParseSelectWayCalc,
                                        &TqxBaseParser::ParseSelect);
+}
+
+std::unique_ptr<TSQLSelectStatement> TastSyntaxProvider::ParseSelect(TqxBaseScanner& Tokens) {
+  if (Tokens.GetTokenCount() == 0)
+    throw MakeSQLError("Bad SELECT statement", nullptr);
+  return RunParseTokens<TSQLSelectStatement>(*this, &Tokens, "Bad SELECT statement",
+                                             &TqxBaseParser::ParseSelectWayCalc,
+                                             &TqxBaseParser::ParseSelect);
 }
 
 std::unique_ptr<TSQLExpressionItem> TastSyntaxProvider::ParseExpression(const std::string& Text) {

@@ -1,10 +1,15 @@
 #include "qorvex/ast/query.h"
 
 #include <string>
+#include <unordered_set>
 
 #include "ast/node_util.h"
 #include "ast/source_index.h"
+#include "ast/syntax_provider_text.h"
 #include "qorvex/ast/builder.h"
+#include "qorvex/ast/expressions.h"
+#include "qorvex/ast/from.h"
+#include "qorvex/ast/names.h"
 #include "qorvex/core/errors.h"
 
 namespace qorvex {
@@ -262,19 +267,84 @@ void TSQLSubQuerySelectExpression::BuildSQLDirect(TSQLBuilder& Builder, bool Mul
   }
 }
 
+namespace {
+
+// Leaves the stack of visible sources as it was found, whatever happens.
+struct TRestoreSources {
+  std::vector<TSQLFromSource*>& List;
+  std::size_t Size;
+  ~TRestoreSources() { List.resize(Size); }
+};
+
+// The output aliases of a select list, upper-cased, so that each ORDER BY term is
+// looked up rather than compared with every output column.
+std::unordered_set<std::string> OutputAliases(const TSQLSelectItems* Outputs) {
+  std::unordered_set<std::string> aliases;
+  if (Outputs == nullptr)
+    return aliases;
+  for (int i = 0; i < Outputs->GetCount(); ++i) {
+    const auto* item = dynamic_cast<const TSQLSelectItemExpression*>(Outputs->GetItems(i));
+    if (item != nullptr && item->GetAlias() != nullptr)
+      aliases.insert(sptext::UpperCase(item->GetAlias()->Name));
+  }
+  return aliases;
+}
+
+// Whether an ORDER BY expression is a bare name that names an output column by its alias:
+// such a term sorts by that column, and no FROM source may claim the name.
+bool IsOutputAlias(const TSQLExpressionItem* Expression,
+                   const std::unordered_set<std::string>& Aliases) {
+  const auto* reference = dynamic_cast<const TSQLExpressionColumn*>(Expression);
+  const TSQLObjectColumn* column = reference != nullptr ? reference->GetColumn() : nullptr;
+  if (column == nullptr || column->Count() != 1 || Aliases.empty())
+    return false;
+  return Aliases.count(sptext::UpperCase(column->GetObjName())) != 0;
+}
+
+// Binds the names of ORDER BY terms; a term naming an output alias is left alone.
+void FixupOrderBy(TSQLOrderByClause& OrderBy, const TSQLSelectItems* Outputs,
+                  std::vector<TSQLFromSource*>& List) {
+  const std::unordered_set<std::string> aliases = OutputAliases(Outputs);
+  for (int i = 0; i < OrderBy.GetCount(); ++i) {
+    auto* item = dynamic_cast<TSQLOrderByItem*>(OrderBy.GetItems(i));
+    if (item == nullptr)
+      continue;
+    if (!IsOutputAlias(item->GetExpression(), aliases))
+      item->FixupObjects(List);
+  }
+}
+
+// The first SELECT block of a chain, descending into bracketed groups.
+TSQLSubQuerySelectExpression* FirstBlock(const TSQLSubQueryExpressions& Chain) {
+  if (Chain.GetCount() == 0)
+    return nullptr;
+  TSQLSubQueryExpression* first = Chain.GetItems(0);
+  if (auto* block = dynamic_cast<TSQLSubQuerySelectExpression*>(first))
+    return block;
+  if (auto* group = dynamic_cast<TSQLSubQueryExpressions*>(first))
+    return FirstBlock(*group);
+  return nullptr;
+}
+
+}  // namespace
+
+// The block's names see its own FROM sources above those of the enclosing blocks. Its
+// ORDER BY terms may name output aliases, which win over the sources' columns.
 void TSQLSubQuerySelectExpression::FixupObjects(std::vector<TSQLFromSource*>& List) {
-  const std::size_t before = List.size();
-  // Whatever happens below, the stack is left as it was found.
-  struct Restore {
-    std::vector<TSQLFromSource*>& List;
-    std::size_t Size;
-    ~Restore() { List.resize(Size); }
-  } restore{List, before};
+  TRestoreSources restore{List, List.size()};
   List.push_back(nullptr);
+  const std::size_t begin = List.size();
   if (FromClause_)
     FromClause_->GetAllSources(List);
-  const ast::TSQLFromSourceBlockIndex index(List, before + 1);
-  TSQLSubQueryExpression::FixupObjects(List);
+  const ast::TSQLFromSourceBlockIndex index(List, begin);
+  std::vector<TastExtender*> children;
+  GetMyChildren(children);
+  for (TastExtender* child : children) {
+    if (child == OrderBy_.get())
+      FixupOrderBy(*OrderBy_, SelectItems_.get(), List);
+    else
+      child->FixupObjects(List);
+  }
 }
 
 // ---------------------------------------------------------------------------------------
@@ -400,6 +470,27 @@ void TSQLSubSelectStatement::Assign(const TastExtender& Source) {
 void TSQLSubSelectStatement::GetMyChildren(std::vector<TastExtender*>& List) const {
   TSQLSubQueryExpressions::GetMyChildren(List);
   AddChild(List, OrderBy_.get());
+}
+
+// The statement's ORDER BY follows the whole chain; it sorts by the columns of the first
+// SELECT block, so its names are bound against that block's FROM sources.
+void TSQLSubSelectStatement::FixupObjects(std::vector<TSQLFromSource*>& List) {
+  std::vector<TastExtender*> children;
+  GetMyChildren(children);
+  for (TastExtender* child : children) {
+    if (child != OrderBy_.get())
+      child->FixupObjects(List);
+  }
+  if (!OrderBy_)
+    return;
+  TRestoreSources restore{List, List.size()};
+  TSQLSubQuerySelectExpression* first = FirstBlock(*this);
+  List.push_back(nullptr);
+  const std::size_t begin = List.size();
+  if (first != nullptr && first->GetFromClause() != nullptr)
+    first->GetFromClause()->GetAllSources(List);
+  const ast::TSQLFromSourceBlockIndex index(List, begin);
+  FixupOrderBy(*OrderBy_, first != nullptr ? first->GetSelectItems() : nullptr, List);
 }
 
 void TSQLSubSelectStatement::BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const {

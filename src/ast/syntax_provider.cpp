@@ -27,6 +27,33 @@ std::string TastSyntaxProvider::GetQuoteEnd() const {
   return {};
 }
 
+bool TastSyntaxProvider::IsReservedWord(std::string_view /*Word*/) const {
+  return false;
+}
+
+bool TastSyntaxProvider::ReadQuotedName(std::string_view Text, std::string& Name) const {
+  const std::string begin = GetQuoteBegin();
+  const std::string end = GetQuoteEnd();
+  if (begin.empty() || end.empty() || Text.size() < begin.size() + end.size() ||
+      Text.substr(0, begin.size()) != begin || Text.substr(Text.size() - end.size()) != end)
+    return false;
+  const std::string_view inner = Text.substr(begin.size(), Text.size() - begin.size() - end.size());
+  std::string name;
+  for (std::size_t i = 0; i < inner.size();) {
+    if (inner.compare(i, end.size(), end) == 0) {
+      // Inside the quotes a closing quote stands only doubled.
+      if (inner.compare(i + end.size(), end.size(), end) != 0)
+        return false;
+      name += end;
+      i += 2 * end.size();
+    } else {
+      name += inner[i++];
+    }
+  }
+  Name = std::move(name);
+  return true;
+}
+
 bool TastSyntaxProvider::IsUniversalExpressions() const {
   return false;
 }

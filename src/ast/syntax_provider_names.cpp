@@ -48,12 +48,22 @@ std::unique_ptr<TSQLFromObject> TastSyntaxProvider::CreateSQLFromObject(const st
                                                                         const std::string& Alias) {
   if (Name.empty())
     throw EqxError("Can't create a FROM object without a name");
+  // A name or alias given between the dialect's quotes is that quoted name.
+  std::string name = Name;
+  const bool nameQuoted = ReadQuotedName(Name, name) && !name.empty();
+  if (!nameQuoted)
+    name = Name;
   auto object = NewNode<TSQLDatabaseObject>(this);
-  object->AddName(Name);
+  object->AddName(std::move(name), nameQuoted);
   auto from = NewNode<TSQLFromObject>(this);
   from->SetDatabaseObject(std::move(object));
-  if (!Alias.empty())
-    from->SetAlias(NewNode<TSQLAliasObjectAlias>(this, Alias));
+  if (!Alias.empty()) {
+    std::string alias = Alias;
+    const bool aliasQuoted = ReadQuotedName(Alias, alias) && !alias.empty();
+    if (!aliasQuoted)
+      alias = Alias;
+    from->SetAlias(NewNode<TSQLAliasObjectAlias>(this, std::move(alias), aliasQuoted));
+  }
   return from;
 }
 

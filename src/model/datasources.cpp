@@ -661,17 +661,27 @@ std::string TqxDatasource::GetAlias() const {
   return Source_ ? Source_->GetAliasName() : std::string();
 }
 
+// A name typed between the dialect's quotes is taken as that quoted name; any other text
+// is the name itself, quoted when written only if it needs to be.
 void TqxDatasource::SetAlias(const std::string& Alias) {
-  if (Source_ && Alias == GetAlias())
+  std::string name = Alias;
+  bool quoted = false;
+  if (Source_ && Source_->GetSyntaxProvider() != nullptr &&
+      Source_->GetSyntaxProvider()->ReadQuotedName(Alias, name))
+    quoted = !name.empty();
+  if (Source_ && name == GetAlias() &&
+      quoted == (Source_->GetAlias() != nullptr && Source_->GetAlias()->Quoted))
     return;
   if (!Source_)
     throw EqxError("Can't assign alias if astFromSource=nil!");
-  if (Alias.empty()) {
+  if (name.empty()) {
     Source_->SetAlias(nullptr);
   } else if (TSQLAlias* alias = Source_->GetAlias()) {
-    alias->Name = Alias;
+    alias->Name = std::move(name);
+    alias->Quoted = quoted;
   } else {
-    Source_->SetAlias(NewNode<TSQLAliasObjectAlias>(Source_->GetSyntaxProvider(), Alias));
+    Source_->SetAlias(
+        NewNode<TSQLAliasObjectAlias>(Source_->GetSyntaxProvider(), std::move(name), quoted));
   }
   NotifySQLUpdated();
   UpdateContolParams();
@@ -695,17 +705,28 @@ std::string TqxDatasource::GetQualifier() const {
   return Source_->GetSimpleExpression();
 }
 
+// A provider that cannot describe the source (an unknown object, a statement the
+// database rejects) leaves it without fields; its message goes to OnMetadataError.
 void TqxDatasource::RefreshMetadata() {
-  TqxBaseMetadataProvider* provider =
-      GetQueryBuilder() != nullptr ? GetQueryBuilder()->GetMetadataProvider() : nullptr;
+  TqxBaseQueryBuilder* builder = GetQueryBuilder();
+  TqxBaseMetadataProvider* provider = builder != nullptr ? builder->GetMetadataProvider() : nullptr;
+  std::string failure;
   if (Source_) {
-    if (provider != nullptr)
-      Source_->RefreshFieldsList(provider);
-    else
+    if (provider != nullptr) {
+      try {
+        Source_->RefreshFieldsList(provider);
+      } catch (const std::exception& error) {
+        Source_->Fields.clear();
+        failure = error.what();
+      }
+    } else {
       Source_->Fields.clear();
+    }
   }
   UpdateContolParams();
   RepaintControls();
+  if (!failure.empty())
+    builder->DoMetadataError(this, failure);
 }
 
 const std::vector<std::string>& TqxDatasource::GetFields() const {
@@ -815,13 +836,7 @@ void TqxDataSourceQuery::NotifySQLUpdated() {
   if (GetIsUpdating() || IsDestroying() || builder == nullptr || builder->IsSQLLoading() ||
       builder->GetMetadataProvider() == nullptr || GetFromSource() == nullptr)
     return;
-  try {
-    RefreshMetadata();
-  } catch (const std::exception&) {
-    // An unfinished sub-query (no columns yet, say) has no fields to show.
-    GetFromSource()->Fields.clear();
-    UpdateContolParams();
-  }
+  RefreshMetadata();
 }
 
 std::string TqxDataSourceQuery::GetCaption() const {
@@ -963,8 +978,20 @@ void TqxLink::CalcCardinality() {
            Relation.PKColumns.size() == 1 && model::UpperCase(Relation.PKColumns[0]) == PKColumn &&
            Relation.FKColumns.size() == 1 && model::UpperCase(Relation.FKColumns[0]) == FKColumn;
   };
+  // Relations the provider cannot give leave the cardinality unknown.
+  auto relationsOf = [&](TqxDatasourceBase* DS, const TSQLDatabaseObject& Object,
+                         TSQLMetadataRelations& Relations) {
+    try {
+      metadata->GetTableRelations(Object, Relations);
+      return true;
+    } catch (const std::exception& error) {
+      builder->DoMetadataError(As<TqxDatasource>(DS), error.what());
+      return false;
+    }
+  };
   TSQLMetadataRelations relations;
-  metadata->GetTableRelations(*left, relations);
+  if (!relationsOf(Left_, *left, relations))
+    return;
   for (const auto& relation : relations) {
     if (relation && matches(*relation, *right, leftField, rightField)) {
       LeftCardinality_ = qblcOne;
@@ -972,7 +999,8 @@ void TqxLink::CalcCardinality() {
       return;
     }
   }
-  metadata->GetTableRelations(*right, relations);
+  if (!relationsOf(Right_, *right, relations))
+    return;
   for (const auto& relation : relations) {
     if (relation && matches(*relation, *left, rightField, leftField)) {
       LeftCardinality_ = qblcMany;

@@ -739,7 +739,13 @@ void TqxUnionSubQuery::AddFKLinksForObject(TqxDataSourceObject* DS) {
     return;
   const TSQLDatabaseObject& object = *DS->GetObjectName();
   TSQLMetadataRelations relations;
-  metadata->GetTableRelations(object, relations);
+  try {
+    metadata->GetTableRelations(object, relations);
+  } catch (const std::exception& error) {
+    // No foreign keys to follow; the datasource stays as it was added.
+    GetQueryBuilder()->DoMetadataError(DS, error.what());
+    return;
+  }
   TqxUpdateGuard guard(this);
   for (const auto& relation : relations) {
     if (!relation || !relation->PKTable || !relation->FKTable)
@@ -825,8 +831,23 @@ std::vector<TqxDatasource*> TqxUnionSubQuery::GetDatasources() const {
 
 void TqxUnionSubQuery::GetVisibleSources(std::vector<TSQLFromSource*>& List) const {
   const TqxSubQuery* query = GetSubQuery();
-  if (const TqxUnionSubQuery* outer = query != nullptr ? query->GetParentUnionSubQuery() : nullptr)
+  if (const TqxUnionSubQuery* outer =
+          query != nullptr ? query->GetParentUnionSubQuery() : nullptr) {
     outer->GetVisibleSources(List);
+    // A derived table does not see the sources beside it in its FROM clause.
+    bool derived = false;
+    for (const TqxQueryBuilderControlOwner* owner = query->GetParent();
+         owner != nullptr && owner != outer; owner = owner->GetParent()) {
+      if (As<const TqxDatasource>(owner) != nullptr)
+        derived = true;
+    }
+    if (derived) {
+      while (!List.empty() && List.back() != nullptr)
+        List.pop_back();
+      if (!List.empty())
+        List.pop_back();
+    }
+  }
   List.push_back(nullptr);
   for (TqxDatasource* ds : GetDatasources()) {
     if (ds->GetFromSource() != nullptr)

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <iterator>
+#include <unordered_map>
 
 #include "model/model_util.h"
 #include "qorvex/ast/expressions.h"
 #include "qorvex/ast/from.h"
 #include "qorvex/ast/metadata_provider.h"
 #include "qorvex/ast/query.h"
+#include "qorvex/ast/syntax_provider.h"
+#include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
 #include "qorvex/model/sql_builder.h"
 
@@ -130,13 +133,46 @@ std::unique_ptr<TSQLSelectStatement> EmptyStatement(TastSyntaxProvider* Provider
   statement->Add(std::move(select));
   return statement;
 }
+
+// The FROM sources whose fields the metadata provider could not give, with its message.
+using TqxFieldsFailures = std::unordered_map<const TSQLFromSource*, std::string>;
+
+// Asks the metadata provider for the fields of every FROM source in a tree, inner ones
+// first. A source the provider cannot describe (an unknown table, a function the
+// database lacks) keeps no fields, and the failure is noted: loading never depends on
+// the metadata.
+void RefreshFieldsLists(TastExtender& Node, TqxBaseMetadataProvider* Provider,
+                        TqxFieldsFailures& Failures) {
+  std::vector<TastExtender*> children;
+  Node.GetMyChildren(children);
+  for (TastExtender* child : children) {
+    if (child != nullptr)
+      RefreshFieldsLists(*child, Provider, Failures);
+  }
+  auto* source = dynamic_cast<TSQLFromSource*>(&Node);
+  if (source == nullptr || dynamic_cast<TSQLFromItem*>(source) != nullptr)
+    return;
+  try {
+    source->RefreshFieldsList(Provider);
+  } catch (const std::exception& error) {
+    source->Fields.clear();
+    Failures.emplace(source, error.what());
+  }
+}
+
 }  // namespace
+
+void TqxBaseQueryBuilder::DoMetadataError(TqxDatasource* ADatasource, const std::string& AMessage) {
+  if (OnMetadataError && !IsDestroying())
+    OnMetadataError(this, ADatasource, AMessage);
+}
 
 void TqxBaseQueryBuilder::SetSQLMsg() {
   if (SyntaxProvider_ == nullptr || MetadataProvider_ == nullptr)
     throw EqxError("No syntax provider!");
   const std::string text = PendingSQL_;
   std::unique_ptr<TSQLSelectStatement> tree;
+  TqxFieldsFailures failures;
   try {
     if (!model::Trim(text).empty()) {
       tree = SyntaxProvider_->ParseSelect(text);
@@ -144,10 +180,12 @@ void TqxBaseQueryBuilder::SetSQLMsg() {
       tree = EmptyStatement(GetASTSyntaxProvider());
     }
     PendingSQL_.clear();
-    // Names are bound and every FROM source learns its fields.
+    // Names are bound and every FROM source learns its fields; then unqualified column
+    // names, which need the fields to find their source, are bound.
     std::vector<TSQLFromSource*> sources;
     tree->FixupObjects(sources);
-    tree->RefreshFieldsListRecursive(MetadataProvider_);
+    RefreshFieldsLists(*tree, MetadataProvider_, failures);
+    tree->FixupObjects(sources);
   } catch (const std::exception& error) {
     tree.reset();
     PendingSQL_.clear();
@@ -162,9 +200,14 @@ void TqxBaseQueryBuilder::SetSQLMsg() {
     bool& Flag;
     ~LoadingScope() { Flag = false; }
   } loading{SQLLoading_};
-  // The same statement (in any letter case) keeps the model and its layout.
+  // The same statement (in any letter case of its words and bare names) keeps the model
+  // and its layout; quoted names and literals must match exactly.
   const std::unique_ptr<TSQLSelectStatement> current = Query_->GetSelectStatement();
-  if (model::LowerCase(current->GetSimpleSQL()) == model::LowerCase(tree->GetSimpleSQL()))
+  const TastSyntaxProvider* dialect = tree->GetSyntaxProvider();
+  const std::string quoteBegin = dialect != nullptr ? dialect->GetQuoteBegin() : std::string();
+  const std::string quoteEnd = dialect != nullptr ? dialect->GetQuoteEnd() : std::string();
+  if (model::LowerCaseOutsideQuotes(current->GetSimpleSQL(), quoteBegin, quoteEnd) ==
+      model::LowerCaseOutsideQuotes(tree->GetSimpleSQL(), quoteBegin, quoteEnd))
     return;
   BeginUpdate();
   try {
@@ -178,6 +221,23 @@ void TqxBaseQueryBuilder::SetSQLMsg() {
     throw;
   }
   EndUpdate();
+  // Each datasource whose fields are unknown is reported once the model stands.
+  if (failures.empty())
+    return;
+  std::vector<std::pair<TqxDatasource*, std::string>> reports;
+  for (TqxSubQuery* query : SubQueries_) {
+    std::vector<TqxUnionSubQuery*> operands;
+    query->GetUnionGroup()->GetOperands(operands);
+    for (TqxUnionSubQuery* operand : operands) {
+      for (TqxDatasource* ds : operand->GetDatasources()) {
+        const auto failure = failures.find(ds->GetFromSource());
+        if (failure != failures.end())
+          reports.emplace_back(ds, failure->second);
+      }
+    }
+  }
+  for (const auto& [ds, message] : reports)
+    DoMetadataError(ds, message);
 }
 
 std::unique_ptr<TSQLSelectStatement> TqxBaseQueryBuilder::GetStatementCopy() const {

@@ -47,11 +47,57 @@ bool IsBooleanCell(const std::string& Text, bool& Value) {
   return false;
 }
 
-// "X=True" and "X=False" with a logical X are written as X and Not X.
+// The cell "=True" or "=False": a comparison whose left operand is the row's expression.
+std::unique_ptr<TSQLExpressionItem> MakeBooleanCell(TastSyntaxProvider* Provider, bool Value) {
+  auto comparison = NewNode<TSQLExpressionOperatorBinary>(Provider);
+  comparison->SetOperator(NewNode<TSQLOperator>(Provider, std::string("=")));
+  comparison->SetRight(NewNode<TSQLExpressionConstant>(Provider, TSQLConstantValue(Value)));
+  return comparison;
+}
+
+std::unique_ptr<TSQLExpressionItem> InBrackets(std::unique_ptr<TSQLExpressionItem> E) {
+  auto brackets = NewNode<TSQLExpressionBrackets>(E->GetSyntaxProvider());
+  brackets->SetInner(std::move(E));
+  return brackets;
+}
+
+bool IsCollection(const TSQLExpressionItem* E) {
+  return As<const TSQLExpressionLogicalCollection>(E) != nullptr;
+}
+
+TSQLExpressionItem* StripBrackets(TSQLExpressionItem* E) {
+  while (auto* brackets = As<TSQLExpressionBrackets>(E)) {
+    if (brackets->GetInner() == nullptr)
+      break;
+    E = brackets->GetInner();
+  }
+  return E;
+}
+
+// Whether a binary operator compares its operands (rather than computing a value).
+bool IsComparisonOperator(const std::string& Operator) {
+  static const char* const kComparisons[] = {"=",  "<>", "!=", "<",  ">",
+                                             "<=", ">=", "^=", "!<", "!>"};
+  return std::any_of(std::begin(kComparisons), std::end(kComparisons),
+                     [&](const char* Known) { return Operator == Known; });
+}
+
+// Whether an expression is a condition: a predicate, NOT, AND/OR, or a comparison
+// (plain or quantified), in any brackets.
+bool IsCondition(const TSQLExpressionItem* E) {
+  E = StripBrackets(const_cast<TSQLExpressionItem*>(E));
+  if (E == nullptr)
+    return false;
+  if (E->IsLogical() || As<const TSQLExpressionCompWithSet>(E) != nullptr)
+    return true;
+  const auto* binary = As<const TSQLExpressionOperatorBinary>(E);
+  return binary != nullptr && IsComparisonOperator(binary->GetOperatorText());
+}
+
+// "X=True" and "X=False" with a condition X are written as X and Not X.
 std::unique_ptr<TSQLExpressionItem> FixBooleanComparison(std::unique_ptr<TSQLExpressionItem> E) {
   auto* binary = As<TSQLExpressionOperatorBinary>(E.get());
-  if (binary == nullptr || binary->GetOperatorText() != "=" || binary->GetInner() == nullptr ||
-      !binary->GetInner()->IsLogical())
+  if (binary == nullptr || binary->GetOperatorText() != "=" || !IsCondition(binary->GetInner()))
     return E;
   const auto* constant = As<const TSQLExpressionConstant>(binary->GetRight());
   if (constant == nullptr || !std::holds_alternative<bool>(constant->Value))
@@ -61,14 +107,75 @@ std::unique_ptr<TSQLExpressionItem> FixBooleanComparison(std::unique_ptr<TSQLExp
   if (value)
     return inner;
   TastSyntaxProvider* provider = inner->GetSyntaxProvider();
-  if (As<TSQLExpressionLogicalCollection>(inner.get()) != nullptr) {
-    auto brackets = NewNode<TSQLExpressionBrackets>(provider);
-    brackets->SetInner(std::move(inner));
-    inner = std::move(brackets);
-  }
+  if (IsCollection(inner.get()))
+    inner = InBrackets(std::move(inner));
   auto negation = NewNode<TSQLExpressionNot>(provider);
   negation->SetInner(std::move(inner));
   return negation;
+}
+
+// FixBooleanComparison on every comparison of a cell, through brackets, NOT, AND and OR
+// (a cell may hold "=True" twice when a condition was given twice). An AND or OR that
+// comes out under a NOT is bracketed.
+std::unique_ptr<TSQLExpressionItem> FixBooleanCells(std::unique_ptr<TSQLExpressionItem> E) {
+  if (!E)
+    return E;
+  if (auto* collection = As<TSQLExpressionLogicalCollection>(E.get())) {
+    for (int i = 0; i < collection->Count(); ++i)
+      collection->Insert(i, FixBooleanCells(collection->Extract(i)));
+    return E;
+  }
+  if (As<TSQLExpressionBrackets>(E.get()) != nullptr || As<TSQLExpressionNot>(E.get()) != nullptr) {
+    auto* holder = static_cast<TSQLExpressionExpressionItem*>(E.get());
+    if (holder->GetInner() != nullptr) {
+      std::unique_ptr<TSQLExpressionItem> inner = FixBooleanCells(holder->ExtractInner());
+      if (As<TSQLExpressionNot>(E.get()) != nullptr && IsCollection(inner.get()))
+        inner = InBrackets(std::move(inner));
+      holder->SetInner(std::move(inner));
+    }
+    return E;
+  }
+  return FixBooleanComparison(std::move(E));
+}
+
+// Takes a node out of the brackets around it.
+std::unique_ptr<TSQLExpressionItem> WithoutBrackets(std::unique_ptr<TSQLExpressionItem> E) {
+  while (auto* brackets = As<TSQLExpressionBrackets>(E.get())) {
+    if (brackets->GetInner() == nullptr)
+      break;
+    E = brackets->ExtractInner();
+  }
+  return E;
+}
+
+// The expression that a criteria cell made of Term is about: the left operand shared by
+// every predicate in it (through brackets, NOT, AND and OR). Null when Term cannot be a
+// cell (EXISTS, OVERLAPS, a value, predicates about different expressions): such a term
+// stays a whole condition.
+const TSQLExpressionItem* CellSubject(const TSQLExpressionItem* Term) {
+  Term = StripBrackets(const_cast<TSQLExpressionItem*>(Term));
+  if (Term == nullptr)
+    return nullptr;
+  if (const auto* quantified = As<const TSQLExpressionCompWithSet>(Term))
+    return quantified->GetComparedOperand();
+  if (const auto* binary = As<const TSQLExpressionOperatorBinary>(Term))
+    return IsComparisonOperator(binary->GetOperatorText()) ? binary->GetInner() : nullptr;
+  if (As<const TSQLExpressionLogicalOperation>(Term) != nullptr ||
+      As<const TSQLExpressionBetween>(Term) != nullptr)
+    return static_cast<const TSQLExpressionOperation*>(Term)->GetInner();
+  if (const auto* negation = As<const TSQLExpressionNot>(Term))
+    return CellSubject(negation->GetInner());
+  if (const auto* collection = As<const TSQLExpressionLogicalCollection>(Term)) {
+    const TSQLExpressionItem* subject = nullptr;
+    for (int i = 0; i < collection->Count(); ++i) {
+      const TSQLExpressionItem* own = CellSubject(collection->GetItems(i));
+      if (own == nullptr || (subject != nullptr && !model::SameExpressionText(own, subject)))
+        return nullptr;
+      subject = own;
+    }
+    return subject;
+  }
+  return nullptr;
 }
 
 // Joins conditions by a new AND or OR; one condition stands alone, none gives null.
@@ -136,11 +243,11 @@ std::unique_ptr<TSQLObjectColumn> MakeColumn(TqxDatasource* DS, const std::strin
   column->AddPrefix(Field);
   const std::string alias = DS->GetAlias();
   if (!alias.empty()) {
-    column->AddPrefix(alias);
+    column->AddPrefix(alias, source->GetAlias() != nullptr && source->GetAlias()->Quoted);
   } else if (auto* object = As<TSQLFromObject>(source)) {
-    if (object->GetDatabaseObject() != nullptr) {
-      for (const std::string& part : object->GetDatabaseObject()->GetNameParts())
-        column->AddPrefix(part);
+    if (const TSQLDatabaseObject* name = object->GetDatabaseObject()) {
+      for (int i = 0; i < name->Count(); ++i)
+        column->AddPrefix(name->GetNames(i), name->IsQuoted(i));
     }
   }
   column->SetFromSource(source);
@@ -213,6 +320,7 @@ void TqxSelectItem::SetExpression(const std::string& Text) {
     Expression_.reset();
     Conditions_.clear();
     Alias_.clear();
+    AliasQuoted_ = false;
     Select_ = false;
     GroupByType_ = gtExpression;
     NotifySQLUpdated();
@@ -225,6 +333,7 @@ void TqxSelectItem::SetExpression(const std::string& Text) {
   // condition (a row that only filters). The value expression's error is reported.
   std::unique_ptr<TastNode> node;
   std::string alias;
+  bool aliasQuoted = false;
   const TastClass* aliasClass = nullptr;
   try {
     node = provider->ParseExpression(text);
@@ -234,6 +343,7 @@ void TqxSelectItem::SetExpression(const std::string& Text) {
       if (auto* expression = As<TSQLSelectItemExpression>(item.get())) {
         if (expression->GetAlias() != nullptr) {
           alias = expression->GetAlias()->Name;
+          aliasQuoted = expression->GetAlias()->Quoted;
           aliasClass = &expression->GetAlias()->ClassType();
         }
         node = expression->ExtractExpression();
@@ -257,6 +367,7 @@ void TqxSelectItem::SetExpression(const std::string& Text) {
   SetExpressionNode(std::move(node));
   if (!alias.empty()) {
     Alias_ = alias;
+    AliasQuoted_ = aliasQuoted;
     AliasClass_ = aliasClass;
   }
   if (wasEmpty)
@@ -275,7 +386,7 @@ void TqxSelectItem::SetFieldExpression(TqxDatasource* DS, const std::string& Fie
     std::unique_ptr<TSQLObjectColumn> column = model::MakeColumn(DS, "*");
     auto qualifier = NewNode<TSQLDatabaseObject>(column->GetSyntaxProvider());
     for (int i = 1; i < column->Count(); ++i)
-      qualifier->AddPrefix(column->GetNames(i));
+      qualifier->AddPrefix(column->GetNames(i), column->IsQuoted(i));
     qualifier->SetFromSource(DS->GetFromSource());
     item->SetQualifier(std::move(qualifier));
     node = std::move(item);
@@ -296,6 +407,7 @@ void TqxSelectItem::LoadFromAST(std::unique_ptr<TastNode> Node) {
   if (auto* item = As<TSQLSelectItemExpression>(Node.get())) {
     if (const TSQLAlias* alias = item->GetAlias()) {
       Alias_ = alias->Name;
+      AliasQuoted_ = alias->Quoted;
       AliasClass_ = &alias->ClassType();
     }
     SetExpressionNode(item->ExtractExpression());
@@ -335,11 +447,18 @@ void TqxSelectItem::SetSelect(bool Value) {
 }
 
 void TqxSelectItem::SetAlias(const std::string& Value) {
-  if (Value == Alias_)
+  std::string name = Value;
+  bool quoted = false;
+  const TqxBaseSyntaxProvider* provider =
+      GetQueryBuilder() != nullptr ? GetQueryBuilder()->GetSyntaxProvider() : nullptr;
+  if (provider != nullptr && provider->GetASTSyntaxProvider()->ReadQuotedName(Value, name))
+    quoted = !name.empty();
+  if (name == Alias_ && quoted == AliasQuoted_)
     return;
-  if (!Value.empty() && !IsSupportsAlias())
+  if (!name.empty() && !IsSupportsAlias())
     throw EqxError("Can't assign an alias to this expression");
-  Alias_ = Value;
+  Alias_ = std::move(name);
+  AliasQuoted_ = quoted;
   NotifySQLUpdated();
 }
 
@@ -531,7 +650,7 @@ std::unique_ptr<TSQLExpressionItem> TqxSelectItem::GetFullCondition(int Index) c
   std::unique_ptr<TSQLExpressionItem> copy = CloneNode(*condition);
   if (const TSQLExpressionItem* expression = GetExpressionItem())
     copy->RestoreLExpression(expression);
-  return FixBooleanComparison(std::move(copy));
+  return FixBooleanCells(std::move(copy));
 }
 
 void TqxSelectItem::SetConditionNode(int Index, std::unique_ptr<TSQLExpressionItem> Condition) {
@@ -575,11 +694,7 @@ void TqxSelectItem::SetCondition(int Index, const std::string& Text) {
   std::unique_ptr<TSQLExpressionItem> condition;
   bool value = false;
   if (IsBooleanCell(text, value)) {
-    TastSyntaxProvider* ast = provider->GetASTSyntaxProvider();
-    auto comparison = NewNode<TSQLExpressionOperatorBinary>(ast);
-    comparison->SetOperator(NewNode<TSQLOperator>(ast, std::string("=")));
-    comparison->SetRight(NewNode<TSQLExpressionConstant>(ast, TSQLConstantValue(value)));
-    condition = std::move(comparison);
+    condition = MakeBooleanCell(provider->GetASTSyntaxProvider(), value);
   } else {
     try {
       condition = provider->ParseLogicalExpression(text);
@@ -592,6 +707,19 @@ void TqxSelectItem::SetCondition(int Index, const std::string& Text) {
         throw;
     }
     BindNames(*condition);
+  }
+  // The cell with the row's expression must read back as a condition; one that would not
+  // (an operator the expression cannot take) is refused and the cell keeps its value.
+  {
+    std::unique_ptr<TSQLExpressionItem> full = CloneNode(*condition);
+    full->RemoveLExpression(GetExpressionItem());
+    full->RestoreLExpression(GetExpressionItem());
+    const std::string written = FixBooleanCells(std::move(full))->GetSimpleSQL();
+    try {
+      provider->ParseLogicalExpression(written);
+    } catch (const EqxSQLError&) {
+      throw EqxError("Criteria \"" + text + "\" make no valid condition: " + written);
+    }
   }
   TqxUpdateGuard guard(this);
   SetConditionNode(Index, std::move(condition));
@@ -632,6 +760,7 @@ void TqxSelectItem::CheckItemProperties() {
   TqxUpdateGuard guard(this);
   if (!IsSupportsAlias() && !Alias_.empty()) {
     Alias_.clear();
+    AliasQuoted_ = false;
     NotifySQLUpdated();
   }
   if (!IsCanSelect() && Select_) {
@@ -663,6 +792,7 @@ std::unique_ptr<TSQLSelectItem> TqxSelectItem::GetASTTree() const {
     else
       alias = NewNode<TSQLAliasObjectAsAlias>(provider);
     alias->Name = Alias_;
+    alias->Quoted = AliasQuoted_;
     item->SetAlias(std::move(alias));
   }
   return item;
@@ -1015,24 +1145,114 @@ std::unique_ptr<TSQLGroupByList> TqxSelectList::GetGroupByTree() const {
   return list;
 }
 
-// A sorted output row with an alias is ordered by its alias (valid after a union too);
-// any other by its expression.
+namespace {
+
+bool IsOutputRow(const TqxSelectItem& Row) {
+  return Row.GetSelect() && Row.GetExpression() != nullptr;
+}
+
+bool IsStar(const TqxSelectItem& Row) {
+  return As<const TSQLSelectItem>(Row.GetExpression()) != nullptr;
+}
+
+// The name an output row's column has in the result: its alias, else a column's name.
+std::string OutputName(const TqxSelectItem& Row) {
+  if (!Row.GetAlias().empty())
+    return Row.GetAlias();
+  const auto* reference = As<const TSQLExpressionColumn>(Row.GetExpression());
+  if (reference != nullptr && reference->GetColumn() != nullptr)
+    return reference->GetColumn()->GetObjName();
+  return {};
+}
+
+// A bare, unqualified name.
+const TSQLObjectColumn* BareName(const TSQLExpressionItem* Expression) {
+  const auto* reference = As<const TSQLExpressionColumn>(Expression);
+  const TSQLObjectColumn* column = reference != nullptr ? reference->GetColumn() : nullptr;
+  return column != nullptr && column->Count() == 1 ? column : nullptr;
+}
+
+// The value of an unsigned integer literal; 0 for anything else. ORDER BY reads such a
+// literal as the number of an output column.
+long long IntegerLiteral(const TSQLExpressionItem* Expression) {
+  if (As<const TSQLExpressionConstant>(Expression) == nullptr)
+    return 0;
+  const std::string text = Expression->GetSimpleSQL();
+  if (text.empty() || text.size() > 18 ||
+      !std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }))
+    return 0;
+  return std::stoll(text);
+}
+
+}  // namespace
+
+int TqxSelectList::GetOutputPosition(const TqxSelectItem* Row) const {
+  int position = 0;
+  for (const auto& item : Items_) {
+    if (!IsOutputRow(*item))
+      continue;
+    if (IsStar(*item))
+      return 0;  // a star stands for columns that cannot be counted here
+    ++position;
+    if (item.get() == Row)
+      return position;
+  }
+  return 0;
+}
+
+TqxSelectItem* TqxSelectList::GetOutputRow(long long Position) const {
+  long long position = 0;
+  for (const auto& item : Items_) {
+    if (!IsOutputRow(*item))
+      continue;
+    if (IsStar(*item))
+      return nullptr;
+    if (++position == Position)
+      return item.get();
+  }
+  return nullptr;
+}
+
+// A sorted output row is ordered by its alias when that names no other output column;
+// an output row that has no such name is ordered by its number where its expression
+// would not do (an integer literal, or any term after a union, where only result columns
+// may be named); any other row by its expression.
 std::unique_ptr<TSQLOrderByClause> TqxSelectList::GetOrderByClause() const {
   if (Sorted_.empty())
     return nullptr;
   TastSyntaxProvider* provider = GetASTSyntaxProvider();
+  bool afterUnion = false;
+  if (UnionSubQuery_ != nullptr && UnionSubQuery_->GetSubQuery() != nullptr &&
+      UnionSubQuery_->GetSubQuery()->GetUnionGroup() != nullptr) {
+    std::vector<TqxUnionSubQuery*> operands;
+    UnionSubQuery_->GetSubQuery()->GetUnionGroup()->GetOperands(operands);
+    afterUnion = operands.size() > 1;
+  }
   auto clause = NewNode<TSQLOrderByClause>(provider);
   for (const TqxSelectItem* row : Sorted_) {
     const TSQLExpressionItem* expression = row->GetExpressionItem();
     if (expression == nullptr || row->GetSortType() == stNone)
       continue;
     auto item = NewNode<TSQLOrderByItem>(provider);
-    if (row->GetSelect() && !row->GetAlias().empty()) {
+    std::string name;
+    if (IsOutputRow(*row) && !row->GetAlias().empty()) {
+      int named = 0;
+      for (const auto& other : Items_) {
+        if (IsOutputRow(*other) && model::SameText(OutputName(*other), row->GetAlias()))
+          ++named;
+      }
+      if (named == 1)
+        name = row->GetAlias();
+    }
+    const int position = IsOutputRow(*row) ? GetOutputPosition(row) : 0;
+    if (!name.empty()) {
       auto column = NewNode<TSQLObjectColumn>(provider);
-      column->AddName(row->GetAlias());
+      column->AddName(name, row->IsAliasQuoted());
       auto reference = NewNode<TSQLExpressionColumn>(provider);
       reference->SetColumn(std::move(column));
       item->SetExpression(std::move(reference));
+    } else if (position > 0 && (afterUnion || IntegerLiteral(expression) > 0)) {
+      item->SetExpression(NewNode<TSQLExpressionConstant>(provider, std::to_string(position)));
     } else {
       item->SetExpression(CloneNode(*expression));
     }
@@ -1088,7 +1308,10 @@ struct TqxSelectList::RowIndex {
   RowIndex(const RowIndex&) = delete;
   RowIndex& operator=(const RowIndex&) = delete;
 
-  static std::string Key(const TastNode* Node) { return model::UpperCase(Node->GetSimpleSQL()); }
+  // Equal keys mean equal expressions as SameExpressionText sees them.
+  static std::string Key(const TastNode* Node) {
+    return model::ExpressionKey(Node->GetSimpleSQL());
+  }
   void Add(TqxSelectItem* Row) {
     if (Row->GetExpression() != nullptr)
       Rows[Key(Row->GetExpression())].push_back(Row);
@@ -1121,7 +1344,7 @@ TqxSelectItem* TqxSelectList::FindOrAddSelectItem(const TSQLExpressionItem* Expr
     for (const auto& item : Items_) {
       if (item->IsEmpty() || !Types.Contains(item->GetGroupByType()))
         continue;
-      if (model::SameNodeText(item->GetExpression(), Expr)) {
+      if (model::SameExpressionText(item->GetExpression(), Expr)) {
         if (item->GetGroupByType() == gtExpression)
           item->GroupByType_ = NewType;
         return item.get();
@@ -1172,18 +1395,26 @@ void TqxSelectList::LoadConditionFromAST(std::unique_ptr<TSQLExpressionItem> Con
     for (auto& term : terms) {
       if (!term)
         continue;
-      TSQLExpressionItem* expression = nullptr;
-      std::unique_ptr<TSQLExpressionItem> created;
-      term->FindExpressionItem(expression, created);
-      std::unique_ptr<TSQLExpressionItem> condition =
-          created ? std::move(created) : std::move(term);
-      if (expression == nullptr) {
-        // A condition without a left operand stands for itself, compared with true.
-        std::unique_ptr<TSQLExpressionItem> wrapped;
-        condition->TSQLExpressionItem::FindExpressionItem(expression, wrapped);
-        condition = std::move(wrapped);
+      std::unique_ptr<TSQLExpressionItem> expression;
+      std::unique_ptr<TSQLExpressionItem> condition;
+      if (const TSQLExpressionItem* subject = CellSubject(term.get())) {
+        // A cell: the row of the shared left operand, the rest of the term in the cell.
+        expression = CloneNode(*subject);
+        condition = std::move(term);
+      } else {
+        // A whole condition: the row's expression is the predicate itself and the cell
+        // says "=True", or "=False" for a negated predicate.
+        std::unique_ptr<TSQLExpressionItem> predicate = WithoutBrackets(std::move(term));
+        bool value = true;
+        if (auto* negation = As<TSQLExpressionNot>(predicate.get());
+            negation != nullptr && negation->GetInner() != nullptr) {
+          predicate = WithoutBrackets(negation->ExtractInner());
+          value = false;
+        }
+        condition = MakeBooleanCell(predicate->GetSyntaxProvider(), value);
+        expression = std::move(predicate);
       }
-      TqxSelectItem* row = FindOrAddSelectItem(expression, Types, NewType);
+      TqxSelectItem* row = FindOrAddSelectItem(expression.get(), Types, NewType);
       if (row == nullptr)
         continue;
       const int index = static_cast<int>(column);
@@ -1218,6 +1449,12 @@ void TqxSelectList::LoadGroupByListFromAST(std::unique_ptr<TSQLGroupByList> Grou
   }
 }
 
+// Each term sorts one row: a bare name that is an output row's alias sorts that row (an
+// alias wins over the sources' columns); an integer within the output columns sorts that
+// column; else the row of an equal expression, an output row first, or a new non-output
+// row holding the term. A term repeating a sorted row gets a row of its own holding a
+// copy, so that no term is lost; an integer beyond the output columns stays a term of
+// its own and is written back as it was.
 void TqxSelectList::LoadOrderByListFromAST(std::unique_ptr<TSQLOrderByClause> OrderBy) {
   if (!OrderBy)
     return;
@@ -1226,40 +1463,44 @@ void TqxSelectList::LoadOrderByListFromAST(std::unique_ptr<TSQLOrderByClause> Or
     if (!entry || entry->GetExpression() == nullptr)
       continue;
     std::unique_ptr<TSQLExpressionItem> expression = entry->ExtractExpression();
-    // The statement's ORDER BY stands outside every SELECT block; its names belong to
-    // this operand's sources.
-    if (UnionSubQuery_ != nullptr)
-      UnionSubQuery_->BindNames(*expression);
     TqxSelectItem* row = nullptr;
-    // A bare name may be an output row's alias.
-    if (const auto* reference = As<const TSQLExpressionColumn>(expression.get())) {
-      const TSQLObjectColumn* column = reference->GetColumn();
-      if (column != nullptr && column->Count() == 1 && column->GetFromSource() == nullptr) {
+    if (const TSQLObjectColumn* column = BareName(expression.get())) {
+      for (const auto& item : Items_) {
+        if (IsOutputRow(*item) && model::SameText(item->GetAlias(), column->GetObjName())) {
+          row = item.get();
+          break;
+        }
+      }
+    } else if (const long long position = IntegerLiteral(expression.get())) {
+      row = GetOutputRow(position);
+    }
+    if (row == nullptr) {
+      // The statement's ORDER BY stands outside every SELECT block; its names belong to
+      // this operand's sources.
+      if (UnionSubQuery_ != nullptr)
+        UnionSubQuery_->BindNames(*expression);
+      for (int pass = 0; pass < 2 && row == nullptr; ++pass) {
         for (const auto& item : Items_) {
-          if (item->GetSelect() && model::SameText(item->GetAlias(), column->GetObjName())) {
+          if ((pass == 0) == item->GetSelect() && item->GetExpressionItem() != nullptr &&
+              item->GetSortOrder() == 0 &&
+              model::SameNodeText(item->GetExpression(), expression.get())) {
             row = item.get();
             break;
           }
         }
       }
     }
-    // Else the row of an equal expression, an output row first.
-    for (int pass = 0; pass < 2 && row == nullptr; ++pass) {
-      for (const auto& item : Items_) {
-        if ((pass == 0) == item->GetSelect() && item->GetExpressionItem() != nullptr &&
-            model::SameNodeText(item->GetExpression(), expression.get())) {
-          row = item.get();
-          break;
-        }
-      }
+    if (row != nullptr && row->GetSortOrder() != 0) {
+      if (row->GetExpressionItem() == nullptr)
+        continue;
+      expression = CloneNode(*row->GetExpressionItem());
+      row = nullptr;
     }
     if (row == nullptr) {
       row = Items_.back()->IsEmpty() ? Items_.back().get() : InsertItem(GetCount());
       row->LoadFromAST(std::move(expression));
       EnsureEmptyRow();
     }
-    if (row->GetSortOrder() != 0)
-      continue;  // the same row twice: the first sorting counts
     row->SortType_ = entry->Descending ? stDesc : stAsc;
     Sorted_.push_back(row);
     NotifySQLUpdated();

@@ -106,14 +106,37 @@ void* BlockOf(const void* point) {
                                  ~(std::uintptr_t{TqxWayArena::kBlockBytes} - 1));
 }
 
-struct SpareBlock {
-  void* block = nullptr;
-  ~SpareBlock() {
-    if (block != nullptr)
+// Blocks of finished arenas, kept for the thread's next arenas so that a parse reuses
+// memory whose pages are already mapped instead of asking the heap (and, for blocks of
+// this size and alignment, the kernel) again. A free block holds the next one in its
+// first word. At most kSpareBlocks are kept; all are freed when the thread ends.
+constexpr std::size_t kSpareBlocks = 64;  // 4 MiB
+struct SpareBlocks {
+  void* head = nullptr;
+  std::size_t count = 0;
+  void* Take() {
+    void* block = head;
+    if (block != nullptr) {
+      head = *static_cast<void**>(block);
+      --count;
+    }
+    return block;
+  }
+  // False when the cache is full and the caller frees the block.
+  bool Give(void* block) {
+    if (count == kSpareBlocks)
+      return false;
+    *static_cast<void**>(block) = head;
+    head = block;
+    ++count;
+    return true;
+  }
+  ~SpareBlocks() {
+    while (void* block = Take())
       FreeBlock(block);
   }
 };
-thread_local SpareBlock spareBlock;
+thread_local SpareBlocks spareBlocks;
 
 // Per-thread buffers of the parser that a parse leaves empty for the next one.
 thread_local std::vector<std::int32_t> spareKinds;
@@ -125,21 +148,17 @@ const TqxWayArena& TqxWayArena::Of(const TqxWayPoint* point) {
 }
 
 TqxWayArena::~TqxWayArena() {
-  for (std::size_t i = 0; i < blocks_.size(); ++i) {
-    void* block = BlockOf(blocks_[i]);
-    if (i == 0 && spareBlock.block == nullptr)
-      spareBlock.block = block;
-    else
+  for (TqxWayPoint* first : blocks_) {
+    void* block = BlockOf(first);
+    if (!spareBlocks.Give(block))
       FreeBlock(block);
   }
 }
 
 void TqxWayArena::Grow() {
   blocks_.reserve(blocks_.size() + 1);
-  void* block = spareBlock.block;
-  if (block != nullptr && blocks_.empty())
-    spareBlock.block = nullptr;
-  else
+  void* block = spareBlocks.Take();
+  if (block == nullptr)
     block = NewBlock();
   ::new (block) BlockHeader{this};
   current_ = static_cast<TqxWayPoint*>(block) + 1;

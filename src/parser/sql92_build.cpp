@@ -98,9 +98,11 @@ std::string SQL92Parser::NameText(const TqxToken& token) const {
   return text;
 }
 
-void SQL92Parser::identifier(TastVector<std::string>& parts) {
+bool SQL92Parser::identifier(TastVector<std::string>& parts) {
   Decision();
-  NameParts(Get(), parts);
+  const TqxToken& token = Get();
+  NameParts(token, parts);
+  return token.kind == tkQuotedIdentifier;
 }
 
 std::string SQL92Parser::keywordAsIdentifier() {
@@ -124,26 +126,39 @@ std::string SQL92Parser::stringLiteral() {
 // An identifier or a keyword used as one: either way two decisions (which of the two,
 // and which identifier form or keyword) and one token, whose text NameParts reads (a
 // keyword's text is kept as typed).
-void SQL92Parser::namePart(TastVector<std::string>& parts) {
+bool SQL92Parser::namePart(TastVector<std::string>& parts) {
   GetWayNode();
   GetWayNode();
   const TqxToken& token = Get();
-  if (token.kind != tkQuotedIdentifier)
+  if (token.kind != tkQuotedIdentifier) {
     parts.push_back(token.val);
-  else
-    NameParts(token, parts);
+    return false;
+  }
+  NameParts(token, parts);
+  return true;
 }
+
+namespace {
+// Marks the parts from `from` on as quoted; `quoted` stays empty until a part is.
+void MarkQuoted(std::vector<bool>& quoted, std::size_t from, std::size_t to) {
+  quoted.resize(from, false);
+  quoted.resize(to, true);
+}
+}  // namespace
 
 // The nested options [[[part] "."] part "."] ...: first the decisions to enter each
 // level, outermost first, then the parts of the levels entered, in the order written.
-void SQL92Parser::Qualifiers(int levels, TastVector<std::string>& parts) {
+void SQL92Parser::Qualifiers(int levels, TastVector<std::string>& parts,
+                             std::vector<bool>& quoted) {
   int entered = 0;
   while (entered < levels && Decision() == 1)
     ++entered;
   for (; entered > 0; --entered) {
-    if (Decision() == 1)
-      namePart(parts);
-    else
+    const std::size_t before = parts.size();
+    if (Decision() == 1) {
+      if (namePart(parts))
+        MarkQuoted(quoted, before, parts.size());
+    } else
       parts.emplace_back();  // an empty qualifying part
     Get();                   // "."
   }
@@ -152,49 +167,60 @@ void SQL92Parser::Qualifiers(int levels, TastVector<std::string>& parts) {
 std::unique_ptr<TSQLDatabaseObject> SQL92Parser::dbObject() {
   auto object = Make<TSQLDatabaseObject>(provider);
   TastVector<std::string> parts;
+  std::vector<bool> quoted;
   parts.reserve(2);
-  Qualifiers(kObjectQualifiers, parts);
-  namePart(parts);
-  object->SetWrittenParts(std::move(parts));
+  Qualifiers(kObjectQualifiers, parts, quoted);
+  const std::size_t before = parts.size();
+  if (namePart(parts))
+    MarkQuoted(quoted, before, parts.size());
+  object->SetWrittenParts(std::move(parts), std::move(quoted));
   return object;
 }
 
 std::unique_ptr<TSQLObjectColumn> SQL92Parser::dbColumn() {
   auto column = Make<TSQLObjectColumn>(provider);
   TastVector<std::string> parts;
+  std::vector<bool> quoted;
   parts.reserve(2);
-  Qualifiers(kColumnQualifiers, parts);
-  namePart(parts);
-  column->SetWrittenParts(std::move(parts));
+  Qualifiers(kColumnQualifiers, parts, quoted);
+  const std::size_t before = parts.size();
+  if (namePart(parts))
+    MarkQuoted(quoted, before, parts.size());
+  column->SetWrittenParts(std::move(parts), std::move(quoted));
   return column;
 }
 
-// alias1, alias2: the alias text
-std::string SQL92Parser::alias1() {
+// alias1, alias2: the alias text. A string literal names the alias as exactly as a
+// quoted identifier does, so both count as quoted.
+std::string SQL92Parser::alias1(bool& quoted) {
   switch (Decision()) {
     case 0: {
       TastVector<std::string> parts;
-      identifier(parts);
+      quoted = identifier(parts);
       std::string text;
       for (std::size_t i = 0; i < parts.size(); ++i)
         text += (i != 0 ? "." : "") + parts[i];
       return text;
     }
     case 1:
+      quoted = true;
       return stringLiteral();
     default:
+      quoted = false;
       return keywordAsIdentifier();
   }
 }
 
-std::string SQL92Parser::alias2() {
-  return alias1();
+std::string SQL92Parser::alias2(bool& quoted) {
+  return alias1(quoted);
 }
 
-std::unique_ptr<TSQLAlias> SQL92Parser::MakeAlias(bool withAs, std::string name) {
+std::unique_ptr<TSQLAlias> SQL92Parser::MakeAlias(bool withAs) {
+  bool quoted = false;
+  std::string name = alias1(quoted);
   if (withAs)
-    return Make<TSQLAliasObjectAsAlias>(provider, std::move(name));
-  return Make<TSQLAliasObjectAlias>(provider, std::move(name));
+    return Make<TSQLAliasObjectAsAlias>(provider, std::move(name), quoted);
+  return Make<TSQLAliasObjectAlias>(provider, std::move(name), quoted);
 }
 
 // ---- entries ------------------------------------------------------------------------
@@ -324,10 +350,11 @@ std::unique_ptr<TSQLSelectItem> SQL92Parser::selectItem() {
       return Make<TSQLSelectItemAllColumns>(provider);
     case 1: {
       auto item = Make<TSQLSelectItemExpression>(provider);
-      std::string alias = alias2();
+      bool quoted = false;
+      std::string alias = alias2(quoted);
       Get();  // "="
       item->SetExpression(expression());
-      item->SetAlias(Make<TSQLAliasAliasEqualsObject>(provider, std::move(alias)));
+      item->SetAlias(Make<TSQLAliasAliasEqualsObject>(provider, std::move(alias), quoted));
       return item;
     }
     case 2: {
@@ -343,7 +370,7 @@ std::unique_ptr<TSQLSelectItem> SQL92Parser::selectItem() {
         const bool withAs = Decision() == 1;
         if (withAs)
           Get();  // "as"
-        item->SetAlias(MakeAlias(withAs, alias1()));
+        item->SetAlias(MakeAlias(withAs));
       }
       return item;
     }
@@ -416,13 +443,20 @@ std::unique_ptr<TSQLFromSource> SQL92Parser::subTableSource() {
       const bool withAs = Decision() == 1;
       if (withAs)
         Get();  // "as"
-      query->SetAlias(MakeAlias(withAs, alias1()));
+      query->SetAlias(MakeAlias(withAs));
       if (Decision() == 1) {
         Get();  // "("
-        query->ColumnAliases.push_back(alias1());
+        auto columnAlias = [&] {
+          bool quoted = false;
+          query->ColumnAliases.push_back(alias1(quoted));
+          if (quoted)
+            MarkQuoted(query->ColumnAliasesQuoted, query->ColumnAliases.size() - 1,
+                       query->ColumnAliases.size());
+        };
+        columnAlias();
         while (Decision() == 1) {
           Get();  // ","
-          query->ColumnAliases.push_back(alias1());
+          columnAlias();
         }
         Get();  // ")"
       }
@@ -435,7 +469,7 @@ std::unique_ptr<TSQLFromSource> SQL92Parser::subTableSource() {
         const bool withAs = Decision() == 1;
         if (withAs)
           Get();
-        source->SetAlias(MakeAlias(withAs, alias1()));
+        source->SetAlias(MakeAlias(withAs));
       }
       return source;
     }
@@ -446,7 +480,7 @@ std::unique_ptr<TSQLFromSource> SQL92Parser::subTableSource() {
         const bool withAs = Decision() == 1;
         if (withAs)
           Get();
-        source->SetAlias(MakeAlias(withAs, alias1()));
+        source->SetAlias(MakeAlias(withAs));
       }
       return source;
     }
@@ -517,8 +551,13 @@ std::unique_ptr<TSQLFunction> SQL92Parser::SQLfunction() {
   auto function = Make<TSQLFunction>(provider);
   auto name = dbObject();
   function->Name = name->GetObjName();
-  for (int i = name->Count() - 1; i >= 1; --i)
+  function->NameQuoted = name->IsQuoted(0);
+  for (int i = name->Count() - 1; i >= 1; --i) {
     function->Qualifiers.push_back(name->GetNames(i));
+    if (name->IsQuoted(i))
+      MarkQuoted(function->QualifiersQuoted, function->Qualifiers.size() - 1,
+                 function->Qualifiers.size());
+  }
   auto params = Make<TSQLFunctionParams>(provider);
   Get();  // "("
   if (Decision() == 1) {
@@ -882,14 +921,17 @@ std::unique_ptr<TSQLType> SQL92Parser::SQLType() {
 
 std::unique_ptr<TSQLType> SQL92Parser::SQLTypeUser() {
   TastVector<std::string> parts;
+  std::vector<bool> quoted;
   if (Decision() == 1) {
-    identifier(parts);
+    if (identifier(parts))
+      MarkQuoted(quoted, 0, parts.size());
     Get();  // "."
   }
-  identifier(parts);
+  const std::size_t before = parts.size();
+  if (identifier(parts))
+    MarkQuoted(quoted, before, parts.size());
   auto name = Make<TSQLQualifiedName>(provider);
-  for (std::string& part : parts)
-    name->AddName(std::move(part));
+  name->SetWrittenParts(std::move(parts), std::move(quoted));
   auto type = Make<TSQLTypeUser>(provider);
   type->SetName(std::move(name));
   return type;

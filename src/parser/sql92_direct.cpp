@@ -35,9 +35,13 @@ struct DirectMiss {};
 constexpr TqxTokenSet kFollowCondition =
     TqxTokenSet{tkKwAnd, tkKwOr, tkRParen, tkKwThen, tkKwOn} | kFollowFromClause | kJoinedTable;
 
-// The direct reading keeps to half the parser's nesting bound, so that a text reaching
-// the bound on any of its readings is left to the way calculation, which reports it.
-constexpr std::int32_t kDirectNesting = SQL92Parser::kMaxNesting / 2;
+// The direct reading counts nesting levels as the way calculation does along the way it
+// takes. The way calculation also enters the readings that the tokens rule out, which
+// may go a level or two deeper than the way taken before they die; a text that comes
+// within kDirectMargin levels of the bound is therefore left to the way calculation,
+// which reports the bound exactly where it is reached.
+constexpr std::int32_t kDirectMargin = 4;
+constexpr std::int32_t kDirectNesting = SQL92Parser::kMaxNesting - kDirectMargin;
 
 }  // namespace
 
@@ -118,6 +122,16 @@ class SQL92Parser::DirectReader {
       throw DirectMiss{};
   }
   void Leave() { --depth_; }
+  // A further operand of an operator chain: like the way calculation, the chain goes one
+  // level down for good (checked against the bound) and reads the operand one level
+  // further down still.
+  template <class F>
+  void ChainOperand(F&& operand) {
+    Enter();
+    ++depth_;
+    operand();
+    --depth_;
+  }
 
   // ---- statement level
   void SubSelectStatement() { SelectStatement(); }
@@ -227,9 +241,10 @@ class SQL92Parser::DirectReader {
     ExpressionUnary();
     const std::int32_t depth = depth_;
     Iter(kFactorOperator, [&] {
-      Enter();
-      TokenOf(kFactorKinds, 3);
-      ExpressionUnary();
+      ChainOperand([&] {
+        TokenOf(kFactorKinds, 3);
+        ExpressionUnary();
+      });
     });
     depth_ = depth;
   }
@@ -590,9 +605,10 @@ void SQL92Parser::DirectReader::Expression() {
   ExpressionFactor();
   const std::int32_t depth = depth_;
   Iter(kAddOperator, [&] {
-    Enter();
-    TokenOf(kAddKinds, 2);
-    ExpressionFactor();
+    ChainOperand([&] {
+      TokenOf(kAddKinds, 2);
+      ExpressionFactor();
+    });
   });
   depth_ = depth;
   Leave();

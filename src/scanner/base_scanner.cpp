@@ -47,34 +47,100 @@ TqxChunkPool& ChunkPool() {
 
 }  // namespace
 
-void TqxBaseScanner::Init(std::string_view text) {
-  // The text is read in place: Init does not return before it is done with it.
+void TqxBaseScanner::StartText(std::string_view text) {
   buffer_.Attach(text);
-  struct Detach {
-    TqxBuffer& buffer;
-    ~Detach() { buffer.Clear(); }
-  } detach{buffer_};
   pos_ = -1;
   utf8Tails_ = 0;
   line_ = 1;
   lineStart_ = 0;
   pendingEols_ = 0;
+  stepBase_ = 0;
+  statementStart_ = statementWise_;
   NextCh();
   ignore_.Clear();
   ignore_.Include(' ');
   InitInternal();
+}
+
+void TqxBaseScanner::Init(std::string_view text) {
+  // The text is read in place: Init does not return before it is done with it.
+  struct Detach {
+    TqxBuffer& buffer;
+    ~Detach() { buffer.Clear(); }
+  } detach{buffer_};
+  StartText(text);
   ScanTokens();
-  if (count_ > 0) {
+  if (count_ > 0 && sink_ == nullptr) {
     const std::int32_t last = count_ - 1;  // the end token
     chunks_[static_cast<std::size_t>(last) >> kChunkShift][last & (kChunkSize - 1)].val = "EOF";
   }
+}
+
+void TqxBaseScanner::ClearTokens() noexcept {
+  TqxChunkPool& pool = ChunkPool();
+  std::int32_t left = count_;
+  for (std::size_t i = 0; i < chunks_.size(); ++i) {
+    std::destroy_n(chunks_[i], left < kChunkSize ? left : kChunkSize);
+    left = left > kChunkSize ? left - kChunkSize : 0;
+    if (i > 0)
+      pool.Give(chunks_[i]);
+  }
+  if (!chunks_.empty())
+    chunks_.resize(1);
+  count_ = 0;
+  slot_ = chunks_.empty() ? nullptr : chunks_.front();
 }
 
 void TqxBaseScanner::ScanTokens() {
   AppendTokensUpToEnd([this] { return NextToken(); });
 }
 
+// Expects a scanner that holds no tokens yet: the only chunk is refilled from its start.
+void TqxBaseScanner::ScanInBatches(std::string_view text, TokenSink sink, void* context) {
+  sink_ = sink;
+  sinkContext_ = context;
+  flushed_ = count_;
+  try {
+    Init(text);
+    if (count_ > flushed_)
+      chunks_.back()[(count_ - 1) & (kChunkSize - 1)].val = "EOF";
+  } catch (...) {
+    sink_ = nullptr;
+    FlushBatch(count_);
+    throw;
+  }
+  FlushBatch(count_);
+  sink_ = nullptr;
+  for (TqxToken* chunk : chunks_)
+    ChunkPool().Give(chunk);
+  chunks_.clear();
+  count_ = 0;
+  slot_ = nullptr;
+}
+
+// The tokens from `flushed_` up to `count` lie in the last chunk from slot
+// flushed_ % kChunkSize on.
+void TqxBaseScanner::FlushBatch(std::int32_t count) {
+  if (chunks_.empty() || count <= flushed_)
+    return;
+  TqxToken* first = chunks_.back() + (flushed_ & (kChunkSize - 1));
+  const std::int32_t n = count - flushed_;
+  flushed_ = count;
+  struct Destroy {
+    TqxToken* first;
+    std::int32_t n;
+    ~Destroy() { std::destroy_n(first, n); }
+  } destroy{first, n};
+  if (sink_ != nullptr)
+    sink_(sinkContext_, first, n);
+}
+
 TqxToken* TqxBaseScanner::NewChunk() {
+  if (sink_ != nullptr && !chunks_.empty()) {
+    // Scanning in batches: the full chunk goes to the sink and is filled again.
+    FlushBatch(flushed_ + kChunkSize);
+    return chunks_.back();
+  }
   chunks_.reserve(chunks_.size() + 1);
   chunks_.push_back(ChunkPool().Take());
   return chunks_.back();

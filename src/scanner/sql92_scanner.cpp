@@ -461,7 +461,7 @@ bool SQL92Scanner::Comment0() {
     }
     pos_ -= 2;
     utf8Tails_ = tails0;
-    buffer_.SetPos(pos_ + 1 + tails0);
+    buffer_.SetPos(pos_ + 1 + tails0 + stepBase_);
     NextCh();
     return false;
   }
@@ -482,6 +482,45 @@ TqxToken SQL92Scanner::NextToken() {
   return Scan();
 }
 
+void SQL92Scanner::BeginStatements(std::string_view script) {
+  ClearTokens();
+  statementWise_ = true;
+  statementsDone_ = false;
+  StartText(script);
+}
+
+bool SQL92Scanner::ScanStatement() {
+  ClearTokens();
+  if (statementsDone_ || buffer_.Bytes() == nullptr) {
+    buffer_.Clear();
+    return false;
+  }
+  bool any = false;
+  AppendTokensUpToEnd([this, &any] {
+    for (;;) {
+      TqxToken t = ownScan_ ? Scan() : NextToken();
+      if (t.kind == tkSemicolon) {
+        if (!any)
+          continue;  // an empty statement
+        t.kind = tkEof;
+      } else if (t.kind == tkEof) {
+        statementsDone_ = true;
+      } else {
+        any = true;
+        return t;
+      }
+      t.val = "EOF";
+      return t;
+    }
+  });
+  if (!any) {
+    ClearTokens();
+    buffer_.Clear();
+    return false;
+  }
+  return true;
+}
+
 void SQL92Scanner::ScanTokens() {
   if (!ownScan_) {
     TqxBaseScanner::ScanTokens();
@@ -495,6 +534,14 @@ void SQL92Scanner::ScanTokens() {
     // kIgnoredChar is the ignore set InitInternal installs, as a byte class.
     if ((kClasses[static_cast<std::size_t>(ch_)] & kIgnoredChar) != 0)
       SkipBlanksAndLineBreaks(kClasses, kBlankRun);
+    if (statementStart_) [[unlikely]] {
+      // A statement's first character: its step backs are counted from here.
+      stepBase_ = chByte_ - pos_ - utf8Tails_;
+      if (ch_ == '-' && Comment0())
+        continue;
+      statementStart_ = false;
+      break;
+    }
     if (ch_ == '-' && Comment0())
       continue;  // the comment is skipped; scan what follows it
     break;
@@ -676,6 +723,7 @@ void SQL92Scanner::ScanTokens() {
 
       case SC:
         kind = tkSemicolon;
+        statementStart_ = statementWise_;
         break;
       case CM:
         kind = tkComma;

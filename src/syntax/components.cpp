@@ -39,6 +39,9 @@ std::string TqxBaseSyntaxProvider::GetQuoteBegin() const {
 std::string TqxBaseSyntaxProvider::GetQuoteEnd() const {
   return GetASTSyntaxProvider()->GetQuoteEnd();
 }
+bool TqxBaseSyntaxProvider::IsReservedWord(std::string_view Word) const {
+  return GetASTSyntaxProvider()->IsReservedWord(Word);
+}
 void TqxBaseSyntaxProvider::GetStarAggregateNames(std::vector<std::string>& List) const {
   GetASTSyntaxProvider()->GetStarAggregateNames(List);
 }

@@ -1,5 +1,7 @@
 #include "qorvex/syntax/sql92_syntax_provider.h"
 
+#include "qorvex/scanner/sql92_scanner.h"
+#include "qorvex/scanner/token.h"
 #include "syntax/sql92_classes.h"
 
 namespace qorvex {
@@ -31,6 +33,11 @@ std::string TastSQL92SyntaxProvider::GetQuoteBegin() const {
 
 std::string TastSQL92SyntaxProvider::GetQuoteEnd() const {
   return "\"";
+}
+
+bool TastSQL92SyntaxProvider::IsReservedWord(std::string_view Word) const {
+  const std::int32_t kind = SQL92Scanner::FindKeyword(Word);
+  return kind != 0 && (kind < kFirstNonReservedKeyword || kind > kLastNonReservedKeyword);
 }
 
 bool TastSQL92SyntaxProvider::IsSupportViews() const {

@@ -329,5 +329,74 @@ TEST_F(DatasourcesTest, JoinKindsAndSides) {
   EXPECT_EQ(SQL(), "SELECT * FROM a INNER JOIN  b ON a.id>=b.id");
 }
 
+// A provider that fails (an unknown object, a lost connection) never costs a datasource:
+// loading and editing go on, the datasource has no fields, and each failure reaches
+// OnMetadataError with the datasource it concerns.
+TEST_F(DatasourcesTest, MetadataFailuresAreReportedAndLoseNothing) {
+  Tables["b"] = {"id", "aid"};
+  Keys = {{"b", {"aid"}, "a", {"id"}}};
+  Metadata.OnGetSQLFieldNames = [this](TqxEventMetadataProvider*, const std::string& SQL,
+                                       std::vector<std::string>& Fields) {
+    for (const auto& [name, fields] : Tables) {
+      if (SQL == "select * from " + name || SQL.rfind("select * from " + name + " ", 0) == 0) {
+        Fields = fields;
+        return;
+      }
+    }
+    throw EqxError("unknown: " + SQL);
+  };
+  std::vector<std::string> errors;
+  Builder.OnMetadataError = [&](TqxBaseQueryBuilder* Sender, TqxDatasource* ADatasource,
+                                const std::string& AMessage) {
+    EXPECT_EQ(Sender, &Builder);
+    errors.push_back((ADatasource != nullptr ? ADatasource->GetQualifier() : "?") + ": " +
+                     AMessage);
+  };
+  const std::string sql = "SELECT x.*, b.id FROM b INNER JOIN  a x ON x.id=b.aid";
+  Load(sql);
+  EXPECT_EQ(SQL(), sql);
+  EXPECT_EQ(errors, (std::vector<std::string>{"x: unknown: select * from a x"}));
+  ASSERT_EQ(Datasources().size(), 2u);
+  EXPECT_EQ(DS(0)->GetFields(), Tables["b"]);
+  EXPECT_TRUE(DS(1)->GetFields().empty());
+  EXPECT_EQ(DS(1)->GetFieldsWithStar(), (std::vector<std::string>{"*"}));
+
+  // An object the metadata does not know is added all the same.
+  errors.clear();
+  TqxDataSourceObject* c = Operand()->AddObjectWithFK("c");
+  ASSERT_NE(c, nullptr);
+  EXPECT_EQ(errors, (std::vector<std::string>{"c: unknown: select * from c"}));
+  EXPECT_EQ(SQL(), sql + ",  c");
+
+  // Refreshing fails later: the fields go, the datasource stays.
+  errors.clear();
+  Tables.erase("b");
+  DS(0)->RefreshMetadata();
+  EXPECT_TRUE(DS(0)->GetFields().empty());
+  EXPECT_EQ(errors, (std::vector<std::string>{"b: unknown: select * from b"}));
+  EXPECT_EQ(Datasources().size(), 3u);
+
+  // Relations that cannot be read leave links without cardinality and add none.
+  errors.clear();
+  Metadata.OnGetTableRelations = [](TqxEventMetadataProvider*, const TSQLDatabaseObject& Table,
+                                    TSQLMetadataRelations&) {
+    throw EqxError("no keys of " + Table.GetObjName());
+  };
+  Tables["b"] = {"id", "aid"};
+  TqxDataSourceObject* b2 = Operand()->AddObjectWithFK("b", "b2");
+  ASSERT_NE(b2, nullptr);
+  EXPECT_EQ(b2->GetJoinsCount(), 0);
+  TqxLink* link = Operand()->AddLink(DS(1), "id", b2, "aid");
+  ASSERT_NE(link, nullptr);
+  EXPECT_EQ(link->GetLeftCardinality(), qblcUnknown);
+  EXPECT_EQ(errors, (std::vector<std::string>{"b2: no keys of b", "x: no keys of a"}));
+  EXPECT_EQ(SQL(), sql + " CROSS JOIN  c INNER JOIN  b b2 ON x.id=b2.aid");
+
+  // Without a handler the failures are dropped quietly.
+  Builder.OnMetadataError = nullptr;
+  Load("SELECT * FROM d");
+  EXPECT_EQ(SQL(), "SELECT * FROM d");
+}
+
 }  // namespace
 }  // namespace qorvex::modeltest

@@ -51,7 +51,9 @@ TEST_F(SelectListTest, ConditionsLoadIntoRowsAndColumns) {
 
   Load("SELECT t.a FROM t WHERE t.a > 1 AND t.a < 5 AND (t.b = 1 OR t.c = 2)");
   EXPECT_EQ(Row(0)->GetCondition(0), ">1 And <5");
-  EXPECT_EQ(Row(1)->GetCondition(0), "(=1 Or t.c=2)");
+  // An OR about two columns cannot be split into criteria columns: it stays whole.
+  EXPECT_EQ(Row(1)->GetExpressionText(), "t.b=1 Or t.c=2");
+  EXPECT_EQ(Row(1)->GetCondition(0), "=True");
   EXPECT_EQ(SQL(), "SELECT t.a FROM t WHERE t.a>1 And t.a<5 And (t.b=1 Or t.c=2)");
 
   // A column both grouped and filtered gets a row for each part.
@@ -127,6 +129,61 @@ TEST_F(SelectListTest, LongConditionsFindTheirRows) {
   }
 }
 
+// The rows that filter, each as "expression: cell | cell", separated by "; ".
+std::string FilteringRows(const TqxSelectList& List) {
+  std::string text;
+  for (int i = 0; i < List.GetCount(); ++i) {
+    const TqxSelectItem& row = *List.GetItems(i);
+    if (!row.HasConditions())
+      continue;
+    text += (text.empty() ? "" : "; ") + row.GetExpressionText() + ":";
+    for (int c = 0; c < row.GetConditionsCount(); ++c)
+      text += (c == 0 ? " " : " | ") + row.GetCondition(c);
+  }
+  return text;
+}
+
+// A term about one expression is a criteria cell of that expression's row; any other is a
+// whole condition: a row whose expression is the predicate, with the cell "=True", or
+// "=False" when it is negated. Either way the statement writes back meaning the same.
+TEST_F(SelectListTest, ConditionTermsLoadAsCellsOrWholeConditions) {
+  struct Case {
+    const char* Clauses;
+    const char* Rows;
+    const char* Written;  // when it differs from the loaded text
+  };
+  const Case cases[] = {
+      {"WHERE t.a>1 And (Exists(SELECT 1 FROM u) Or Exists(SELECT 1 FROM v))",
+       "t.a: >1; Exists(SELECT 1 FROM u) Or Exists(SELECT 1 FROM v): =True"},
+      {"WHERE Not Exists(SELECT 1 FROM u) Or Not (t.b=1)",
+       "Exists(SELECT 1 FROM u): =False; t.b:  | Not (=1)"},
+      {"WHERE Exists(SELECT 1 FROM u) And Exists(SELECT 1 FROM u)",
+       "Exists(SELECT 1 FROM u): =True And =True"},
+      {"WHERE t.a>All(SELECT u.x FROM u) And Not t.b<Some(SELECT u.y FROM u)",
+       "t.a: >All(SELECT u.x FROM u); t.b: Not <Some(SELECT u.y FROM u)"},
+      {"WHERE (t.a=1 Or t.b=2) And (t.a=3 Or t.a IS NULL)",
+       "t.a: (=3 Or IS NULL); t.a=1 Or t.b=2: =True",
+       "WHERE (t.a=3 Or t.a IS NULL) And (t.a=1 Or t.b=2)"},
+      {"WHERE t.a LIKE 'x!%' Escape '!' And t.b Not Between 1 And 2",
+       "t.a: LIKE 'x!%' Escape '!'; t.b: Not Between 1 And 2"},
+      {"WHERE 'x'=t.a And 'X'=t.b", "'x': =t.a; 'X': =t.b"},
+      {"WHERE 1=0 Or t.a>t.b", "t.a:  | >t.b; 1: =0"},
+      {"GROUP BY t.a HAVING Count(*)>1 And (Sum(t.b)>2 Or t.a IS NULL) Or Not Exists(SELECT 1 "
+       "FROM u)",
+       "Count(*): >1; Sum(t.b)>2 Or t.a IS NULL: =True; Exists(SELECT 1 FROM u):  | =False"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.Clauses);
+    Load(std::string("SELECT t.a FROM t ") + c.Clauses);
+    EXPECT_EQ(FilteringRows(*List()), c.Rows);
+    const std::string written =
+        std::string("SELECT t.a FROM t ") + (c.Written != nullptr ? c.Written : c.Clauses);
+    EXPECT_EQ(SQL(), written);
+    Load(written);
+    EXPECT_EQ(SQL(), written) << "not stable";
+  }
+}
+
 TEST_F(SelectListTest, CriteriaCellForms) {
   struct Case {
     const char* Cell;
@@ -145,6 +202,7 @@ TEST_F(SelectListTest, CriteriaCellForms) {
       {"is null", "IS NULL", "t.a IS NULL"},
       {"> 1 or < 0", ">1 Or <0", "t.a>1 Or t.a<0"},
       {"like 'A%'", "like 'A%'", "t.a like 'A%'"},
+      {"> all (select u.x from u)", ">All(SELECT u.x FROM u)", "t.a>All(SELECT u.x FROM u)"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.Cell);
@@ -170,6 +228,10 @@ TEST_F(SelectListTest, TrueAndFalseOnALogicalRow) {
   EXPECT_EQ(SQL(), "SELECT t.a FROM t WHERE Exists(SELECT 1 FROM u)");
   row->SetCondition(0, "=FALSE");
   EXPECT_EQ(SQL(), "SELECT t.a FROM t WHERE Not Exists(SELECT 1 FROM u)");
+  // A cell that would not make a condition with the row's expression is refused.
+  EXPECT_EQ(ErrorOf([&] { row->SetCondition(0, "> 1"); }),
+            "Criteria \"> 1\" make no valid condition: Exists(SELECT 1 FROM u)>1");
+  EXPECT_EQ(row->GetCondition(0), "=False");
   EXPECT_EQ(ErrorOf([&] { row->SetSelect(true); }), "Can't select this expression");
   EXPECT_FALSE(row->GetSelect());
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "qorvex/syntax/sql92_syntax_provider.h"
 #include "sql/nodes_support.h"
 
 namespace qorvex {
@@ -26,7 +27,8 @@ const QuotingProvider kQuotes("\"", "\"");
 
 // Runs a script of builder steps separated by "|" and returns the text written. "K:x",
 // "Y:x", "I:x", "N:x" and "S:x" write x as keyword, symbol, identifier (quoted by
-// `quotes`), number or string; "space", "force", "nl" and "nl-or-space" call Space,
+// `quotes`), number or string; "Q:x" writes x as an identifier that was quoted and
+// "F:x" as a function word; "space", "force", "nl" and "nl-or-space" call Space,
 // SpaceForce, NewLine and NewLineOrSpace(true).
 std::string Write(const TSQLBuilderClass& Class, const std::string& script,
                   const TastSyntaxProvider* quotes = &kQuotes) {
@@ -50,6 +52,10 @@ std::string Write(const TSQLBuilderClass& Class, const std::string& script,
       b->WriteSymbol(text);
     else if (step[0] == 'I')
       b->WriteIdentifier(text, quotes);
+    else if (step[0] == 'Q')
+      b->WriteIdentifier(text, quotes, true);
+    else if (step[0] == 'F')
+      b->WriteFunctionWord(text, quotes);
     else if (step[0] == 'N')
       b->WriteNumber(text);
     else if (step[0] == 'S')
@@ -102,7 +108,7 @@ TEST(SQLBuilder, IdentifierQuoting) {
     const char* written;
   } cases[] = {
       {"abc", "abc"},       {"_x1", "_x1"},
-      {"SELECT", "SELECT"},  // reserved words are not checked
+      {"SELECT", "SELECT"},  // this dialect reserves no word
       {"a b", "\"a b\""},   {"1abc", "\"1abc\""},
       {"", "\"\""},         {"a-b", "\"a-b\""},
       {" a", "\" a\""},     {"na\xC3\xAFve", "\"na\xC3\xAFve\""},
@@ -119,6 +125,40 @@ TEST(SQLBuilder, IdentifierQuoting) {
   EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(), "I:my col", &none), "my col");
   EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(), "I:my col|space|I:|Y:;", nullptr),
             "my col ;");
+}
+
+// With a dialect that reserves words: a reserved word is quoted as a name but not as a
+// function word; a name that was quoted stays quoted whatever it holds.
+TEST(SQLBuilder, ReservedWordsAndQuotedNames) {
+  const TastSQL92SyntaxProvider sql92;
+  const struct {
+    const char* script;
+    const char* written;
+  } cases[] = {
+      {"I:select", "\"select\""},
+      {"I:Count", "\"Count\""},
+      {"I:DATE", "\"DATE\""},
+      {"I:current_user", "\"current_user\""},
+      {"I:name", "name"},  // not reserved: the grammar takes it as a name
+      {"I:ada", "ada"},
+      {"I:selected", "selected"},
+      {"I:db|Y:.|I:order", "db.\"order\""},
+      {"Q:One", "\"One\""},
+      {"Q:a\"b", "\"a\"\"b\""},
+      {"Q:", "\"\""},
+      {"F:Count|Y:(*)", "Count(*)"},
+      {"F:CURRENT_TIMESTAMP", "CURRENT_TIMESTAMP"},
+      {"F:my f", "\"my f\""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.script);
+    EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(), c.script, &sql92), c.written);
+  }
+  EXPECT_EQ(Write(TSQLBuilderHTML::StaticClass(), "I:from|space|Q:x", &sql92),
+            "<i>\"from\"</i> <i>\"x\"</i>");
+  // Without quote characters the dialect has no way to quote: names go out bare.
+  const MinimalDialect none;
+  EXPECT_EQ(Write(TSQLBuilderPlainText::StaticClass(), "Q:One", &none), "One");
 }
 
 TEST(SQLBuilder, HTMLHasNoNumbersOrStrings) {

@@ -35,15 +35,58 @@ TEST(DirectReading, SettlesEveryTpchQuery) {
   }
 }
 
-// Deep nesting: the direct reading keeps to half the nesting bound and leaves deeper
-// texts to the way calculation, which accepts them up to the bound.
-TEST(DirectReading, LeavesDeepNestingToTheWayCalculation) {
-  for (const int depth : {250, 400}) {
-    const std::string text = std::string(depth, '(') + "a = 1" + std::string(depth, ')');
-    SCOPED_TRACE(depth);
-    EXPECT_EQ(ReadDirectly(text, Entry::kLogical), depth == 250);
-    TastSQL92SyntaxProvider provider;
-    EXPECT_NO_THROW(provider.ParseLogicalExpression(text));
+std::string Repeat(const std::string& s, int n) {
+  std::string out;
+  for (int i = 0; i < n; ++i)
+    out += s;
+  return out;
+}
+
+// Deep nesting: the direct reading goes down to a few levels above the nesting bound
+// (600) and leaves the texts closer to it to the way calculation. Each row nests `open`
+// ... `close` from `direct` levels (settled directly) to `beyond` levels (rejected); the
+// deepest text settled directly and the next one are compared with the plain
+// calculation, which reports the bound wherever any reading reaches it.
+TEST(DirectReading, GoesDownToTheNestingBound) {
+  const struct {
+    Entry entry;
+    const char *head, *open, *middle, *close, *tail;
+    int direct, beyond;
+  } rows[] = {
+      {Entry::kLogical, "", "(", "a = 1", ")", "", 590, 600},
+      {Entry::kSelect, "select * from t where ", "(", "a + 1", ")", " = 2", 590, 598},
+      {Entry::kSelect, "select * from t where ", "not ", "a = 1", "", "", 590, 599},
+      {Entry::kSelect, "select ", "- ", "1", "", "", 590, 600},
+      {Entry::kSelect, "select * from ", "(", "t", ")", "", 590, 600},
+      {Entry::kSelect, "select 1", " + 1", "", "", "", 590, 600},
+      // Two or three levels for every repetition.
+      {Entry::kSelect, "select ", "(select ", "1", ")", "", 290, 300},
+      {Entry::kSelect, "select ", "(1 + ", "1", ")", "", 190, 201},
+      {Entry::kSelect, "select ", "1 * (", "1", ")", "", 190, 201},
+  };
+  TastSQL92SyntaxProvider provider;
+  for (const auto& row : rows) {
+    auto text = [&](int n) {
+      return row.head + Repeat(row.open, n) + row.middle + Repeat(row.close, n) +
+             std::string(row.tail);
+    };
+    SCOPED_TRACE(text(1));
+    EXPECT_NO_THROW(Parse(provider, row.entry, text(row.direct)));
+    EXPECT_THROW(Parse(provider, row.entry, text(row.beyond)), EqxSQLError);
+    int deepest = 0;
+    for (int n = row.direct; n <= row.beyond; ++n) {
+      bool direct = false;
+      CalculateWays(text(n), row.entry, false, &direct);
+      if (!direct)
+        break;
+      deepest = n;
+    }
+    ASSERT_GE(deepest, row.direct);
+    ASSERT_LT(deepest, row.beyond);
+    for (const int n : {deepest, deepest + 1}) {
+      SCOPED_TRACE(n);
+      EXPECT_EQ(CalculateWays(text(n), row.entry, false), CalculateWays(text(n), row.entry, true));
+    }
   }
 }
 

@@ -53,11 +53,13 @@ TEST(Binding, NamesFindTheirSources) {
   const struct {
     const char *text, *written, *bindings;
   } cases[] = {
-      // An alias beats an object name; unaliased sources are preferred.
+      // An alias beats an object name; a source with an alias answers only to it.
       {"select a.c from t a, a", "SELECT a.c FROM t a,  a", "a.c>0"},
       {"select t.c from t x, T", "SELECT T.c FROM t x,  T", "t.c>1"},
       {"select X.c from t x", "SELECT x.c FROM t x", "X.c>0"},
-      {"select t.c from s.t x", "SELECT x.c FROM s.t x", "t.c>0"},
+      {"select t.c from s.t x", "SELECT t.c FROM s.t x", ""},
+      {"select t.c from t where exists (select 1 from t x where x.c = t.c)",
+       "SELECT t.c FROM t WHERE Exists(SELECT 1 FROM t x WHERE x.c=t.c)", "t.c>0 x.c>1 t.c>0"},
       {"select T.c from s.t", "SELECT s.t.c FROM s.t", "T.c>0"},
       {"select s.t.c from s.t", "SELECT s.t.c FROM s.t", "s.t.c>0"},
       {"select db.s.t.c from t", "SELECT t.c FROM t", "db.s.t.c>0"},
@@ -74,9 +76,10 @@ TEST(Binding, NamesFindTheirSources) {
       // Sibling blocks are not; a sub-query in a select list sees its own block only.
       {"select a from t union select t.a from u union select (select u.a) from v",
        "SELECT a FROM t union SELECT t.a FROM u union SELECT (SELECT u.a) FROM v", ""},
-      // Derived tables see the enclosing block.
-      {"select * from t, (select t.a from u) q", "SELECT * FROM t,  (SELECT t.a FROM u) q",
-       "t.a>0"},
+      // Derived tables see the blocks enclosing theirs, not their siblings.
+      {"select * from t, (select t.a from u) q", "SELECT * FROM t,  (SELECT t.a FROM u) q", ""},
+      {"select (select q.a from (select t.a from u) q) from t",
+       "SELECT (SELECT q.a FROM (SELECT t.a FROM u) q) FROM t", "q.a>0 t.a>2"},
       // Join conditions and table qualifiers.
       {"select X.* from a left join b x on a.id = x.id",
        "SELECT x.* FROM a LEFT JOIN  b x ON a.id=x.id", "X>1 a.id>0 x.id>1"},

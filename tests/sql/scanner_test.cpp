@@ -341,6 +341,54 @@ TEST(ScriptStatements, SplitOnSemicolonTokensOnly) {
   }
 }
 
+// Scripts of several token chunks, split while scanning: the statements, their places and
+// the tokens seen in batches agree with a scan that keeps every token, also for
+// statements and ";" that lie on a chunk boundary (1030: the 1024th ";" ends the fifth
+// chunk) and for a script that ends without one.
+TEST(ScriptStatements, LongScriptsSplitAcrossTokenChunks) {
+  for (const int count : {340, 409, 1000, 1030}) {  // 409: the end token fills a chunk
+    std::string script;
+    for (int i = 0; i < count; ++i)
+      script += "select a" + std::to_string(i) + " from t" + (i % 7 == 0 ? "\r\n" : " ") + ";";
+    script += " select z";
+    SCOPED_TRACE(count);
+    SQL92Scanner whole;
+    whole.Init(script);
+    std::vector<std::int32_t> firsts;  // index of each statement's first token
+    for (std::int32_t i = 0; i < whole.GetTokenCount(); ++i) {
+      if (whole.GetToken(i).kind != tkSemicolon && whole.GetToken(i).kind != tkEof &&
+          (i == 0 || whole.GetToken(i - 1).kind == tkSemicolon))
+        firsts.push_back(i);
+    }
+    const std::vector<TqxStatementText> statements = SplitStatements(script);
+    ASSERT_EQ(statements.size(), firsts.size());
+    for (std::size_t k = 0; k < firsts.size(); ++k) {
+      const TqxToken& first = whole.GetToken(firsts[k]);
+      EXPECT_EQ(statements[k].offset, first.offset);
+      EXPECT_EQ(statements[k].pos, first.pos);
+      EXPECT_EQ(statements[k].line, first.line);
+      EXPECT_EQ(statements[k].col, first.col);
+    }
+    EXPECT_EQ(statements.back().text, "select z");
+
+    std::vector<std::pair<std::int32_t, std::string>> seen;
+    SQL92Scanner batches;
+    batches.ScanInBatches(
+        script,
+        [](void* context, const TqxToken* tokens, std::int32_t n) {
+          for (std::int32_t i = 0; i < n; ++i)
+            static_cast<decltype(seen)*>(context)->emplace_back(tokens[i].pos, tokens[i].val);
+        },
+        &seen);
+    ASSERT_EQ(seen.size(), static_cast<std::size_t>(whole.GetTokenCount()));
+    for (std::size_t i = 0; i < seen.size(); ++i) {
+      const TqxToken& t = whole.GetToken(static_cast<std::int32_t>(i));
+      ASSERT_EQ(seen[i], std::make_pair(t.pos, t.val));
+    }
+    EXPECT_EQ(batches.GetTokenCount(), 0);
+  }
+}
+
 TEST(ScriptStatements, PlacesWithinAStatementBecomePlacesInTheScript) {
   const std::string script = "select 1;\n  select a,\n    b from";
   const std::vector<TqxStatementText> statements = SplitStatements(script);

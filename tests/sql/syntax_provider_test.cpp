@@ -12,6 +12,7 @@
 #include "qorvex/core/component.h"
 #include "qorvex/core/errors.h"
 #include "qorvex/scanner/sql92_scanner.h"
+#include "qorvex/scanner/token.h"
 #include "qorvex/syntax/components.h"
 #include "qorvex/syntax/sql92_syntax_provider.h"
 #include "sql/nodes_support.h"
@@ -251,6 +252,49 @@ TEST(SyntaxProvider, ColumnQualifierNamesTheObject) {
   }
 }
 
+// The reserved words are exactly the keywords the grammar does not take as names.
+TEST(SyntaxProvider, ReservedWordsFollowTheKeywordTable) {
+  TastSQL92SyntaxProvider sql92;
+  int reserved = 0;
+  for (const TqxKeyword& k : SQL92Scanner::Keywords()) {
+    const bool nonReserved =
+        k.kind >= kFirstNonReservedKeyword && k.kind <= kLastNonReservedKeyword;
+    EXPECT_EQ(sql92.IsReservedWord(k.word), !nonReserved) << k.word;
+    reserved += nonReserved ? 0 : 1;
+  }
+  EXPECT_EQ(reserved, 98);
+  for (const char* word : {"SeLeCt", "COUNT", "Date"})
+    EXPECT_TRUE(sql92.IsReservedWord(word)) << word;
+  for (const char* word : {"", "t", "selec", "selects", "select x", "_select", "orders"})
+    EXPECT_FALSE(sql92.IsReservedWord(word)) << word;
+  EXPECT_FALSE(BaseDialect().IsReservedWord("select"));
+  EXPECT_TRUE(TqxSQL92SyntaxProvider().IsReservedWord("from"));
+}
+
+// A name typed between the dialect's quotes, read back as the name inside.
+TEST(SyntaxProvider, ReadQuotedName) {
+  TastSQL92SyntaxProvider sql92;
+  const struct {
+    const char* text;
+    bool quoted;
+    const char* name;
+  } cases[] = {
+      {"\"One\"", true, "One"}, {"\"a \"\"b\"\"\"", true, "a \"b\""},
+      {"\"\"", true, ""},       {"\"\"\"\"", true, "\""},
+      {"One", false, ""},       {"\"One", false, ""},
+      {"\"a\"b\"", false, ""},  {"\"", false, ""},
+      {"[One]", false, ""},     {" \"One\"", false, ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    std::string name = "unchanged";
+    EXPECT_EQ(sql92.ReadQuotedName(c.text, name), c.quoted);
+    EXPECT_EQ(name, c.quoted ? c.name : "unchanged");
+  }
+  std::string name;
+  EXPECT_FALSE(BaseDialect().ReadQuotedName("\"One\"", name));  // no quotes in this dialect
+}
+
 TEST(SyntaxProvider, CreateSQLFromObject) {
   TastSQL92SyntaxProvider sql92;
   std::unique_ptr<TSQLFromObject> from = sql92.CreateSQLFromObject("Order Details", "od");
@@ -263,6 +307,11 @@ TEST(SyntaxProvider, CreateSQLFromObject) {
   EXPECT_EQ(sql92.CreateSQLFromObject("orders", "")->GetSimpleSQL(), "orders");
   EXPECT_EQ(sql92.CreateSQLFromObject("orders", "")->GetAlias(), nullptr);
   EXPECT_THROW(sql92.CreateSQLFromObject("", "x"), EqxError);
+  // Names given bare are quoted when they need it; given in quotes they stay quoted.
+  EXPECT_EQ(sql92.CreateSQLFromObject("order", "by")->GetSimpleSQL(), "\"order\" \"by\"");
+  EXPECT_EQ(sql92.CreateSQLFromObject("\"Orders\"", "\"O\"")->GetSimpleSQL(), "\"Orders\" \"O\"");
+  EXPECT_EQ(sql92.CreateSQLFromObject("\"Orders\"", "")->GetDatabaseObject()->GetObjName(),
+            "Orders");
 
   BaseDialect base;
   EXPECT_EQ(base.CreateSQLFromObject("Order Details", "od")->GetSimpleSQL(), "Order Details od");

@@ -35,8 +35,15 @@ class TSQLBuilder {
   void WriteSymbol(std::string_view Text);
   void WriteNumber(std::string_view Text);
   void WriteString(std::string_view Text);
-  // Writes a plain identifier bare, anything else between the provider's quotes.
-  void WriteIdentifier(std::string_view Text, const TastSyntaxProvider* SyntaxProvider);
+  // Writes a name so that the dialect reads it back as the same name: bare when it is a
+  // plain identifier that is no reserved word of the dialect and was not quoted
+  // (`Quoted`), else between the provider's quotes with a closing quote inside doubled.
+  void WriteIdentifier(std::string_view Text, const TastSyntaxProvider* SyntaxProvider,
+                       bool Quoted = false);
+  // Writes a word that the grammar itself reads as a function name (an aggregate such as
+  // COUNT, a niladic function such as CURRENT_USER) as an identifier: quoted only when it
+  // is not a plain identifier, never for being a keyword.
+  void WriteFunctionWord(std::string_view Text, const TastSyntaxProvider* SyntaxProvider);
 
  protected:
   virtual void ResetBuilderInternal() = 0;
@@ -50,6 +57,9 @@ class TSQLBuilder {
 
   bool LineStart = true;
   bool SpaceWritten = true;
+
+ private:
+  void WriteQuotedIdentifier(std::string_view Text, const TastSyntaxProvider* SyntaxProvider);
 };
 
 // A builder writing to a string stream that its creator owns.

@@ -68,6 +68,9 @@ class TSQLFunction : public TastNodeWithList {
   // Qualifying parts written before the name, outermost first; an empty part stays
   // empty (db..f).
   std::vector<std::string> Qualifiers;
+  // Whether the name, and each qualifier (same order, empty when none), was quoted.
+  bool NameQuoted = false;
+  std::vector<bool> QualifiersQuoted;
 
   void Assign(const TastExtender& Source) override;
   void GetMyChildren(std::vector<TastExtender*>& List) const override;
@@ -541,6 +544,14 @@ class TSQLExpressionCompWithSet : public TSQLExpressionOperator {
   static constexpr std::uint8_t cqSome = 1;
   static constexpr std::uint8_t cqAny = 2;
   std::uint8_t Quantifier = cqAll;
+
+  // The left operand is the operand of the inner operator node; the operations of the
+  // criteria grid act on it there.
+  const TSQLExpressionItem* GetComparedOperand() const;
+  void RemoveLExpression(const TSQLExpressionItem* Expr) override;
+  void RestoreLExpression(const TSQLExpressionItem* Expr) override;
+  TSQLExpressionItem* FindExpressionItem(
+      TSQLExpressionItem*& Expr, std::unique_ptr<TSQLExpressionItem>& NewCondition) override;
 
   void Assign(const TastExtender& Source) override;
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;

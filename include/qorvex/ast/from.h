@@ -20,10 +20,15 @@ class TSQLAlias : public TastNode {
 
  public:
   explicit TSQLAlias(TastSyntaxProvider* SyntaxProvider) : TastNode(SyntaxProvider) {}
-  TSQLAlias(TastSyntaxProvider* SyntaxProvider, std::string Name)
-      : TastNode(SyntaxProvider), Name(std::move(Name)) {}
+  TSQLAlias(TastSyntaxProvider* SyntaxProvider, std::string Name, bool Quoted = false)
+      : TastNode(SyntaxProvider), Name(std::move(Name)), Quoted(Quoted) {}
   std::string Name;
+  // The name was quoted where it came from (a quoted identifier or a string literal)
+  // and is written quoted.
+  bool Quoted = false;
 
+  // The name alone, through WriteIdentifier.
+  void WriteName(TSQLBuilder& Builder) const;
   void Assign(const TastExtender& Source) override;
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
   std::string DumpDetails() const override;
@@ -182,9 +187,12 @@ class TSQLFromQuery : public TSQLFromSource {
   ~TSQLFromQuery() override;
 
   std::vector<std::string> ColumnAliases;
+  // Which column aliases were quoted, in the same order (empty when none was).
+  std::vector<bool> ColumnAliasesQuoted;
 
   void Assign(const TastExtender& Source) override;
   void GetMyChildren(std::vector<TastExtender*>& List) const override;
+  void FixupObjects(std::vector<TSQLFromSource*>& List) override;
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
   void MoveSubQueryInProxyInternal(TqxQueryBuilderControlOwner* Owner,
                                    const TSQLProxyClass& ProxyClass) override;

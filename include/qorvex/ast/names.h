@@ -25,32 +25,51 @@ class TSQLQualifiedName : public TastNode {
   explicit TSQLQualifiedName(TastSyntaxProvider* SyntaxProvider) : TastNode(SyntaxProvider) {}
 
   // Inserts a new innermost part: adding a, b, c in that order makes c the object name.
-  void AddName(std::string Name);
+  // `Quoted` tells that the part was written quoted and is to stay so.
+  void AddName(std::string Name, bool Quoted = false);
   // Appends a new outermost prefix.
-  void AddPrefix(std::string Prefix);
+  void AddPrefix(std::string Prefix, bool Quoted = false);
   // Replaces all parts by `Parts`, given outermost first as they are written; takes
-  // over their storage.
-  void SetWrittenParts(TastVector<std::string>&& Parts) {
+  // over their storage. `Quoted`, in the same order, tells which parts were quoted
+  // (parts beyond its end were not; empty when none was).
+  void SetWrittenParts(TastVector<std::string>&& Parts, std::vector<bool>&& Quoted = {}) {
     if (Parts.size() > 1)
       std::reverse(Parts.begin(), Parts.end());
     Names_.swap(Parts);
     Parts.clear();
+    Quoted_.clear();
+    if (!Quoted.empty()) {
+      Quoted.resize(Names_.size(), false);
+      std::reverse(Quoted.begin(), Quoted.end());
+      Quoted_.swap(Quoted);
+    }
   }
   // Index 0; empty when there are no parts.
   std::string GetObjName() const;
-  // Replaces index 0 (adds it when there are no parts).
-  void SetObjName(std::string Name);
+  // Replaces index 0 (adds it when there are no parts), as a bare name unless `Quoted`.
+  void SetObjName(std::string Name, bool Quoted = false);
   // The Index-th qualifier counted outwards: GetPrefix(0) is the part just before the
   // object name (index 1).
   std::string GetPrefix(int Index) const;
   std::string GetNames(int Index) const;
-  void SetNames(int Index, std::string Name);
+  // Replaces part Index, as a bare name unless `Quoted`.
+  void SetNames(int Index, std::string Name, bool Quoted = false);
+  // Whether part Index was quoted where the name came from (never for an empty part); a
+  // quoted part is written quoted whatever it holds.
+  bool IsQuoted(int Index) const;
+  void SetQuoted(int Index, bool Quoted);
   int Count() const { return static_cast<int>(Names_.size()); }
-  void Clear() { Names_.clear(); }
+  void Clear() {
+    Names_.clear();
+    Quoted_.clear();
+  }
   // A copy of the parts, innermost first.
   std::vector<std::string> GetNameParts() const { return {Names_.begin(), Names_.end()}; }
   // The parts outermost first joined by "." (no quoting).
   std::string GetQualifiedName() const;
+  // The parts outermost first joined by ".", quoted parts between double quotes (for
+  // dumps and messages).
+  std::string GetMarkedName() const;
 
   // Every part through WriteIdentifier, outermost first, separated by "."; an empty
   // part writes nothing between its points.
@@ -62,6 +81,8 @@ class TSQLQualifiedName : public TastNode {
 
  private:
   TastVector<std::string> Names_;
+  // One flag per part, innermost first; empty while no part is quoted.
+  std::vector<bool> Quoted_;
 };
 
 // The name of a table, view or other database object, with the FROM source it was bound
@@ -72,8 +93,8 @@ class TSQLQualifiedName : public TastNode {
 // block pushes a null entry followed by its sources, so the entries after the last null
 // are the innermost block's. A qualified name is searched block by block from the top
 // of the stack; within a block a source whose alias matches wins over one whose object
-// name matches, and among object-name matches a source without an alias wins. Names are
-// compared through the syntax provider. A name that finds nothing keeps its current
+// name matches; a source with an alias answers only to its alias. Names are compared
+// through the syntax provider. A name that finds nothing keeps its current
 // binding, so a name bound by hand is not lost; RemoveReferencesToFromSource clears a
 // binding to a source that goes away.
 class TSQLDatabaseObject : public TSQLQualifiedName {
@@ -109,8 +130,10 @@ class TSQLDatabaseObject : public TSQLQualifiedName {
 };
 
 // A column reference: index 0 is the column name, the prefixes qualify it by a table
-// alias or an object name. Only qualified columns are bound by FixupObjects; an
-// unqualified one keeps whatever binding it has and writes its own name when unbound.
+// alias or an object name. An unqualified column is bound by FixupObjects to the source
+// of the innermost block that has such a field (the sources' field lists, read from the
+// metadata); while that is not certain it keeps whatever binding it has and writes its
+// own name when unbound.
 class TSQLObjectColumn : public TSQLDatabaseObject {
   QX_CLASS(TastClass)
 
@@ -124,6 +147,9 @@ class TSQLObjectColumn : public TSQLDatabaseObject {
  protected:
   bool MatchesAlias(const TSQLFromSource& Source) const override;
   bool MatchesObject(const TSQLFromSource& Source) const override;
+
+ private:
+  TSQLFromSource* FindColumnSource(const std::vector<TSQLFromSource*>& List) const;
 };
 
 // Pairs of (original source, copy) used after a copy to move the bindings of the copied

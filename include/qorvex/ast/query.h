@@ -227,6 +227,7 @@ class TSQLSubSelectStatement : public TSQLSubQueryExpressions {
   void Assign(const TastExtender& Source) override;
   void GetMyChildren(std::vector<TastExtender*>& List) const override;
   void BuildSQLDirect(TSQLBuilder& Builder, bool MultiLine) const override;
+  void FixupObjects(std::vector<TSQLFromSource*>& List) override;
 };
 
 // The top-level statement.

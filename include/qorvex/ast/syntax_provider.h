@@ -53,6 +53,10 @@ class TastSyntaxProvider {
   virtual std::unique_ptr<TSQLExpressionItem> ParseLogicalExpression(const std::string& Text);
   std::unique_ptr<TSQLDatabaseObject> ParseObjectName(const std::string& Text);
   std::unique_ptr<TSQLSelectItem> ParseSelectItem(const std::string& Text);
+  // ParseSelect on tokens already scanned by this dialect's scanner class: all the tokens
+  // `Tokens` holds, the end token last (as after Init or SQL92Scanner::ScanStatement).
+  // Errors carry the tokens' places; with no tokens at all the text is rejected.
+  std::unique_ptr<TSQLSelectStatement> ParseSelect(TqxBaseScanner& Tokens);
 
   // Aggregate names; each operation replaces the content of List.
   virtual void GetStarAggregateNames(std::vector<std::string>& List) const = 0;
@@ -70,6 +74,12 @@ class TastSyntaxProvider {
 
   virtual std::string GetQuoteBegin() const;
   virtual std::string GetQuoteEnd() const;
+  // Whether the dialect reserves Word (ASCII letter case ignored), so that the grammar
+  // does not read it as a name unless it is quoted. The base knows no words.
+  virtual bool IsReservedWord(std::string_view Word) const;
+  // Whether Text is one name between the dialect's quotes; if so Name receives the name
+  // inside, with doubled closing quotes read as one.
+  bool ReadQuotedName(std::string_view Text, std::string& Name) const;
 
   // Object names compare part by part, case-insensitively, innermost part first and only
   // as far as both names have parts.

@@ -17,6 +17,7 @@ class TastSyntaxProvider;
 class TqxBaseMetadataProvider;
 class TqxBaseQueryBuilder;
 class TqxBaseSQLBuilder;
+class TqxDatasource;
 class TqxQuery;
 class TqxQueryBuilderControlOwner;
 class TqxSubQuery;
@@ -24,6 +25,10 @@ class TqxUnionSubQuery;
 
 using TqxOnSQLError = std::function<void(TqxBaseQueryBuilder* Sender, const std::string& ASQL,
                                          const std::string& AErrors)>;
+// A datasource whose columns the metadata provider could not give: AMessage is the
+// provider's error. The datasource stays in the model, showing only "*".
+using TqxOnMetadataError = std::function<void(
+    TqxBaseQueryBuilder* Sender, TqxDatasource* ADatasource, const std::string& AMessage)>;
 using TqxOnOnGetTabHeaderText =
     std::function<void(TqxBaseQueryBuilder* Sender, TqxSubQuery* AFor, std::string& ACaption)>;
 
@@ -143,9 +148,15 @@ class TqxBaseQueryBuilder : public TqxComponent, public TqxSyntaxProviderClient 
   const TqxAddObjectFormOptions& GetAddObjectFormOptions() const { return AddObjectFormOptions_; }
   void SetAddObjectFormOptions(const TqxAddObjectFormOptions& Value);
 
+  // Passes a metadata provider's error about a datasource to OnMetadataError; without a
+  // handler it is dropped (the datasource simply shows no columns). A toolkit's builder
+  // extends it to tell its own listeners as well.
+  virtual void DoMetadataError(TqxDatasource* ADatasource, const std::string& AMessage);
+
   // ---- events
   TqxOnSQLError OnSQLError;
   TqxOnOnGetTabHeaderText OnGetTabHeaderText;
+  TqxOnMetadataError OnMetadataError;
 
  protected:
   // Posts the deferred load message (message number 1024). The base queues it for

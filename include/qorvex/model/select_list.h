@@ -52,6 +52,11 @@ class TqxSelectItem : public TqxQueryBuilderControlOwner {
   // Raises "Can't select this expression" when the row cannot be output.
   void SetSelect(bool Value);
   const std::string& GetAlias() const { return Alias_; }
+  // Whether the alias is written quoted whatever it holds: it was quoted in the loaded
+  // text, or typed between the dialect's quotes.
+  bool IsAliasQuoted() const { return AliasQuoted_; }
+  // A name typed between the dialect's quotes ("One") is taken as that quoted name;
+  // any other text is the name itself, quoted when written only if it needs to be.
   void SetAlias(const std::string& Value);
 
   TqxQueryBuilderItemSortType GetSortType() const { return SortType_; }
@@ -131,6 +136,7 @@ class TqxSelectItem : public TqxQueryBuilderControlOwner {
   bool Select_ = false;
   std::unique_ptr<TastNode> Expression_;
   std::string Alias_;
+  bool AliasQuoted_ = false;
   const TastClass* AliasClass_ = nullptr;  // how the alias is written; null: with AS
   TqxQueryBuilderItemSortType SortType_ = stNone;
   TqxQueryBuilderGroupByType GroupByType_ = gtExpression;
@@ -183,6 +189,11 @@ class TqxSelectList : public TqxQueryBuilderControlOwner {
   std::unique_ptr<TSQLGroupByList> GetGroupByTree() const;
   // Null when no row is sorted.
   std::unique_ptr<TSQLOrderByClause> GetOrderByClause() const;
+  // The number of an output row among the result columns (1 for the first); 0 for a row
+  // that is not output or follows a star.
+  int GetOutputPosition(const TqxSelectItem* Row) const;
+  // The output row of that number; null out of range or at or after a star.
+  TqxSelectItem* GetOutputRow(long long Position) const;
 
   void LoadSelectListFromAST(std::unique_ptr<TSQLSelectItems> Items);
   // The inverse of GetConditionTree: an OR is split into criteria columns, an AND into
@@ -205,8 +216,9 @@ class TqxSelectList : public TqxQueryBuilderControlOwner {
   void RemoveFromSorted(TqxSelectItem* Item);
 
   // While conditions or a GROUP BY list load into a grid whose only empty row is the
-  // last, the rows with an expression by its upper-case one-line text, in grid order, so
-  // that each term finds its row without writing every row's expression.
+  // last, the rows with an expression by the key of their one-line text (letter case ignored
+  // outside quotes), in grid order, so that each term finds its row without writing every row's
+  // expression.
   struct RowIndex;
   friend struct RowIndex;
   RowIndex* RowIndex_ = nullptr;

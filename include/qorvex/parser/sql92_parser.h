@@ -100,9 +100,10 @@ class SQL92Parser : public TqxBaseParser {
   void selectItemWayCalc(TqxWayList& ways);
   std::unique_ptr<TSQLSelectItem> selectItem();
   void alias1WayCalc(TqxWayList& ways);
-  std::string alias1();
+  // The alias name; `quoted` tells whether it was a quoted identifier or a string.
+  std::string alias1(bool& quoted);
   void alias2WayCalc(TqxWayList& ways);
-  std::string alias2();
+  std::string alias2(bool& quoted);
   void orderByClauseWayCalc(TqxWayList& ways);
   std::unique_ptr<TSQLOrderByClause> orderByClause();
   void orderByItemWayCalc(TqxWayList& ways);
@@ -124,8 +125,9 @@ class SQL92Parser : public TqxBaseParser {
   void dbObjectWayCalc(TqxWayList& ways);
   std::unique_ptr<TSQLDatabaseObject> dbObject();
   void identifierWayCalc(TqxWayList& ways);
-  // The name parts a name token stands for: one, or several for [a][b].
-  void identifier(TastVector<std::string>& parts);
+  // Appends the name parts a name token stands for (one, or several for [a][b]); true
+  // when the token was quoted.
+  bool identifier(TastVector<std::string>& parts);
 
   // ---- expressions
   void expressionLogicalWayCalc(TqxWayList& ways);
@@ -208,9 +210,11 @@ class SQL92Parser : public TqxBaseParser {
   void ExpectSize(TqxWayList& ways);
   // Optional qualifying parts of a name: `levels` nested options of [part] ".".
   void QualifiersWayCalc(TqxWayList& ways, int levels);
-  void Qualifiers(int levels, TastVector<std::string>& parts);
+  // `quoted` gets a flag per part appended (kept empty while no part is quoted).
+  void Qualifiers(int levels, TastVector<std::string>& parts, std::vector<bool>& quoted);
   void namePartWayCalc(TqxWayList& ways);
-  void namePart(TastVector<std::string>& parts);
+  // Appends the parts of one name token; true when it was quoted.
+  bool namePart(TastVector<std::string>& parts);
 
   // Runs the way calculation of a parse entry: first the direct reading, then, when that
   // does not settle the text, the way calculation (twice when the text has no reading).
@@ -282,7 +286,8 @@ class SQL92Parser : public TqxBaseParser {
   std::int32_t Decision() { return GetWayNode()->decision; }
   std::string NameText(const TqxToken& token) const;
   void NameParts(const TqxToken& token, TastVector<std::string>& parts) const;
-  std::unique_ptr<TSQLAlias> MakeAlias(bool withAs, std::string name);
+  // Reads alias1 and makes the alias node of the form chosen.
+  std::unique_ptr<TSQLAlias> MakeAlias(bool withAs);
 };
 
 }  // namespace qorvex

@@ -72,6 +72,12 @@ class TqxBaseScanner {
   // existing list is not cleared: a scanner serves one text.
   void Init(std::string_view text);
 
+  // Scans the whole text like Init, but instead of keeping the tokens hands them to
+  // `sink` a chunk at a time (the end token last), so that memory stays one chunk however
+  // long the text is. The scanner holds no tokens afterwards.
+  using TokenSink = void (*)(void* context, const TqxToken* tokens, std::int32_t count);
+  void ScanInBatches(std::string_view text, TokenSink sink, void* context);
+
   // The token at `index`; any index out of range, negative too, gives the last token,
   // which is the end token.
   const TqxToken& GetToken(std::int32_t index) const noexcept {
@@ -240,6 +246,18 @@ class TqxBaseScanner {
   // bytes (less swallowed LFs), the measure of the comment check's step back.
   std::int32_t utf8Tails_ = 0;
   TqxCharSet ignore_;
+  // Statement-wise scanning of a script: every statement (what follows a ";" token) is
+  // scanned as a text of its own would be. The comment check's step back is then counted
+  // from the statement's first character: `stepBase_` is that character's byte offset
+  // less its position and the continuation bytes before it (0 for a whole text).
+  bool statementWise_ = false;
+  bool statementStart_ = false;  // the next token begins a statement
+  std::int32_t stepBase_ = 0;
+
+  // Attaches `text` (read in place) and reads its first character.
+  void StartText(std::string_view text);
+  // Destroys the tokens held; the first chunk is kept for the next ones.
+  void ClearTokens() noexcept;
 
  public:
   // Tokens live in fixed-size chunks: one allocation per chunk, stable addresses, and
@@ -274,6 +292,12 @@ class TqxBaseScanner {
   // After a lead byte: consumes the continuation bytes of a valid UTF-8 sequence, so
   // the sequence is one character. Invalid or truncated sequences leave the byte alone.
   void SkipUtf8Tail() noexcept;
+
+  // Hands the tokens of the current chunk not yet handed over to the sink and destroys them.
+  void FlushBatch(std::int32_t count);
+  TokenSink sink_ = nullptr;  // set while ScanInBatches runs
+  void* sinkContext_ = nullptr;
+  std::int32_t flushed_ = 0;  // tokens handed to the sink so far
 
   std::vector<TqxToken*> chunks_;  // the token list: raw storage, `count_` constructed
   std::int32_t count_ = 0;

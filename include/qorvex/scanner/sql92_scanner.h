@@ -27,6 +27,21 @@ class SQL92Scanner : public TqxBaseScanner {
   // The keyword kind of `word` (ASCII letter case ignored), or 0 when it is no keyword.
   static std::int32_t FindKeyword(std::string_view word) noexcept;
 
+  // Scanning a script statement by statement, so that each statement's tokens can be
+  // parsed while the script is scanned only once. BeginStatements attaches `script`,
+  // which the caller keeps alive and unchanged while statements are scanned; each
+  // ScanStatement replaces the tokens held by those of the next statement, from the
+  // first token after a ";" up to the next ";" token, which becomes the end token
+  // ("EOF", in the place of the ";"). Statements without tokens are passed over; false
+  // when none is left (the scanner then holds no tokens). The tokens are those of the
+  // statement scanned as a text of its own, with their places in the whole script.
+  // BeginStatements also turns statement-wise scanning on (SetStatementWise).
+  void BeginStatements(std::string_view script);
+  bool ScanStatement();
+  // Makes Init and ScanInBatches scan each statement as a text of its own (see
+  // ScanStatement), as a script split on its ";" tokens is read.
+  void SetStatementWise(bool on) noexcept { statementWise_ = on; }
+
  protected:
   void CheckLiteral(TqxToken& token) override;
   TqxToken NextToken() override;
@@ -40,6 +55,7 @@ class SQL92Scanner : public TqxBaseScanner {
   // NextToken's body, inlined into the scanning loop.
   TqxToken Scan();
   bool ownScan_ = true;
+  bool statementsDone_ = false;  // ScanStatement has reached the end of the script
 };
 
 }  // namespace qorvex

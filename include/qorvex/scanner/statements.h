@@ -24,7 +24,9 @@ struct TqxScriptLocation {
 };
 
 // Splits `script` on the SQL-92 scanner's ";" tokens, so that a ";" inside a string,
-// a quoted name or a comment does not split. Statements without tokens (";;", a trailing
+// a quoted name or a comment does not split. Each statement is scanned as a text of its
+// own would be, so the split agrees with the statements' own tokens. Statements without tokens
+// (";;", a trailing
 // ";") are left out; the last one keeps what follows its last token (trailing comments).
 // The views point into `script`.
 std::vector<TqxStatementText> SplitStatements(std::string_view script);

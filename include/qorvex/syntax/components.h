@@ -36,6 +36,7 @@ class TqxBaseSyntaxProvider : public TqxComponent {
 
   std::string GetQuoteBegin() const;
   std::string GetQuoteEnd() const;
+  bool IsReservedWord(std::string_view Word) const;
   void GetStarAggregateNames(std::vector<std::string>& List) const;
   void Get1ParamAggregateNames(std::vector<std::string>& List) const;
   void GetPrefixed1ParamAggregateNames(std::vector<std::string>& List) const;

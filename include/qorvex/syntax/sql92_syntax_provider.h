@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "qorvex/ast/syntax_provider.h"
@@ -20,6 +21,9 @@ class TastSQL92SyntaxProvider : public TastSyntaxProvider {
 
   std::string GetQuoteBegin() const override;
   std::string GetQuoteEnd() const override;
+  // The keywords of the scanner's table that the grammar never takes as a name (all but
+  // the non-reserved ones from "ada" to "unnamed").
+  bool IsReservedWord(std::string_view Word) const override;
 
   bool IsSupportViews() const override;
   bool IsSupportUnions() const override;

@@ -168,3 +168,62 @@ SELECT c.id FROM customers AS c WHERE c.name LIKE 'Bob 1%' ORDER BY c.id DESC
 SELECT s.name FROM suppliers s WHERE s.id IN (SELECT p.supplier_id FROM products p WHERE p.price BETWEEN 50 AND 100) AND NOT s.name = 'Sup3'
 SELECT x.a FROM (SELECT y.b AS a FROM (SELECT c.id AS b FROM customers c WHERE c.id < 8) y) x ORDER BY x.a
 SELECT o.id, o.status FROM orders o WHERE o.status IN ('open', 'closed') AND o.order_date >= '2024-03' AND o.id < 40 ORDER BY o.order_date, o.id
+
+-- Names in sub-queries: a source with an alias answers only to its alias, a name no
+-- inner source answers to belongs to the enclosing query, and an unqualified name to
+-- the innermost query whose sources have the column.
+SELECT customers.id, (SELECT count(*) FROM customers x WHERE x.credit < customers.credit) AS n FROM customers ORDER BY customers.id
+SELECT employees.name FROM employees WHERE EXISTS (SELECT 1 FROM employees r WHERE r.manager_id = employees.id) ORDER BY employees.id
+SELECT countries.name FROM countries WHERE countries.id IN (SELECT c.country_id FROM customers c WHERE c.credit * 10 > countries.population) ORDER BY countries.id
+SELECT orders.id FROM orders WHERE orders.customer_id IN (SELECT orders.id FROM orders o2 WHERE o2.status = 'open') ORDER BY orders.id
+SELECT name FROM customers WHERE EXISTS (SELECT 1 FROM suppliers WHERE suppliers.country_id = customers.country_id AND name LIKE '%1') ORDER BY id
+SELECT p.id FROM products p WHERE (SELECT count(*) FROM order_items WHERE product_id = p.id AND qty > price / 20) > 1 ORDER BY p.id
+SELECT name, (SELECT count(*) FROM orders WHERE customer_id = customers.id AND status = 'open') FROM customers ORDER BY id
+SELECT q.id, q.n FROM (SELECT id, (SELECT count(*) FROM orders WHERE customer_id = customers.id) AS n FROM customers) q WHERE q.n > 6 ORDER BY q.id
+SELECT c.id, t.total FROM customers c JOIN (SELECT customer_id, count(*) AS total FROM orders GROUP BY customer_id) t ON t.customer_id = c.id ORDER BY c.id
+
+-- ORDER BY terms: aliases naming more than one output column, numbers, repeated terms,
+-- aliases that are also column names, and terms that are not output.
+SELECT q.name AS c, r.name AS c FROM regions q, regions r WHERE q.id <> r.id ORDER BY r.name, q.name
+SELECT q.name AS c, r.name AS c FROM regions q, regions r WHERE q.id <> r.id ORDER BY 2 DESC, 1
+SELECT c.segment, c.name, c.id FROM customers c ORDER BY 1, 3 DESC
+SELECT c.id, c.name FROM customers c ORDER BY 1, 1
+SELECT c.id, c.segment FROM customers c ORDER BY c.segment, 2 DESC, c.segment, 1
+SELECT c.segment AS name, c.id FROM customers c ORDER BY name, c.id DESC
+SELECT c.id, c.name AS id FROM customers c ORDER BY c.id DESC
+SELECT c.id, c.name FROM customers c ORDER BY c.credit DESC, c.segment, c.id
+SELECT 7, c.id FROM customers c ORDER BY 1, 2 DESC
+SELECT c.id AS k, c.name FROM customers c WHERE c.id < 5 UNION SELECT e.id, e.name FROM employees e WHERE e.id < 5 ORDER BY 2 DESC, k
+SELECT c.id AS k, c.name AS k FROM customers c WHERE c.id < 5 UNION SELECT e.id, e.name FROM employees e WHERE e.id < 5 ORDER BY 2, 1
+
+-- Condition forms: a term about one expression becomes a criteria cell of its row; EXISTS,
+-- a negated predicate, an OR about several expressions inside an AND, and the like stay
+-- whole conditions. WHERE and HAVING alike; texts differing only in the case of a quoted
+-- value are different rows.
+SELECT c.id FROM customers c WHERE c.id < 30 AND (EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id AND o.status = 'open') OR EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id AND o.status = 'closed'))
+SELECT c.id FROM customers c WHERE NOT EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id) AND c.id > 3
+SELECT c.id FROM customers c WHERE NOT (NOT EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id))
+SELECT c.id FROM customers c WHERE EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id) AND EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id)
+SELECT c.id FROM customers c WHERE c.id IN (SELECT o.customer_id FROM orders o) AND c.credit > 100 OR c.id IN (1, 2, 3)
+SELECT c.id FROM customers c WHERE NOT c.id IN (SELECT o.customer_id FROM orders o WHERE o.customer_id IS NOT NULL)
+SELECT c.id FROM customers c WHERE c.id NOT IN (1, 2, 3) AND c.credit NOT BETWEEN 10 AND 1000
+SELECT c.id FROM customers c WHERE c.name LIKE 'B!%%' ESCAPE '!' OR c.name NOT LIKE '%1%'
+SELECT c.id FROM customers c WHERE c.credit IS NULL OR c.segment IS NOT NULL AND c.id > 40
+SELECT c.id FROM customers c WHERE NOT (c.id > 5 AND (c.credit < 100 OR c.segment = 'retail'))
+SELECT c.id FROM customers c WHERE NOT (c.id = 3)
+SELECT c.id FROM customers c WHERE c.id = 1 OR NOT (c.id > 3 OR c.credit IS NULL)
+SELECT c.id FROM customers c WHERE (c.id < 10 OR c.credit > 3000) AND (c.segment = 'retail' OR c.country_id = 2)
+SELECT c.id FROM customers c WHERE (c.id < 10 OR c.id > 50) AND (c.credit > 3000 OR c.id = 55)
+SELECT c.id FROM customers c WHERE (c.id = 1 OR c.id = 2) AND (c.id = 2 OR c.id = 3)
+SELECT c.id FROM customers c WHERE c.id < 10 AND (c.credit > 100 OR c.credit IS NULL) OR c.id > 55 AND (c.segment = 'retail' OR EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id))
+SELECT c.id FROM customers c WHERE 1 = 0
+SELECT c.id FROM customers c WHERE 1 = 1 AND c.id < 5
+SELECT c.id FROM customers c WHERE c.credit > c.id * 10 AND c.country_id = c.id
+SELECT c.id FROM customers c WHERE (SELECT count(*) FROM orders o WHERE o.customer_id = c.id) > 3 AND c.id < 40
+SELECT c.id FROM customers c WHERE CASE WHEN c.credit > 1000 THEN 1 ELSE 0 END = 1 AND c.id + 1 > 50 AND c.id + 1 < 60
+SELECT c.id FROM customers c WHERE c.id = 1 AND c.id = 1
+SELECT c.id FROM customers c WHERE 'retail' = c.segment OR 'Retail' = c.segment
+SELECT c.segment, count(*) FROM customers c GROUP BY c.segment HAVING count(*) > 2 AND (sum(c.credit) > 1000 OR EXISTS (SELECT 1 FROM orders o WHERE o.status = 'open'))
+SELECT c.segment, count(*) FROM customers c GROUP BY c.segment HAVING NOT EXISTS (SELECT 1 FROM orders o WHERE o.status = 'xx') AND count(*) > 1
+SELECT c.segment, count(*) FROM customers c GROUP BY c.segment HAVING (count(*) > 2 OR c.segment = 'retail') AND max(c.credit) > 10
+SELECT c.segment, count(*) FROM customers c WHERE c.id > 3 GROUP BY c.segment HAVING c.segment > 'a' AND (count(*) > 1 OR c.segment < 'r')

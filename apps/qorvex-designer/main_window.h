@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QMainWindow>
+#include <QString>
+
+class QLabel;
+class QPlainTextEdit;
+class QTimer;
+
+namespace qorvex {
+
+class TqxBaseMetadataProvider;
+class TqxBaseSyntaxProvider;
+class TqxQueryBuilder;
+
+// The designer's main window: the query builder above a SQL text pane, kept in step both
+// ways, and a status bar for errors.
+class TqxDesignerWindow : public QMainWindow {
+  Q_OBJECT
+ public:
+  TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax, TqxBaseMetadataProvider* Metadata,
+                    const QString& Source);
+
+  TqxQueryBuilder* Builder() const { return Builder_; }
+  QPlainTextEdit* Editor() const { return Editor_; }
+  // Assigns the pane's text to the builder now.
+  void ApplyText();
+
+ public slots:
+  // A datasource whose fields the metadata provider could not give.
+  void ShowMetadataError(const QString& Datasource, const QString& Message);
+
+ protected:
+  bool eventFilter(QObject* Watched, QEvent* Event) override;
+
+ private:
+  void SqlChanged(const QString& Sql);
+  void SqlError(const QString& Sql, const QString& Errors);
+  void TextEdited();
+  void MarkError(int Line, int Column);
+  void ClearMark();
+
+  TqxBaseSyntaxProvider* Syntax_;
+  TqxQueryBuilder* Builder_;
+  QPlainTextEdit* Editor_;
+  QTimer* Pause_;
+  QLabel* Status_;
+  bool SettingText_ = false;
+  bool LoadingFromPane_ = false;
+};
+
+}  // namespace qorvex

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QPixmap>
+#include <QString>
+#include <QWidget>
+#include <functional>
+#include <memory>
+
+#include "qorvex/model/query_builder.h"
+
+class QMimeData;
+
+namespace qorvex {
+
+class TqxQueryBuilderPrivate;
+
+// The query builder widget an application places in a window: the statement's sub-queries
+// as tabs, each union operand as a diagram of datasource boxes above the select-list pane.
+// Assigning SQL lays the statement out (after the event loop delivers the load); every
+// edit on screen goes through the model, which writes the SQL anew and emits sqlChanged.
+class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
+  Q_OBJECT
+  Q_PROPERTY(QString SQL READ sql WRITE setSql NOTIFY sqlChanged)
+  Q_PROPERTY(bool SnapToGrid READ GetSnapToGrid WRITE SetSnapToGrid)
+  Q_PROPERTY(int GridSize READ GetGridSize WRITE setGridSize)
+  Q_PROPERTY(QColor TableColor READ tableColor WRITE setTableColor)
+  Q_PROPERTY(QFont TableFont READ tableFont WRITE setTableFont)
+  Q_PROPERTY(QPixmap BkImage READ bkImage WRITE setBkImage)
+  Q_PROPERTY(qorvex::TqxBkImagePos BkImagePos READ GetBkImagePos WRITE SetBkImagePos)
+  Q_PROPERTY(
+      qorvex::TqxBkImageDarkness BkImageDarkness READ GetBkImageDarkness WRITE SetBkImageDarkness)
+  Q_PROPERTY(QColor BkColor READ bkColor WRITE setBkColor)
+  Q_PROPERTY(int SplitterHeight READ GetSplitterHeight WRITE setSplitterHeight)
+  Q_PROPERTY(int DefColumnsPaneHeight READ GetDefColumnsPaneHeight WRITE SetDefColumnsPaneHeight)
+  Q_PROPERTY(
+      qorvex::TqxUnionNavBarPosition UnionNavBarPos READ GetUnionNavBarPos WRITE SetUnionNavBarPos)
+
+ public:
+  explicit TqxQueryBuilder(QWidget* Parent = nullptr);
+  ~TqxQueryBuilder() override;
+
+  // Qt-typed faces of the builder's properties.
+  QString sql() const;
+  void setSql(const QString& Text);
+  void setGridSize(int Value);
+  void setSplitterHeight(int Value);
+  QColor tableColor() const;
+  void setTableColor(const QColor& Value);
+  QFont tableFont() const;
+  void setTableFont(const QFont& Value);
+  QPixmap bkImage() const;
+  void setBkImage(const QPixmap& Value);
+  QColor bkColor() const;
+  void setBkColor(const QColor& Value);
+
+  // A colour of the model (RGB or a system colour) as this widget's palette shows it.
+  QColor ToQColor(TqxColor Color) const;
+
+  // Drags from outside the component over a diagram (the application's own objects):
+  // OnDragOver answers whether a drop at Point (diagram coordinates) is welcome;
+  // OnDragDrop receives it.
+  std::function<bool(TqxQueryBuilder* Sender, const QMimeData* Data, TqxUnionSubQuery* Operand,
+                     QPoint Point)>
+      OnDragOver;
+  std::function<void(TqxQueryBuilder* Sender, const QMimeData* Data, TqxUnionSubQuery* Operand,
+                     QPoint Point)>
+      OnDragDrop;
+
+ signals:
+  // The model wrote its SQL anew (after an edit or after a load that changed it).
+  void sqlChanged(const QString& Sql);
+  // Assigned SQL was refused; the diagram stays as it was.
+  void sqlError(const QString& Sql, const QString& Errors);
+  // A load message was handled (whether or not the statement changed).
+  void sqlLoaded();
+  // The metadata provider could not give the columns of a datasource (Caption is the
+  // datasource's display text); its box shows the "*" row only.
+  void metadataError(const QString& Caption, const QString& Message);
+  // An edit on screen failed in the model; without a receiver a message box shows it.
+  void errorOccurred(const QString& Message);
+
+ protected:
+  bool event(QEvent* Event) override;
+  void PostLoadSQLMessage() override;
+  void DoLayoutChanged() override;
+  void DoRepaintBackground() override;
+  void DoMetadataError(TqxDatasource* ADatasource, const std::string& AMessage) override;
+
+ private:
+  friend class TqxQueryBuilderPrivate;
+  std::unique_ptr<TqxQueryBuilderPrivate> d_;
+};
+
+}  // namespace qorvex

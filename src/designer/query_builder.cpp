@@ -1,0 +1,395 @@
+#include "qorvex/designer/query_builder.h"
+
+#include <QApplication>
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QEvent>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPalette>
+#include <QVBoxLayout>
+
+#include "designer/designer_p.h"
+#include "qorvex/model/datasources.h"
+#include "qorvex/model/query.h"
+
+#ifndef QORVEX_VERSION
+#define QORVEX_VERSION "0"
+#endif
+
+namespace qorvex {
+
+namespace {
+// The deferred load: the first user message number.
+constexpr QEvent::Type kLoadSQLEvent = static_cast<QEvent::Type>(1024);
+
+QString FromStd(const std::string& Text) {
+  return QString::fromStdString(Text);
+}
+}  // namespace
+
+// ---------------------------------------------------------------------------------------
+// Control handles
+
+TqxRect TqxControlWidget::ControlBounds() {
+  const QRect r = Widget()->geometry();
+  return TqxRect{r.x(), r.y(), r.width(), r.height()};
+}
+
+void TqxControlWidget::SetControlBounds(const TqxRect& Bounds) {
+  Widget()->setGeometry(Bounds.Left, Bounds.Top, Bounds.Width, Bounds.Height);
+}
+
+void TqxControlWidget::ControlReleased() {
+  Widget()->hide();
+  Widget()->deleteLater();
+}
+
+TqxWidgetControl::TqxWidgetControl(TqxQueryBuilderControlOwner* Owner, TqxControlWidget* Widget)
+    : TqxControl(Owner), Widget_(Widget->Widget()), Interface_(Widget) {}
+
+TqxWidgetControl::~TqxWidgetControl() {
+  BeginDestroy();
+  if (Widget_)
+    Interface_->ControlReleased();
+}
+
+TqxRect TqxWidgetControl::GetBounds() const {
+  return Widget_ ? Interface_->ControlBounds() : TqxControl::GetBounds();
+}
+
+void TqxWidgetControl::SetBounds(const TqxRect& Bounds) {
+  TqxControl::SetBounds(Bounds);
+  if (Widget_)
+    Interface_->SetControlBounds(Bounds);
+}
+
+void TqxWidgetControl::Repaint() {
+  if (Widget_)
+    Interface_->RepaintControl();
+}
+
+void TqxWidgetControl::UpdateContent() {
+  if (Widget_)
+    Interface_->UpdateContent();
+}
+
+void TqxWidgetControl::MakeVisible() {
+  if (Widget_)
+    Interface_->MakeVisible();
+}
+
+// ---------------------------------------------------------------------------------------
+// Factory
+
+std::vector<std::unique_ptr<TqxControl>> TqxDesignerControlFactory::CreateControls(
+    TqxQueryBuilderControlOwner& Owner, TqxControl* ParentControl) {
+  std::vector<std::unique_ptr<TqxControl>> controls;
+  auto* parent = dynamic_cast<TqxWidgetControl*>(ParentControl);
+  QWidget* parentWidget = parent != nullptr ? parent->GetWidget() : nullptr;
+  TqxQueryBuilderPrivate* d = TqxQueryBuilderPrivate::Of(Builder_);
+  TqxControlWidget* widget = nullptr;
+  if (auto* query = dynamic_cast<TqxSubQuery*>(&Owner)) {
+    if (ParentControl == nullptr)
+      widget = new TqxQueryTabSheet(d->Pages, query);
+  } else if (auto* operand = dynamic_cast<TqxUnionSubQuery*>(&Owner)) {
+    if (auto* sheet = qobject_cast<TqxQueryTabSheet*>(parentWidget))
+      widget = new TqxUnionSubQueryTabSheet(Builder_, sheet, operand);
+  } else if (auto* ds = dynamic_cast<TqxDatasource*>(&Owner)) {
+    if (auto* page = qobject_cast<TqxUnionSubQueryTabSheet*>(parentWidget))
+      widget = new TqxQueryBuilderDataSourceControl(page->GetWorkArea(), ds);
+  }
+  // Links, the select-list grid and the union bar's controls are not shown yet; the
+  // model works without them.
+  if (widget != nullptr)
+    controls.push_back(std::make_unique<TqxWidgetControl>(&Owner, widget));
+  return controls;
+}
+
+void BuildQMenu(QMenu& Menu, const TqxPopupMenu& Items,
+                std::vector<std::pair<QAction*, std::function<void()>>>& Handlers) {
+  for (const TqxMenuItem& item : Items) {
+    if (item.Caption == "-") {
+      Menu.addSeparator();
+      continue;
+    }
+    if (!item.Items.empty()) {
+      QMenu* sub = Menu.addMenu(FromStd(item.Caption));
+      sub->setEnabled(item.Enabled);
+      BuildQMenu(*sub, item.Items, Handlers);
+      continue;
+    }
+    QAction* action = Menu.addAction(FromStd(item.Caption));
+    action->setEnabled(item.Enabled);
+    if (item.Checked) {
+      action->setCheckable(true);
+      action->setChecked(true);
+    }
+    if (item.Default) {
+      QFont font = action->font();
+      font.setBold(true);
+      action->setFont(font);
+      Menu.setDefaultAction(action);
+    }
+    if (!item.ShortCut.empty())
+      action->setShortcut(QKeySequence(FromStd(item.ShortCut)));
+    Handlers.emplace_back(action, item.OnClick);
+  }
+}
+
+void TqxDesignerControlFactory::PopupMenu(TqxQueryBuilderControlOwner& /*Owner*/,
+                                          const TqxPopupMenu& Items, TqxPoint ScreenPos) {
+  QMenu menu(Builder_);
+  std::vector<std::pair<QAction*, std::function<void()>>> handlers;
+  BuildQMenu(menu, Items, handlers);
+  const QPoint at(ScreenPos.X, ScreenPos.Y);
+  TqxQueryBuilderPrivate* d = TqxQueryBuilderPrivate::Of(Builder_);
+  QAction* chosen = d->MenuExecutor ? d->MenuExecutor(menu, at) : menu.exec(at);
+  if (chosen == nullptr)
+    return;
+  for (const auto& [action, handler] : handlers) {
+    if (action == chosen && handler && action->isEnabled()) {
+      // The handler may free the object the menu was opened on: nothing of it is used
+      // afterwards.
+      TqxQueryBuilderPrivate::Run(Builder_, handler);
+      return;
+    }
+  }
+}
+
+bool TqxDesignerControlFactory::ExecuteDialog(TqxQueryBuilderControlOwner& /*Owner*/,
+                                              TqxDialogKind /*Kind*/) {
+  // The dialogs are not part of the widget set yet.
+  return false;
+}
+
+QString AboutText() {
+  return QStringLiteral(
+             "<b>Qorvex %1</b><br>A visual SQL query builder: one SELECT statement as a "
+             "diagram that you edit, with its SQL kept in step.<br>Built with Qt %2.")
+      .arg(QStringLiteral(QORVEX_VERSION), QString::fromLatin1(qVersion()));
+}
+
+void TqxDesignerControlFactory::ShowAbout() {
+  QMessageBox::about(Builder_, QStringLiteral("About Qorvex"), AboutText());
+}
+
+// ---------------------------------------------------------------------------------------
+// Private part
+
+TqxQueryBuilderPrivate::TqxQueryBuilderPrivate(TqxQueryBuilder* Builder) : Q(Builder) {}
+
+bool TqxQueryBuilderPrivate::Run(TqxQueryBuilder* Builder, const std::function<void()>& Operation) {
+  try {
+    Operation();
+    return true;
+  } catch (const std::exception& error) {
+    if (Builder != nullptr)
+      Of(Builder)->ReportError(QString::fromStdString(error.what()));
+  } catch (...) {
+    if (Builder != nullptr)
+      Of(Builder)->ReportError(QStringLiteral("Unknown error"));
+  }
+  return false;
+}
+
+void TqxQueryBuilderPrivate::ReportError(const QString& Message) {
+  if (Q->receivers(SIGNAL(errorOccurred(QString))) > 0) {
+    emit Q->errorOccurred(Message);
+    return;
+  }
+  QMessageBox::warning(Q, QStringLiteral("Qorvex"), Message);
+}
+
+void TqxQueryBuilderPrivate::ModelChanged() {
+  if (Q->IsDestroying())
+    return;
+  for (TqxQueryBuilderDataSourceControl* box : Q->findChildren<TqxQueryBuilderDataSourceControl*>())
+    box->SyncChecks();
+  if (Pages != nullptr)
+    Pages->SyncWithModel();
+}
+
+const QPixmap& TqxQueryBuilderPrivate::UserBackground() {
+  if (!BkImageCacheValid) {
+    BkImageCacheValid = true;
+    BkImageCache = QPixmap();
+    const TqxPicture& picture = Q->GetBkImage();
+    if (!picture.Data.empty()) {
+      BkImageCache.loadFromData(picture.Data.data(), static_cast<uint>(picture.Data.size()));
+    } else if (!picture.FileName.empty()) {
+      BkImageCache.load(QString::fromStdString(picture.FileName));
+    }
+  }
+  return BkImageCache;
+}
+
+// ---------------------------------------------------------------------------------------
+// The builder
+
+TqxQueryBuilder::TqxQueryBuilder(QWidget* Parent)
+    : QWidget(Parent), d_(std::make_unique<TqxQueryBuilderPrivate>(this)) {
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  d_->Pages = new TqxQueryBuiderPageControl(this);
+  layout->addWidget(d_->Pages);
+  d_->Writer.SetQueryBuilder(this);
+  d_->Writer.OnSQLUpdated = [this](TqxBaseSQLBuilder*) {
+    d_->ModelChanged();
+    emit sqlChanged(FromStd(d_->Writer.GetSQL()));
+  };
+  d_->Factory = std::make_unique<TqxDesignerControlFactory>(this);
+  SetControlFactory(d_->Factory.get());
+  d_->Pages->SyncWithModel();
+}
+
+TqxQueryBuilder::~TqxQueryBuilder() {
+  // The controls go while their widgets still exist; the model follows in the base.
+  d_->Writer.OnSQLUpdated = nullptr;
+  SetControlFactory(nullptr);
+  d_->Writer.SetQueryBuilder(nullptr);
+}
+
+QString TqxQueryBuilder::sql() const {
+  return FromStd(GetSQL());
+}
+
+void TqxQueryBuilder::setSql(const QString& Text) {
+  SetSQL(Text.toStdString());
+}
+
+void TqxQueryBuilder::PostLoadSQLMessage() {
+  QCoreApplication::postEvent(this, new QEvent(kLoadSQLEvent));
+}
+
+bool TqxQueryBuilder::event(QEvent* Event) {
+  if (Event->type() != kLoadSQLEvent)
+    return QWidget::event(Event);
+  // The load reports a refused text through OnSQLError; the Qt signal goes beside it.
+  const TqxOnSQLError user = OnSQLError;
+  OnSQLError = [this, user](TqxBaseQueryBuilder* Sender, const std::string& Sql,
+                            const std::string& Errors) {
+    if (user)
+      user(Sender, Sql, Errors);
+    emit sqlError(FromStd(Sql), FromStd(Errors));
+  };
+  try {
+    SetSQLMsg();
+  } catch (const std::exception& error) {
+    OnSQLError = user;
+    d_->ReportError(QString::fromStdString(error.what()));
+    emit sqlLoaded();
+    return true;
+  }
+  OnSQLError = user;
+  emit sqlLoaded();
+  return true;
+}
+
+void TqxQueryBuilder::DoMetadataError(TqxDatasource* ADatasource, const std::string& AMessage) {
+  TqxBaseQueryBuilder::DoMetadataError(ADatasource, AMessage);
+  if (!IsDestroying())
+    emit metadataError(ADatasource != nullptr ? FromStd(ADatasource->GetCaption()) : QString(),
+                       FromStd(AMessage));
+}
+
+void TqxQueryBuilder::DoLayoutChanged() {
+  for (TqxUnionSubQueryTabSheet* page : findChildren<TqxUnionSubQueryTabSheet*>())
+    page->UpdateLayout();
+}
+
+void TqxQueryBuilder::DoRepaintBackground() {
+  d_->BkImageCacheValid = false;
+  for (TqxQueryBuilderWorkArea* area : findChildren<TqxQueryBuilderWorkArea*>())
+    area->Canvas()->update();
+}
+
+void TqxQueryBuilder::setGridSize(int Value) {
+  TqxQueryBuilderPrivate::Run(this, [&] { SetGridSize(Value); });
+}
+
+void TqxQueryBuilder::setSplitterHeight(int Value) {
+  TqxQueryBuilderPrivate::Run(this, [&] { SetSplitterHeight(Value); });
+}
+
+QColor TqxQueryBuilder::ToQColor(TqxColor Color) const {
+  if (!IsSystemColor(Color))
+    return QColor((Color >> 16) & 0xFF, (Color >> 8) & 0xFF, Color & 0xFF);
+  switch (Color) {
+    case clWindow:
+      return palette().color(QPalette::Base);
+    case clBtnFace:
+      return palette().color(QPalette::Button);
+    case clBtnShadow:
+      return palette().color(QPalette::Dark);
+    case clAppWorkSpace:
+      return palette().color(QPalette::Mid);
+    default:
+      return palette().color(QPalette::Window);
+  }
+}
+
+namespace {
+TqxColor FromQColor(const QColor& Color) {
+  const QColor rgb = Color.toRgb();
+  return (static_cast<TqxColor>(rgb.red()) << 16) | (static_cast<TqxColor>(rgb.green()) << 8) |
+         static_cast<TqxColor>(rgb.blue());
+}
+}  // namespace
+
+QColor TqxQueryBuilder::tableColor() const {
+  return ToQColor(GetTableColor());
+}
+
+void TqxQueryBuilder::setTableColor(const QColor& Value) {
+  SetTableColor(Value.isValid() ? FromQColor(Value) : clWindow);
+}
+
+QFont TqxQueryBuilder::tableFont() const {
+  const TqxFont& f = GetTableFont();
+  QFont font = QWidget::font();
+  if (!f.Name.empty())
+    font.setFamily(FromStd(f.Name));
+  if (f.Size > 0)
+    font.setPointSize(f.Size);
+  font.setBold(f.Bold);
+  font.setItalic(f.Italic);
+  font.setUnderline(f.Underline);
+  return font;
+}
+
+void TqxQueryBuilder::setTableFont(const QFont& Value) {
+  TqxFont f;
+  f.Name = Value.family().toStdString();
+  f.Size = Value.pointSize() > 0 ? Value.pointSize() : 0;
+  f.Bold = Value.bold();
+  f.Italic = Value.italic();
+  f.Underline = Value.underline();
+  SetTableFont(f);
+}
+
+QPixmap TqxQueryBuilder::bkImage() const {
+  return d_->UserBackground();
+}
+
+void TqxQueryBuilder::setBkImage(const QPixmap& Value) {
+  TqxPicture picture;
+  if (!Value.isNull()) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    Value.save(&buffer, "PNG");
+    picture.Data.assign(bytes.begin(), bytes.end());
+  }
+  SetBkImage(picture);
+}
+
+QColor TqxQueryBuilder::bkColor() const {
+  return ToQColor(GetBkColor());
+}
+
+void TqxQueryBuilder::setBkColor(const QColor& Value) {
+  SetBkColor(Value.isValid() ? FromQColor(Value) : clWhite);
+}
+
+}  // namespace qorvex

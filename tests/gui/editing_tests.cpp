@@ -1,0 +1,288 @@
+// Edits made on screen: ticking, dragging fields into links, removing boxes, menus, and
+// input that must change nothing.
+#include <QImage>
+#include <QMenu>
+#include <map>
+
+#include "gui/designer_fixture.h"
+
+namespace qorvex::testing_gui {
+namespace {
+
+using Editing = DesignerTest;
+
+TEST_F(Editing, TickingStarAndFieldsWritesTheSelectListOnce) {
+  Load("select c.Name from Customers c");
+  Box* box = BoxOf("Customers c");
+  ASSERT_NE(box, nullptr);
+  auto* list = box->GetFieldsList();
+  ASSERT_EQ(list->count(), 4);
+  EXPECT_EQ(list->item(2)->checkState(), Qt::Checked) << "Name is in the select list";
+  EXPECT_EQ(list->item(0)->checkState(), Qt::Unchecked);
+  QSignalSpy changed(Builder.get(), &TqxQueryBuilder::sqlChanged);
+
+  ClickCheck(box, 0);  // "*"
+  EXPECT_EQ(changed.count(), 1);
+  EXPECT_NE(Sql().find("c.*"), std::string::npos) << Sql();
+  EXPECT_EQ(list->item(0)->checkState(), Qt::Checked);
+
+  ClickCheck(box, 3);  // Country
+  EXPECT_EQ(changed.count(), 2);
+  EXPECT_NE(Sql().find("c.Country"), std::string::npos) << Sql();
+
+  ClickCheck(box, 0);
+  ClickCheck(box, 2);
+  EXPECT_EQ(changed.count(), 4);
+  EXPECT_EQ(Sql().find("c.*"), std::string::npos) << Sql();
+  EXPECT_EQ(Sql().find("c.Name"), std::string::npos) << Sql();
+  EXPECT_EQ(changed.last().at(0).toString().toStdString(), Sql());
+  EXPECT_EQ(list->item(2)->checkState(), Qt::Unchecked);
+}
+
+TEST_F(Editing, AFieldDroppedOnAnotherBoxJoinsThem) {
+  Load("select * from Customers c, Orders o");
+  Box* customers = BoxOf("Customers c");
+  Box* orders = BoxOf("Orders o");
+  QSignalSpy changed(Builder.get(), &TqxQueryBuilder::sqlChanged);
+  auto* target = orders->GetFieldsList();
+  DragField(customers, 1, target->viewport()->mapToGlobal(RowCenter(orders, 2)));
+  EXPECT_EQ(changed.count(), 1);
+  EXPECT_NE(Sql().find("ON c.Id=o.CustomerId"), std::string::npos) << Sql();
+  EXPECT_FALSE(customers->GetFieldsList()->IsDragging());
+  ExpectBoxesMatchModel();
+}
+
+TEST_F(Editing, RefusedDropsChangeNothing) {
+  Load("select * from Customers c, Orders o");
+  Box* customers = BoxOf("Customers c");
+  Box* orders = BoxOf("Orders o");
+  auto* target = orders->GetFieldsList();
+  const std::string before = Sql();
+  std::map<std::string, QPoint> drops = {
+      {"the * row", target->viewport()->mapToGlobal(RowCenter(orders, 0))},
+      {"below the rows", target->viewport()->mapToGlobal(
+                             QPoint(10, target->visualItemRect(target->item(3)).bottom() + 2))},
+      {"the same box",
+       customers->GetFieldsList()->viewport()->mapToGlobal(RowCenter(customers, 2))},
+      {"the empty diagram", WorkArea()->Canvas()->mapToGlobal(QPoint(600, 300))},
+      {"the caption of the other box", orders->mapToGlobal(orders->CaptionRect().center())},
+  };
+  // Make room below the rows of the target so there is empty list space to drop on.
+  orders->ProposeGeometry(QRect(orders->pos(), orders->size() + QSize(0, 60)));
+  for (const auto& [where, point] : drops) {
+    DragField(customers, 1, point);
+    EXPECT_EQ(Sql(), before) << where;
+  }
+  // A drag from "*" is no field drag.
+  DragField(customers, 0, target->viewport()->mapToGlobal(RowCenter(orders, 2)));
+  EXPECT_EQ(Sql(), before);
+
+  // Fields of another union operand never meet: their boxes are on other diagrams.
+  TqxUnionSubQuery* second = nullptr;
+  TqxQueryBuilderPrivate::Run(Builder.get(), [&] {
+    second = Operand()->GetParentGroup()->Add();
+    second->AddObject("Items");
+  });
+  ASSERT_NE(second, nullptr);
+  Box* items = nullptr;
+  for (Box* box : Boxes())
+    if (box->GetDatasource()->GetUnionSubQuery() == second)
+      items = box;
+  ASSERT_NE(items, nullptr);
+  EXPECT_FALSE(items->GetFieldsList()->CanAcceptDrop(customers->GetFieldsList(), 1));
+  EXPECT_TRUE(target->CanAcceptDrop(customers->GetFieldsList(), 1));
+  EXPECT_FALSE(target->CanAcceptDrop(target, 1));
+}
+
+TEST_F(Editing, ADragStartsAtThreePixelsOnEitherAxis) {
+  Load("select * from Customers c");
+  Box* box = BoxOf("Customers c");
+  auto* list = box->GetFieldsList();
+  QWidget* viewport = list->viewport();
+  const QPoint start = RowCenter(box, 2);
+  struct Case {
+    QPoint move;
+    bool drags;
+  };
+  const Case cases[] = {{{2, 0}, false}, {{2, -2}, false}, {{0, 2}, false},
+                        {{3, 0}, true},  {{0, -3}, true},  {{-3, 2}, true}};
+  for (const Case& c : cases) {
+    QTest::mousePress(viewport, Qt::LeftButton, Qt::NoModifier, start);
+    EXPECT_EQ(list->GetPressPoint(), start);
+    MoveWithButton(viewport, start + c.move);
+    EXPECT_EQ(list->IsDragging(), c.drags) << c.move.x() << "," << c.move.y();
+    QTest::mouseRelease(viewport, Qt::LeftButton, Qt::NoModifier, start + c.move);
+    EXPECT_EQ(list->GetPressPoint(), QPoint(-1, -1));
+    EXPECT_FALSE(list->IsDragging());
+  }
+  EXPECT_EQ(Sql().find(" ON "), std::string::npos);
+}
+
+TEST_F(Editing, DeleteKeyAndCloseButtonRemoveTheDatasource) {
+  Load(
+      "select c.Name, o.OrderDate from Customers c inner join Orders o on c.Id = o.CustomerId "
+      "inner join Items i on o.Id = i.OrderId");
+  Box* orders = BoxOf("Orders o");
+  QTest::mouseClick(orders->GetFieldsList()->viewport(), Qt::LeftButton, Qt::NoModifier,
+                    RowCenter(orders, 1) + QPoint(30, 0));
+  EXPECT_EQ(WorkArea()->GetFocusedControl(), orders);
+  EXPECT_TRUE(orders->IsActive());
+  QTest::keyClick(orders->GetFieldsList(), Qt::Key_Delete, Qt::ShiftModifier);
+  EXPECT_NE(BoxOf("Orders o"), nullptr) << "Delete with a modifier is no delete";
+  QTest::keyClick(orders->GetFieldsList(), Qt::Key_Delete);
+  Settle();
+  EXPECT_EQ(BoxOf("Orders o"), nullptr);
+  EXPECT_EQ(Sql().find("Orders"), std::string::npos) << Sql();
+  EXPECT_EQ(Sql().find("OrderDate"), std::string::npos) << Sql();
+  ExpectBoxesMatchModel();
+
+  Box* items = BoxOf("Items i");
+  QTest::mouseClick(items, Qt::LeftButton, Qt::NoModifier, items->CloseButtonRect().center());
+  Settle();
+  EXPECT_EQ(BoxOf("Items i"), nullptr);
+  EXPECT_EQ(Sql().find("Items"), std::string::npos) << Sql();
+  ExpectBoxesMatchModel();
+}
+
+TEST_F(Editing, NothingChangesWhileSqlIsLoading) {
+  Load("select * from Customers c");
+  Box* box = BoxOf("Customers c");
+  const std::string before = Sql();
+  Builder->setSql("select * from Customers c");  // the same text: the model stays
+  ASSERT_TRUE(Builder->IsSQLLoading());
+  ClickCheck(box, 2);
+  QTest::keyClick(box->GetFieldsList(), Qt::Key_Delete);
+  EXPECT_EQ(box->GetFieldsList()->item(2)->checkState(), Qt::Unchecked);
+  Settle();
+  EXPECT_EQ(Sql(), before);
+  EXPECT_EQ(BoxOf("Customers c"), box);
+}
+
+TEST_F(Editing, BadInputLeavesTheDiagramAsItWas) {
+  Load("select c.Name from Customers c, Orders o");
+  const std::string before = Sql();
+  QSignalSpy errors(Builder.get(), &TqxQueryBuilder::sqlError);
+  std::string handled;
+  Builder->OnSQLError = [&](TqxBaseQueryBuilder*, const std::string&, const std::string& e) {
+    handled = e;
+  };
+  for (const char* text : {"select from where", "select * from (", "select ,,, from Customers",
+                           "\xff\xfe select", "select * from Customers c where c.Id = (select"}) {
+    Load(QString::fromLatin1(text));
+    EXPECT_EQ(Sql(), before) << text;
+    EXPECT_EQ(Boxes().size(), 2u) << text;
+  }
+  EXPECT_EQ(errors.count(), 5);
+  EXPECT_FALSE(handled.empty());
+  ExpectBoxesMatchModel();
+
+  // A table the metadata does not know still gets its box, with the "*" row.
+  Load("select c.Name from Nowhere n, Customers c");
+  Box* unknown = BoxOf("Nowhere n");
+  ASSERT_NE(unknown, nullptr);
+  EXPECT_EQ(unknown->GetFieldsList()->count(), 1);
+  ClickCheck(unknown, 0);
+  EXPECT_NE(Sql().find("n.*"), std::string::npos) << Sql();
+
+  // Blank text: one empty operand, no boxes.
+  Load("   ");
+  EXPECT_TRUE(Boxes().empty());
+  ExpectBoxesMatchModel();
+}
+
+TEST_F(Editing, MenusOfferTheModelsItemsAndRunThem) {
+  Load("select * from Customers c");
+  TqxQueryBuilderPrivate* d = TqxQueryBuilderPrivate::Of(Builder.get());
+  std::vector<QString> captions;
+  std::map<QString, std::pair<bool, bool>> states;  // enabled, bold
+  QString choose;
+  d->MenuExecutor = [&](QMenu& menu, const QPoint&) -> QAction* {
+    captions.clear();
+    QAction* chosen = nullptr;
+    std::function<void(QMenu&)> walk = [&](QMenu& m) {
+      for (QAction* action : m.actions()) {
+        if (action->isSeparator()) {
+          captions.push_back("-");
+          continue;
+        }
+        captions.push_back(action->text());
+        states[action->text()] = {action->isEnabled(), action->font().bold()};
+        if (action->text() == choose)
+          chosen = action;
+        if (action->menu() != nullptr)
+          walk(*action->menu());
+      }
+    };
+    walk(menu);
+    return chosen;
+  };
+
+  choose = "Add Subquery";
+  WorkArea()->ShowPopupMenu(QPoint(0, 0));
+  const std::vector<QString> expected = {
+      "Add Table", "Add Subquery", "Union", "New Union SubQuery", "Enclose With Brackets",
+      "Remove",    "Edit...",      "-",     "About Qorvex..."};
+  EXPECT_EQ(captions, expected);
+  EXPECT_TRUE(states["Edit..."].second) << "the default item is bold";
+  EXPECT_FALSE(states["Remove"].first) << "one operand cannot be removed";
+  EXPECT_TRUE(states["New Union SubQuery"].first);
+  EXPECT_EQ(Boxes().size(), 2u);
+  EXPECT_NE(Sql().find("(SELECT"), std::string::npos) << Sql();
+  EXPECT_EQ(Builder->findChild<TqxQueryBuiderPageControl*>()->count(), 2);
+  ExpectBoxesMatchModel();
+
+  choose = "Remove";
+  Box* customers = BoxOf("Customers c");
+  customers->ShowPopupMenu(QPoint(0, 0));
+  EXPECT_EQ(captions, (std::vector<QString>{"Remove", "Edit...", "-", "About Qorvex..."}));
+  Settle();
+  EXPECT_EQ(BoxOf("Customers c"), nullptr);
+  EXPECT_EQ(Sql().find("Customers"), std::string::npos);
+  ExpectBoxesMatchModel();
+  EXPECT_TRUE(AboutText().contains("Qorvex"));
+}
+
+TEST_F(Editing, TheBackgroundShowsTheChosenPattern) {
+  Load("select * from Customers");
+  QWidget* canvas = WorkArea()->Canvas();
+  // The commonest colour of a stretch of empty diagram is the fill of the pattern.
+  auto dominant = [&]() {
+    const QImage image = canvas->grab(QRect(300, 100, 200, 150)).toImage();
+    std::map<QRgb, int> counts;
+    for (int y = 0; y < image.height(); ++y)
+      for (int x = 0; x < image.width(); ++x)
+        ++counts[image.pixel(x, y) | 0xFF000000u];
+    return std::max_element(counts.begin(), counts.end(),
+                            [](auto& a, auto& b) { return a.second < b.second; })
+        ->first;
+  };
+  const std::pair<TqxBkImageDarkness, QRgb> cases[] = {{bgidWhite, qRgb(255, 255, 255)},
+                                                       {bgidLight, qRgb(224, 223, 227)},
+                                                       {bgidDark, qRgb(153, 153, 153)}};
+  for (const auto& [darkness, fill] : cases) {
+    Builder->SetBkImageDarkness(darkness);
+    EXPECT_EQ(dominant(), fill) << darkness;
+  }
+  // A user image: top-left once over BkColor, or tiled.
+  QPixmap image(40, 40);
+  image.fill(QColor(10, 120, 200));
+  Builder->setBkImage(image);
+  Builder->setBkColor(QColor(250, 240, 200));
+  Builder->SetBkImagePos(bkipTopLeft);
+  const QImage once = canvas->grab().toImage();
+  EXPECT_EQ(once.pixel(300, 20), qRgb(250, 240, 200));
+  EXPECT_EQ(QImage(canvas->grab(QRect(0, 0, 40, 40)).toImage()).pixel(5, 5), qRgb(10, 120, 200))
+      << "the image sits at the origin";
+  Builder->SetBkImagePos(bkipTile);
+  EXPECT_EQ(canvas->grab().toImage().pixel(300, 300), qRgb(10, 120, 200));
+
+  // TableColor is the ground of the field lists.
+  Builder->setTableColor(QColor(250, 250, 200));
+  Box* box = Boxes().front();
+  auto* list = box->GetFieldsList();
+  const QPoint inList = list->geometry().topLeft() + QPoint(list->width() - 3, 3);
+  EXPECT_EQ(box->grab().toImage().pixel(inList), qRgb(250, 250, 200));
+}
+
+}  // namespace
+}  // namespace qorvex::testing_gui
