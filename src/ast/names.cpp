@@ -285,6 +285,17 @@ TSQLFromSource* TSQLObjectColumn::FindColumnSource(const std::vector<TSQLFromSou
     return nullptr;
   std::size_t end = List.size();
   while (end > 0) {
+    // An indexed block answers through its field index.
+    if (const ast::TSQLFromSourceBlockIndex* index =
+            ast::TSQLFromSourceBlockIndex::Find(List, end)) {
+      const ast::TSQLFromSourceBlockIndex::FieldSources sources = index->SourcesWithField(name);
+      if (sources.Count == 1)
+        return sources.Last;
+      if (sources.Count > 1 || index->HasSourceWithoutFields())
+        return nullptr;
+      end = index->GetBegin() > 0 ? index->GetBegin() - 1 : 0;
+      continue;
+    }
     std::size_t begin = end;
     while (begin > 0 && List[begin - 1] != nullptr)
       --begin;
@@ -425,6 +436,35 @@ const std::vector<std::size_t>* TSQLFromSourceBlockIndex::ByAlias(const std::str
 const std::vector<std::size_t>* TSQLFromSourceBlockIndex::ByObject(const std::string& Key) const {
   auto it = Objects_.find(Key);
   return it != Objects_.end() ? &it->second : nullptr;
+}
+
+TSQLFromSourceBlockIndex::FieldSources TSQLFromSourceBlockIndex::SourcesWithField(
+    std::string_view Name) const {
+  if (!FieldsBuilt_) {
+    for (std::size_t i = Begin_; i < End_; ++i) {
+      TSQLFromSource* source = (*List_)[i];
+      if (source->Fields.empty())
+        SourceWithoutFields_ = true;
+      // A source counts once however often it lists a name.
+      std::unordered_map<std::string, bool> seen;
+      for (const std::string& field : source->Fields) {
+        std::string key = Key(field);
+        if (!seen.emplace(key, true).second)
+          continue;
+        FieldSources& entry = Fields_[std::move(key)];
+        ++entry.Count;
+        entry.Last = source;
+      }
+    }
+    FieldsBuilt_ = true;
+  }
+  auto it = Fields_.find(Key(Name));
+  return it != Fields_.end() ? it->second : FieldSources{};
+}
+
+bool TSQLFromSourceBlockIndex::HasSourceWithoutFields() const {
+  SourcesWithField({});
+  return SourceWithoutFields_;
 }
 
 std::string TSQLFromSourceBlockIndex::Key(std::string_view Part) {

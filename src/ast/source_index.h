@@ -39,6 +39,16 @@ class TSQLFromSourceBlockIndex {
   const std::vector<std::size_t>* ByAlias(const std::string& Key) const;
   const std::vector<std::size_t>* ByObject(const std::string& Key) const;
 
+  // The sources of the block that have a field of this name (compared ignoring ASCII
+  // case), each once: how many there are and the last of them. Built on first use.
+  struct FieldSources {
+    int Count = 0;
+    TSQLFromSource* Last = nullptr;
+  };
+  FieldSources SourcesWithField(std::string_view Name) const;
+  // Whether a source of the block has no known fields.
+  bool HasSourceWithoutFields() const;
+
   // The key of a name part.
   static std::string Key(std::string_view Part);
 
@@ -52,6 +62,9 @@ class TSQLFromSourceBlockIndex {
   bool Registered_ = false;
   std::unordered_map<std::string, std::vector<std::size_t>> Aliases_;
   std::unordered_map<std::string, std::vector<std::size_t>> Objects_;
+  mutable bool FieldsBuilt_ = false;
+  mutable bool SourceWithoutFields_ = false;
+  mutable std::unordered_map<std::string, FieldSources> Fields_;
 };
 
 }  // namespace ast
