@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
+#include "ast/source_index.h"
 #include "model/model_nodes.h"
 #include "model/model_util.h"
 #include "qorvex/ast/expressions.h"
@@ -1458,39 +1460,76 @@ void TqxSelectList::LoadGroupByListFromAST(std::unique_ptr<TSQLGroupByList> Grou
 void TqxSelectList::LoadOrderByListFromAST(std::unique_ptr<TSQLOrderByClause> OrderBy) {
   if (!OrderBy)
     return;
-  while (OrderBy->GetCount() > 0) {
-    std::unique_ptr<TSQLOrderByItem> entry = Downcast<TSQLOrderByItem>(OrderBy->Extract(0));
+  // The rows a term can find are indexed once: output rows by alias and by number, and
+  // rows with an expression by its upper-case text, output rows and the others apart,
+  // each in grid order. Rows added here are sorted at once, so they are never found.
+  std::unordered_set<const TqxSelectItem*> sorted(Sorted_.begin(), Sorted_.end());
+  std::unordered_map<std::string, TqxSelectItem*> byAlias;
+  std::vector<TqxSelectItem*> outputs;  // numbered output rows, up to the first star
+  bool starSeen = false;
+  struct Candidates {
+    std::vector<TqxSelectItem*> Rows[2];  // [0] output rows, [1] the others
+    std::size_t Next[2] = {0, 0};         // rows before Next are sorted
+  };
+  std::unordered_map<std::string, Candidates> byText;
+  for (const auto& item : Items_) {
+    if (IsOutputRow(*item)) {
+      byAlias.emplace(model::UpperCase(item->GetAlias()), item.get());
+      starSeen = starSeen || IsStar(*item);
+      if (!starSeen)
+        outputs.push_back(item.get());
+    }
+    if (item->GetExpressionItem() != nullptr)
+      byText[model::UpperCase(item->GetExpression()->GetSimpleSQL())]
+          .Rows[item->GetSelect() ? 0 : 1]
+          .push_back(item.get());
+  }
+  // The statement's ORDER BY stands outside every SELECT block; its names belong to this
+  // operand's sources, gathered once.
+  std::vector<TSQLFromSource*> sources;
+  if (UnionSubQuery_ != nullptr)
+    UnionSubQuery_->GetVisibleSources(sources);
+  std::size_t block = sources.size();
+  while (block > 0 && sources[block - 1] != nullptr)
+    --block;
+  const ast::TSQLFromSourceBlockIndex sourceIndex(sources, block);
+
+  // Taken out from the back (each removal is then cheap) and loaded in order.
+  std::vector<std::unique_ptr<TastNode>> entries;
+  entries.reserve(static_cast<std::size_t>(OrderBy->GetCount()));
+  while (OrderBy->GetCount() > 0)
+    entries.push_back(OrderBy->Extract(OrderBy->GetCount() - 1));
+  for (auto it = entries.rbegin(); it != entries.rend(); ++it) {
+    std::unique_ptr<TSQLOrderByItem> entry = Downcast<TSQLOrderByItem>(std::move(*it));
     if (!entry || entry->GetExpression() == nullptr)
       continue;
     std::unique_ptr<TSQLExpressionItem> expression = entry->ExtractExpression();
     TqxSelectItem* row = nullptr;
     if (const TSQLObjectColumn* column = BareName(expression.get())) {
-      for (const auto& item : Items_) {
-        if (IsOutputRow(*item) && model::SameText(item->GetAlias(), column->GetObjName())) {
-          row = item.get();
-          break;
-        }
-      }
+      auto found = byAlias.find(model::UpperCase(column->GetObjName()));
+      if (found != byAlias.end())
+        row = found->second;
     } else if (const long long position = IntegerLiteral(expression.get())) {
-      row = GetOutputRow(position);
+      if (position <= static_cast<long long>(outputs.size()))
+        row = outputs[static_cast<std::size_t>(position - 1)];
     }
     if (row == nullptr) {
-      // The statement's ORDER BY stands outside every SELECT block; its names belong to
-      // this operand's sources.
       if (UnionSubQuery_ != nullptr)
-        UnionSubQuery_->BindNames(*expression);
-      for (int pass = 0; pass < 2 && row == nullptr; ++pass) {
-        for (const auto& item : Items_) {
-          if ((pass == 0) == item->GetSelect() && item->GetExpressionItem() != nullptr &&
-              item->GetSortOrder() == 0 &&
-              model::SameNodeText(item->GetExpression(), expression.get())) {
-            row = item.get();
-            break;
-          }
+        expression->FixupObjects(sources);
+      auto found = byText.find(model::UpperCase(expression->GetSimpleSQL()));
+      if (found != byText.end()) {
+        Candidates& candidates = found->second;
+        for (int pass = 0; pass < 2 && row == nullptr; ++pass) {
+          const std::vector<TqxSelectItem*>& rows = candidates.Rows[pass];
+          std::size_t& next = candidates.Next[pass];
+          while (next < rows.size() && sorted.count(rows[next]) != 0)
+            ++next;
+          if (next < rows.size())
+            row = rows[next];
         }
       }
     }
-    if (row != nullptr && row->GetSortOrder() != 0) {
+    if (row != nullptr && sorted.count(row) != 0) {
       if (row->GetExpressionItem() == nullptr)
         continue;
       expression = CloneNode(*row->GetExpressionItem());
@@ -1503,6 +1542,7 @@ void TqxSelectList::LoadOrderByListFromAST(std::unique_ptr<TSQLOrderByClause> Or
     }
     row->SortType_ = entry->Descending ? stDesc : stAsc;
     Sorted_.push_back(row);
+    sorted.insert(row);
     NotifySQLUpdated();
   }
 }

@@ -307,6 +307,70 @@ TEST_F(SelectListTest, SortingRowsWritesOrderBy) {
   EXPECT_EQ(SQL(), "SELECT Count(*) AS n, t.a FROM t GROUP BY t.a ORDER BY n DESC, t.a, t.b");
 }
 
+// The grid's rows in order, each as its expression, "-" when it is not output, and
+// "#order" with " desc" when it sorts.
+std::string SortedGrid(const TqxSelectList& List) {
+  std::string text;
+  for (int i = 0; i < List.GetCount(); ++i) {
+    const TqxSelectItem& row = *List.GetItems(i);
+    if (row.IsEmpty())
+      continue;
+    text += (text.empty() ? "" : "; ") + row.GetExpressionText() + (row.GetSelect() ? "" : " -");
+    if (row.GetSortOrder() > 0)
+      text +=
+          " #" + std::to_string(row.GetSortOrder()) + (row.GetSortType() == stDesc ? " desc" : "");
+  }
+  return text;
+}
+
+// Terms that find the same rows several times: rows of an equal expression are taken in
+// grid order, output rows first, each once; a term meeting only sorted rows gets a row
+// of its own; an alias or a number may name a row an earlier term sorted.
+TEST_F(SelectListTest, OrderByTermsTakeEqualRowsOnce) {
+  struct Case {
+    const char* SQL;
+    const char* Grid;
+  };
+  const Case cases[] = {
+      {"SELECT t.a, t.a AS k, t.b FROM t WHERE t.c > 1 "
+       "ORDER BY T.A, t.a, t.a, t.c, t.c DESC, K, 3, 2",
+       "t.a #1; t.a #2; t.b #7; t.c - #4; t.a - #3; t.c - #5 desc; t.a - #6; t.a - #8"},
+      // Aliases are found ignoring case, the first in the grid.
+      {"SELECT t.b AS x, t.a AS X, t.c FROM t ORDER BY x DESC, X, 2, 1, 3, 4",
+       "t.b #1 desc; t.a #3; t.c #5; t.b - #2; t.b - #4; 4 - #6"},
+      // A star stops the numbering of output columns.
+      {"SELECT *, t.a FROM t ORDER BY 2, 1, t.a, t.A DESC",
+       "*; t.a #3; 2 - #1; 1 - #2; t.A - #4 desc"},
+      {"SELECT t.a FROM t WHERE t.b = 1 OR t.b = 2 ORDER BY t.b, t.a, t.b, 1",
+       "t.a #2; t.b - #1; t.b - #3; t.a - #4"},
+  };
+
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.SQL);
+    Load(c.SQL);
+    EXPECT_EQ(SortedGrid(*List()), c.Grid);
+    const std::string written = SQL();
+    Load(written);
+    EXPECT_EQ(SQL(), written) << "not stable";
+  }
+  // A long list: every term sorts exactly one row.
+  std::string terms;
+  const int n = 200;
+  for (int i = 1; i <= n; ++i)
+    terms += std::string(i > 1 ? ", " : "") + (i % 4 == 0   ? "t.a + " + std::to_string(i)
+                                               : i % 4 == 1 ? "t.b DESC"
+                                               : i % 4 == 2 ? "k"
+                                                            : std::to_string(i % 3 + 1));
+  Load("SELECT t.a, t.b AS k, t.c FROM t ORDER BY " + terms);
+  int sorted = 0;
+  for (int i = 0; i < List()->GetCount(); ++i)
+    sorted += Row(i)->GetSortOrder() > 0 ? 1 : 0;
+  EXPECT_EQ(sorted, n);
+  const std::string written = SQL();
+  Load(written);
+  EXPECT_EQ(SQL(), written);
+}
+
 TEST_F(SelectListTest, TickingAndUntickingFields) {
   Load("");
   TqxDatasource* t = Operand()->AddObject("t");
