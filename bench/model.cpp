@@ -177,6 +177,31 @@ std::string JoinedTables(int N) {
   return sql;
 }
 
+// select c0, c1 as x from t1 order by c0 + 1, t1.c1 * 2 desc, x, c2, c0 + 5, ...: new
+// expressions, an output alias and repeated terms, each sorting a row.
+std::string OrderByTerms(int N) {
+  std::string sql = "select c0, c1 as x from t1 order by ";
+  for (int i = 1; i <= N; ++i) {
+    if (i > 1)
+      sql += ", ";
+    switch (i % 4) {
+      case 0:
+        sql += "c0 + " + std::to_string(i);
+        break;
+      case 1:
+        sql += "t1.c1 * " + std::to_string(i) + " desc";
+        break;
+      case 2:
+        sql += "x";
+        break;
+      default:
+        sql += "c2";
+        break;
+    }
+  }
+  return sql;
+}
+
 using Generator = std::string (*)(int);
 
 void SetGrowthRange(benchmark::internal::Benchmark* B) {
@@ -202,6 +227,7 @@ void BM_Load(benchmark::State& state, Generator Make) {
 BENCHMARK_CAPTURE(BM_Load, UnionOperands, UnionOperands)->Apply(SetGrowthRange);
 BENCHMARK_CAPTURE(BM_Load, CommaTables, CommaTables)->Apply(SetGrowthRange);
 BENCHMARK_CAPTURE(BM_Load, JoinedTables, JoinedTables)->Apply(SetGrowthRange);
+BENCHMARK_CAPTURE(BM_Load, OrderByTerms, OrderByTerms)->Apply(SetGrowthRange);
 
 // Writing the loaded model back as SQL text (a fresh statement copy, then the text).
 void BM_Write(benchmark::State& state, Generator Make) {
@@ -217,6 +243,7 @@ void BM_Write(benchmark::State& state, Generator Make) {
 BENCHMARK_CAPTURE(BM_Write, UnionOperands, UnionOperands)->Apply(SetGrowthRange);
 BENCHMARK_CAPTURE(BM_Write, CommaTables, CommaTables)->Apply(SetGrowthRange);
 BENCHMARK_CAPTURE(BM_Write, JoinedTables, JoinedTables)->Apply(SetGrowthRange);
+BENCHMARK_CAPTURE(BM_Write, OrderByTerms, OrderByTerms)->Apply(SetGrowthRange);
 
 // One datasource added to (or removed from) a FROM list of N tables, with the change
 // report that has the SQL builder write the whole statement again.
