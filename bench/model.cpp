@@ -2,6 +2,9 @@
 // Loading parses the text, asks the metadata for every table's fields and foreign keys,
 // and builds the model; regenerating after one edit is what the designer does on every
 // change (the SQL builder takes a fresh copy of the statement and writes it).
+//
+// The BigO families load, write and edit statements of N union operands, N tables in a
+// comma list and N joined tables; each should grow linearly with N.
 #include <benchmark/benchmark.h>
 
 #include <memory>
@@ -49,7 +52,11 @@ void Describe(TqxEventMetadataProvider& Metadata) {
   };
   Metadata.OnGetTableRelations = [](TqxEventMetadataProvider*, const TSQLDatabaseObject& Table,
                                     TSQLMetadataRelations& Relations) {
-    const int n = std::stoi(Table.GetObjName().substr(1));
+    const std::string name = Table.GetObjName();
+    if (name.size() < 2 || name[0] != 't' ||
+        name.find_first_not_of("0123456789", 1) != std::string::npos)
+      return;
+    const int n = std::stoi(name.substr(1));
     auto add = [&](int Child, int Parent) {
       if (Child < 1 || Parent < 0 || Child >= kTables)
         return;
@@ -137,5 +144,158 @@ void BM_CriteriaEditAndText(benchmark::State& state) {
   benchmark::DoNotOptimize(length);
 }
 BENCHMARK(BM_CriteriaEditAndText)->Unit(benchmark::kMillisecond);
+
+// ---- growth with the size of the statement
+
+// select a from t1 union all select a from t2 ...
+std::string UnionOperands(int N) {
+  std::string sql;
+  for (int i = 1; i <= N; ++i) {
+    if (i > 1)
+      sql += " union all ";
+    sql += "select a from t" + std::to_string(i);
+  }
+  return sql;
+}
+
+// select * from t1, t2, ..., tN
+std::string CommaTables(int N) {
+  std::string sql = "select * from t1";
+  for (int i = 2; i <= N; ++i)
+    sql += ", t" + std::to_string(i);
+  return sql;
+}
+
+// select * from t1 join t2 on t1.a = t2.a join t3 on t2.a = t3.a ...
+std::string JoinedTables(int N) {
+  std::string sql = "select * from t1";
+  for (int i = 2; i <= N; ++i) {
+    const std::string left = "t" + std::to_string(i - 1);
+    const std::string right = "t" + std::to_string(i);
+    sql += " join " + right + " on " + left + ".a = " + right + ".a";
+  }
+  return sql;
+}
+
+// select c0, c1 as x from t1 order by c0 + 1, t1.c1 * 2 desc, x, c2, c0 + 5, ...: new
+// expressions, an output alias and repeated terms, each sorting a row.
+std::string OrderByTerms(int N) {
+  std::string sql = "select c0, c1 as x from t1 order by ";
+  for (int i = 1; i <= N; ++i) {
+    if (i > 1)
+      sql += ", ";
+    switch (i % 4) {
+      case 0:
+        sql += "c0 + " + std::to_string(i);
+        break;
+      case 1:
+        sql += "t1.c1 * " + std::to_string(i) + " desc";
+        break;
+      case 2:
+        sql += "x";
+        break;
+      default:
+        sql += "c2";
+        break;
+    }
+  }
+  return sql;
+}
+
+using Generator = std::string (*)(int);
+
+void SetGrowthRange(benchmark::internal::Benchmark* B) {
+  B->RangeMultiplier(4)->Range(128, 8192)->Unit(benchmark::kMillisecond)->Complexity();
+}
+
+// Assigning the statement and delivering the load message.
+void BM_Load(benchmark::State& state, Generator Make) {
+  const int n = static_cast<int>(state.range(0));
+  const std::string sql = Make(n);
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto setup = std::make_unique<Setup>();
+    state.ResumeTiming();
+    setup->Load(sql);
+    benchmark::DoNotOptimize(setup->Builder.GetQuery());
+    state.PauseTiming();
+    setup.reset();
+    state.ResumeTiming();
+  }
+  state.SetComplexityN(n);
+}
+BENCHMARK_CAPTURE(BM_Load, UnionOperands, UnionOperands)->Apply(SetGrowthRange);
+BENCHMARK_CAPTURE(BM_Load, CommaTables, CommaTables)->Apply(SetGrowthRange);
+BENCHMARK_CAPTURE(BM_Load, JoinedTables, JoinedTables)->Apply(SetGrowthRange);
+BENCHMARK_CAPTURE(BM_Load, OrderByTerms, OrderByTerms)->Apply(SetGrowthRange);
+
+// Writing the loaded model back as SQL text (a fresh statement copy, then the text).
+void BM_Write(benchmark::State& state, Generator Make) {
+  const int n = static_cast<int>(state.range(0));
+  Setup setup;
+  setup.Load(Make(n));
+  std::size_t length = 0;
+  for (auto _ : state)
+    length += setup.Builder.GetSQL().size();
+  benchmark::DoNotOptimize(length);
+  state.SetComplexityN(n);
+}
+BENCHMARK_CAPTURE(BM_Write, UnionOperands, UnionOperands)->Apply(SetGrowthRange);
+BENCHMARK_CAPTURE(BM_Write, CommaTables, CommaTables)->Apply(SetGrowthRange);
+BENCHMARK_CAPTURE(BM_Write, JoinedTables, JoinedTables)->Apply(SetGrowthRange);
+BENCHMARK_CAPTURE(BM_Write, OrderByTerms, OrderByTerms)->Apply(SetGrowthRange);
+
+// One datasource added to (or removed from) a FROM list of N tables, with the change
+// report that has the SQL builder write the whole statement again.
+void BM_AddDatasource(benchmark::State& state, Generator Make) {
+  const int n = static_cast<int>(state.range(0));
+  Setup setup;
+  setup.Load(Make(n));
+  TqxUnionSubQuery* operand = setup.Builder.GetQuery()->GetFirstOperand();
+  for (auto _ : state) {
+    TqxDataSourceObject* ds = operand->AddObject("added");
+    state.PauseTiming();
+    operand->RemoveDatasource(ds);
+    state.ResumeTiming();
+  }
+  state.SetComplexityN(n);
+}
+BENCHMARK_CAPTURE(BM_AddDatasource, CommaTables, CommaTables)->Apply(SetGrowthRange);
+BENCHMARK_CAPTURE(BM_AddDatasource, JoinedTables, JoinedTables)->Apply(SetGrowthRange);
+
+void BM_RemoveDatasource(benchmark::State& state, Generator Make) {
+  const int n = static_cast<int>(state.range(0));
+  Setup setup;
+  setup.Load(Make(n));
+  TqxUnionSubQuery* operand = setup.Builder.GetQuery()->GetFirstOperand();
+  for (auto _ : state) {
+    state.PauseTiming();
+    TqxDataSourceObject* ds = operand->AddObjectWithFK("added");
+    operand->AddLink(operand->GetDatasources()[static_cast<std::size_t>(n / 2)], "a", ds, "a");
+    state.ResumeTiming();
+    operand->RemoveDatasource(ds);
+  }
+  state.SetComplexityN(n);
+}
+BENCHMARK_CAPTURE(BM_RemoveDatasource, CommaTables, CommaTables)->Apply(SetGrowthRange);
+BENCHMARK_CAPTURE(BM_RemoveDatasource, JoinedTables, JoinedTables)->Apply(SetGrowthRange);
+
+// A field ticked on the middle table and unticked again.
+void BM_AddField(benchmark::State& state, Generator Make) {
+  const int n = static_cast<int>(state.range(0));
+  Setup setup;
+  setup.Load(Make(n));
+  TqxUnionSubQuery* operand = setup.Builder.GetQuery()->GetFirstOperand();
+  TqxDatasource* middle = operand->GetDatasources()[static_cast<std::size_t>(n / 2)];
+  for (auto _ : state) {
+    operand->GetSelectList()->AddField(middle, "c0");
+    state.PauseTiming();
+    operand->GetSelectList()->RemoveFields(middle, "c0");
+    state.ResumeTiming();
+  }
+  state.SetComplexityN(n);
+}
+BENCHMARK_CAPTURE(BM_AddField, CommaTables, CommaTables)->Apply(SetGrowthRange);
+BENCHMARK_CAPTURE(BM_AddField, JoinedTables, JoinedTables)->Apply(SetGrowthRange);
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include <ostream>
 #include <sstream>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -140,7 +141,7 @@ std::string CardinalityName(TqxQueryBuilderLinkCardinality c) {
 // How a datasource joins the one before it: its join kind, "," or nothing for a first.
 std::string JoinText(const TqxDatasourceBase& DS) {
   const TqxDatasourceGroup* group = DS.GetGroup();
-  if (group != nullptr && group->IndexOf(&DS) == 0)
+  if (group != nullptr && group->GetCount() > 0 && group->GetItems(0) == &DS)
     return "first";
   if (const TSQLJoinKind* kind = DS.GetJoinKind()) {
     std::string text = kind->GetSimpleSQL();
@@ -165,12 +166,21 @@ using MetadataErrors = std::vector<std::pair<const TqxDatasource*, std::string>>
 class SummaryWriter {
  public:
   SummaryWriter(std::ostream& Out, TqxBaseQueryBuilder& Builder, const MetadataErrors& Errors)
-      : Out_(Out), Builder_(Builder), Errors_(Errors) {}
+      : Out_(Out), Builder_(Builder) {
+    for (const auto& [source, message] : Errors)
+      Errors_[source].push_back(message);
+  }
 
   void Write() {
     for (int i = 0; i < Builder_.GetSubQueriesCount(); ++i) {
       TqxSubQuery* query = Builder_.GetSubQueries(i);
       Line(0, "query " + Quote(Builder_.GetTabHeaderText(query)));
+      // The operands' names, as GetName gives them, numbered once per query.
+      std::vector<TqxUnionSubQuery*> operands;
+      query->GetUnionGroup()->GetOperands(operands);
+      OperandNames_.clear();
+      for (std::size_t n = 0; n < operands.size(); ++n)
+        OperandNames_.emplace(operands[n], "Q" + std::to_string(n + 1));
       WriteGroup(*query->GetUnionGroup(), 1);
     }
   }
@@ -187,7 +197,7 @@ class SummaryWriter {
           i == 0 ? std::string() : " operator " + Quote(item->GetUnionOperator());
       if (const auto* operand = dynamic_cast<const TqxUnionSubQuery*>(item)) {
         Line(Depth,
-             "operand " + operand->GetName() + op + (operand->GetDistinct() ? " distinct" : ""));
+             "operand " + OperandName(*operand) + op + (operand->GetDistinct() ? " distinct" : ""));
         WriteOperand(*operand, Depth + 1);
       } else if (const auto* group = dynamic_cast<const TqxUnionGroup*>(item)) {
         Line(Depth, "group" + op);
@@ -211,8 +221,8 @@ class SummaryWriter {
         text += " alias " + Quote(leaf->GetAlias()) + " join " + Quote(JoinText(*ds));
         text += " fields " + std::to_string(leaf->GetFields().size());
         Line(Depth, text);
-        for (const auto& [source, message] : Errors_) {
-          if (source == leaf)
+        if (auto errors = Errors_.find(leaf); errors != Errors_.end()) {
+          for (const std::string& message : errors->second)
             Line(Depth + 1, "metadata error " + Quote(message));
         }
       } else if (const auto* group = dynamic_cast<const TqxDatasourceGroup*>(ds)) {
@@ -266,9 +276,16 @@ class SummaryWriter {
     }
   }
 
+  std::string OperandName(const TqxUnionSubQuery& Operand) const {
+    auto it = OperandNames_.find(&Operand);
+    return it != OperandNames_.end() ? it->second : Operand.GetName();
+  }
+
   std::ostream& Out_;
   TqxBaseQueryBuilder& Builder_;
-  const MetadataErrors& Errors_;
+  // The errors grouped by datasource, each group in the order they came.
+  std::unordered_map<const TqxDatasource*, std::vector<std::string>> Errors_;
+  std::unordered_map<const TqxUnionSubQuery*, std::string> OperandNames_;
 };
 
 int RunModel(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {

@@ -317,8 +317,13 @@ std::unique_ptr<TSQLExpressionItem> SimplifyLogicalExpression(
         opposite = NewNode<TSQLExpressionOr>(provider);
       else
         opposite = NewNode<TSQLExpressionAnd>(provider);
-      while (collection->Count() > 0) {
-        std::unique_ptr<TSQLExpressionItem> item = collection->Extract(0);
+      // Taken out from the back (each removal is then cheap) and negated in order.
+      std::vector<std::unique_ptr<TSQLExpressionItem>> items;
+      items.reserve(static_cast<std::size_t>(collection->Count()));
+      while (collection->Count() > 0)
+        items.push_back(collection->Extract(collection->Count() - 1));
+      for (auto it = items.rbegin(); it != items.rend(); ++it) {
+        std::unique_ptr<TSQLExpressionItem> item = std::move(*it);
         if (!item)
           continue;
         // NOT binds tighter than AND and OR: a collection operand keeps its meaning only
@@ -340,15 +345,19 @@ std::unique_ptr<TSQLExpressionItem> SimplifyLogicalExpression(
     return E;
 
   // 5. Simplify every item, last to first; splice in nested collections of the same class.
-  for (int i = collection->Count() - 1; i >= 0; --i) {
-    std::unique_ptr<TSQLExpressionItem> item = SimplifyLogicalExpression(collection->Extract(i));
+  // The items are taken out from the back and the result is gathered back to front, so
+  // that a long collection is not shifted once per item.
+  std::vector<std::unique_ptr<TSQLExpressionItem>> reversed;  // the result, last first
+  reversed.reserve(static_cast<std::size_t>(collection->Count()));
+  while (collection->Count() > 0) {
+    std::unique_ptr<TSQLExpressionItem> item =
+        SimplifyLogicalExpression(collection->Extract(collection->Count() - 1));
     if (!item)
       continue;
     if (&item->ClassType() == &collection->ClassType()) {
       auto* nested = static_cast<TSQLExpressionLogicalCollection*>(item.get());
-      int at = i;
       while (nested->Count() > 0)
-        collection->Insert(at++, nested->Extract(0));
+        reversed.push_back(nested->Extract(nested->Count() - 1));
       continue;
     }
     // Only an AND may stand unbracketed inside an OR; any other collection that the steps
@@ -356,8 +365,10 @@ std::unique_ptr<TSQLExpressionItem> SimplifyLogicalExpression(
     if (IsCollection(item.get()) && !(dynamic_cast<TSQLExpressionAnd*>(item.get()) != nullptr &&
                                       dynamic_cast<TSQLExpressionOr*>(collection) != nullptr))
       item = InBrackets(std::move(item));
-    collection->Insert(i, std::move(item));
+    reversed.push_back(std::move(item));
   }
+  for (auto it = reversed.rbegin(); it != reversed.rend(); ++it)
+    collection->Add(std::move(*it));
 
   // 6. An empty collection disappears.
   if (collection->Count() == 0)

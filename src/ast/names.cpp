@@ -1,8 +1,10 @@
 #include "qorvex/ast/names.h"
 
 #include <string>
+#include <unordered_map>
 
 #include "ast/node_util.h"
+#include "ast/source_index.h"
 #include "ast/syntax_provider_text.h"
 #include "qorvex/ast/builder.h"
 #include "qorvex/ast/from.h"
@@ -173,12 +175,25 @@ std::string TSQLDatabaseObject::DumpDetails() const {
 TSQLFromSource* TSQLDatabaseObject::FindFromSource(const std::vector<TSQLFromSource*>& List) const {
   if (Count() == 0 || GetSyntaxProvider() == nullptr)
     return nullptr;
+  // The part that names the source in an indexed block: a column's qualifier, else the
+  // name itself. Without one (an empty part) every source is compared.
+  const int part = dynamic_cast<const TSQLObjectColumn*>(this) != nullptr ? 1 : 0;
+  const std::string key =
+      part < Count() ? ast::TSQLFromSourceBlockIndex::Key(GetNames(part)) : std::string();
   // Blocks from the top of the stack down; a null entry opens a block.
   std::size_t end = List.size();
   while (end > 0) {
-    std::size_t begin = end;
-    while (begin > 0 && List[begin - 1] != nullptr)
+    // An indexed block knows where it begins.
+    const ast::TSQLFromSourceBlockIndex* index = ast::TSQLFromSourceBlockIndex::Find(List, end);
+    std::size_t begin = index != nullptr ? index->GetBegin() : end;
+    while (index == nullptr && begin > 0 && List[begin - 1] != nullptr)
       --begin;
+    if (index != nullptr && !key.empty()) {
+      if (TSQLFromSource* found = FindInIndex(List, *index, key))
+        return found;
+      end = begin > 0 ? begin - 1 : 0;
+      continue;
+    }
     for (std::size_t i = begin; i < end; ++i) {
       if (MatchesAlias(*List[i]))
         return List[i];
@@ -189,6 +204,26 @@ TSQLFromSource* TSQLDatabaseObject::FindFromSource(const std::vector<TSQLFromSou
         return List[i];
     }
     end = begin > 0 ? begin - 1 : 0;
+  }
+  return nullptr;
+}
+
+TSQLFromSource* TSQLDatabaseObject::FindInIndex(const std::vector<TSQLFromSource*>& List,
+                                                const ast::TSQLFromSourceBlockIndex& Index,
+                                                const std::string& Key) const {
+  // The same order as a direct search: alias matches, then object matches of sources
+  // without an alias (an aliased source answers only to its alias); each in list order.
+  if (const std::vector<std::size_t>* positions = Index.ByAlias(Key)) {
+    for (std::size_t i : *positions) {
+      if (MatchesAlias(*List[i]))
+        return List[i];
+    }
+  }
+  if (const std::vector<std::size_t>* positions = Index.ByObject(Key)) {
+    for (std::size_t i : *positions) {
+      if (List[i]->GetAlias() == nullptr && MatchesObject(*List[i]))
+        return List[i];
+    }
   }
   return nullptr;
 }
@@ -250,6 +285,17 @@ TSQLFromSource* TSQLObjectColumn::FindColumnSource(const std::vector<TSQLFromSou
     return nullptr;
   std::size_t end = List.size();
   while (end > 0) {
+    // An indexed block answers through its field index.
+    if (const ast::TSQLFromSourceBlockIndex* index =
+            ast::TSQLFromSourceBlockIndex::Find(List, end)) {
+      const ast::TSQLFromSourceBlockIndex::FieldSources sources = index->SourcesWithField(name);
+      if (sources.Count == 1)
+        return sources.Last;
+      if (sources.Count > 1 || index->HasSourceWithoutFields())
+        return nullptr;
+      end = index->GetBegin() > 0 ? index->GetBegin() - 1 : 0;
+      continue;
+    }
     std::size_t begin = end;
     while (begin > 0 && List[begin - 1] != nullptr)
       --begin;
@@ -295,21 +341,141 @@ bool TSQLObjectColumn::MatchesObject(const TSQLFromSource& Source) const {
 
 // ---------------------------------------------------------------------------------------
 
-void RemapFromSourceReferences(TastExtender& Root, const TSQLFromSourceMap& Map) {
-  if (Map.empty())
-    return;
+namespace {
+// Rebinds the names under Root; Lookup gives a source's new source, or null.
+template <class LookupFn>
+void Remap(TastExtender& Root, const LookupFn& Lookup) {
   if (auto* object = dynamic_cast<TSQLDatabaseObject*>(&Root)) {
-    for (const auto& [from, to] : Map) {
-      if (object->GetFromSource() == from) {
-        object->SetFromSource(to);
-        break;
-      }
-    }
+    if (TSQLFromSource* to = Lookup(object->GetFromSource()))
+      object->SetFromSource(to);
   }
   std::vector<TastExtender*> children;
   Root.GetMyChildren(children);
   for (TastExtender* child : children)
-    RemapFromSourceReferences(*child, Map);
+    Remap(*child, Lookup);
 }
+}  // namespace
+
+void RemapFromSourceReferences(TastExtender& Root, const TSQLFromSourceMap& Map) {
+  if (Map.empty())
+    return;
+  // The first pair of a source counts. A few pairs are searched in place; a statement
+  // copy maps every one of its sources and is looked up by hash.
+  if (Map.size() <= 8) {
+    Remap(Root, [&](const TSQLFromSource* From) -> TSQLFromSource* {
+      for (const auto& [from, to] : Map) {
+        if (from == From)
+          return to;
+      }
+      return nullptr;
+    });
+    return;
+  }
+  std::unordered_map<const TSQLFromSource*, TSQLFromSource*> lookup;
+  lookup.reserve(Map.size());
+  for (const auto& [from, to] : Map)
+    lookup.emplace(from, to);
+  Remap(Root, [&](const TSQLFromSource* From) -> TSQLFromSource* {
+    auto it = lookup.find(From);
+    return it != lookup.end() ? it->second : nullptr;
+  });
+}
+
+// ---------------------------------------------------------------------------------------
+// ast::TSQLFromSourceBlockIndex
+
+namespace ast {
+
+namespace {
+// The indexes in force on this thread, innermost last.
+thread_local std::vector<const TSQLFromSourceBlockIndex*> ActiveIndexes;
+}  // namespace
+
+TSQLFromSourceBlockIndex::TSQLFromSourceBlockIndex(const std::vector<TSQLFromSource*>& List,
+                                                   std::size_t Begin)
+    : List_(&List), Begin_(Begin), End_(List.size()) {
+  if (End_ < Begin_ + kMinSources || (Begin_ > 0 && List[Begin_ - 1] != nullptr))
+    return;
+  for (std::size_t i = Begin_; i < End_; ++i) {
+    const TSQLFromSource* source = List[i];
+    if (source == nullptr)
+      return;  // not one block: left unindexed
+    if (const TSQLAlias* alias = source->GetAlias())
+      Aliases_[Key(alias->Name)].push_back(i);
+    const auto* object = dynamic_cast<const TSQLFromObject*>(source);
+    if (object != nullptr && object->GetDatabaseObject() != nullptr &&
+        object->GetDatabaseObject()->Count() > 0)
+      Objects_[Key(object->GetDatabaseObject()->GetNames(0))].push_back(i);
+  }
+  ActiveIndexes.push_back(this);
+  Registered_ = true;
+}
+
+TSQLFromSourceBlockIndex::~TSQLFromSourceBlockIndex() {
+  if (!Registered_)
+    return;
+  auto it = std::find(ActiveIndexes.rbegin(), ActiveIndexes.rend(), this);
+  if (it != ActiveIndexes.rend())
+    ActiveIndexes.erase(std::next(it).base());
+}
+
+const TSQLFromSourceBlockIndex* TSQLFromSourceBlockIndex::Find(
+    const std::vector<TSQLFromSource*>& List, std::size_t End) {
+  for (auto it = ActiveIndexes.rbegin(); it != ActiveIndexes.rend(); ++it) {
+    if ((*it)->List_ == &List && (*it)->End_ == End)
+      return *it;
+  }
+  return nullptr;
+}
+
+const std::vector<std::size_t>* TSQLFromSourceBlockIndex::ByAlias(const std::string& Key) const {
+  auto it = Aliases_.find(Key);
+  return it != Aliases_.end() ? &it->second : nullptr;
+}
+
+const std::vector<std::size_t>* TSQLFromSourceBlockIndex::ByObject(const std::string& Key) const {
+  auto it = Objects_.find(Key);
+  return it != Objects_.end() ? &it->second : nullptr;
+}
+
+TSQLFromSourceBlockIndex::FieldSources TSQLFromSourceBlockIndex::SourcesWithField(
+    std::string_view Name) const {
+  if (!FieldsBuilt_) {
+    for (std::size_t i = Begin_; i < End_; ++i) {
+      TSQLFromSource* source = (*List_)[i];
+      if (source->Fields.empty())
+        SourceWithoutFields_ = true;
+      // A source counts once however often it lists a name.
+      std::unordered_map<std::string, bool> seen;
+      for (const std::string& field : source->Fields) {
+        std::string key = Key(field);
+        if (!seen.emplace(key, true).second)
+          continue;
+        FieldSources& entry = Fields_[std::move(key)];
+        ++entry.Count;
+        entry.Last = source;
+      }
+    }
+    FieldsBuilt_ = true;
+  }
+  auto it = Fields_.find(Key(Name));
+  return it != Fields_.end() ? it->second : FieldSources{};
+}
+
+bool TSQLFromSourceBlockIndex::HasSourceWithoutFields() const {
+  SourcesWithField({});
+  return SourceWithoutFields_;
+}
+
+std::string TSQLFromSourceBlockIndex::Key(std::string_view Part) {
+  std::string key(Part);
+  for (char& c : key) {
+    if (c >= 'a' && c <= 'z')
+      c = static_cast<char>(c - 'a' + 'A');
+  }
+  return key;
+}
+
+}  // namespace ast
 
 }  // namespace qorvex

@@ -1,8 +1,10 @@
 #include "qorvex/ast/query.h"
 
 #include <string>
+#include <unordered_set>
 
 #include "ast/node_util.h"
+#include "ast/source_index.h"
 #include "ast/syntax_provider_text.h"
 #include "qorvex/ast/builder.h"
 #include "qorvex/ast/expressions.h"
@@ -274,30 +276,40 @@ struct TRestoreSources {
   ~TRestoreSources() { List.resize(Size); }
 };
 
-// Whether an ORDER BY expression is a bare name that names an output column by its alias:
-// such a term sorts by that column, and no FROM source may claim the name.
-bool IsOutputAlias(const TSQLExpressionItem* Expression, const TSQLSelectItems* Outputs) {
-  const auto* reference = dynamic_cast<const TSQLExpressionColumn*>(Expression);
-  const TSQLObjectColumn* column = reference != nullptr ? reference->GetColumn() : nullptr;
-  if (column == nullptr || column->Count() != 1 || Outputs == nullptr)
-    return false;
+// The output aliases of a select list, upper-cased, so that each ORDER BY term is
+// looked up rather than compared with every output column.
+std::unordered_set<std::string> OutputAliases(const TSQLSelectItems* Outputs) {
+  std::unordered_set<std::string> aliases;
+  if (Outputs == nullptr)
+    return aliases;
   for (int i = 0; i < Outputs->GetCount(); ++i) {
     const auto* item = dynamic_cast<const TSQLSelectItemExpression*>(Outputs->GetItems(i));
-    if (item != nullptr && item->GetAlias() != nullptr &&
-        sptext::SameText(item->GetAlias()->Name, column->GetObjName()))
-      return true;
+    if (item != nullptr && item->GetAlias() != nullptr)
+      aliases.insert(sptext::UpperCase(item->GetAlias()->Name));
   }
-  return false;
+  return aliases;
+}
+
+// Whether an ORDER BY expression is a bare name that names an output column by its alias:
+// such a term sorts by that column, and no FROM source may claim the name.
+bool IsOutputAlias(const TSQLExpressionItem* Expression,
+                   const std::unordered_set<std::string>& Aliases) {
+  const auto* reference = dynamic_cast<const TSQLExpressionColumn*>(Expression);
+  const TSQLObjectColumn* column = reference != nullptr ? reference->GetColumn() : nullptr;
+  if (column == nullptr || column->Count() != 1 || Aliases.empty())
+    return false;
+  return Aliases.count(sptext::UpperCase(column->GetObjName())) != 0;
 }
 
 // Binds the names of ORDER BY terms; a term naming an output alias is left alone.
 void FixupOrderBy(TSQLOrderByClause& OrderBy, const TSQLSelectItems* Outputs,
                   std::vector<TSQLFromSource*>& List) {
+  const std::unordered_set<std::string> aliases = OutputAliases(Outputs);
   for (int i = 0; i < OrderBy.GetCount(); ++i) {
     auto* item = dynamic_cast<TSQLOrderByItem*>(OrderBy.GetItems(i));
     if (item == nullptr)
       continue;
-    if (!IsOutputAlias(item->GetExpression(), Outputs))
+    if (!IsOutputAlias(item->GetExpression(), aliases))
       item->FixupObjects(List);
   }
 }
@@ -321,8 +333,10 @@ TSQLSubQuerySelectExpression* FirstBlock(const TSQLSubQueryExpressions& Chain) {
 void TSQLSubQuerySelectExpression::FixupObjects(std::vector<TSQLFromSource*>& List) {
   TRestoreSources restore{List, List.size()};
   List.push_back(nullptr);
+  const std::size_t begin = List.size();
   if (FromClause_)
     FromClause_->GetAllSources(List);
+  const ast::TSQLFromSourceBlockIndex index(List, begin);
   std::vector<TastExtender*> children;
   GetMyChildren(children);
   for (TastExtender* child : children) {
@@ -472,8 +486,10 @@ void TSQLSubSelectStatement::FixupObjects(std::vector<TSQLFromSource*>& List) {
   TRestoreSources restore{List, List.size()};
   TSQLSubQuerySelectExpression* first = FirstBlock(*this);
   List.push_back(nullptr);
+  const std::size_t begin = List.size();
   if (first != nullptr && first->GetFromClause() != nullptr)
     first->GetFromClause()->GetAllSources(List);
+  const ast::TSQLFromSourceBlockIndex index(List, begin);
   FixupOrderBy(*OrderBy_, first != nullptr ? first->GetSelectItems() : nullptr, List);
 }
 

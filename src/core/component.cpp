@@ -5,14 +5,48 @@
 namespace qorvex {
 
 namespace {
-void AddOnce(std::vector<TqxComponent*>& list, TqxComponent* c) {
-  if (std::find(list.begin(), list.end(), c) == list.end())
-    list.push_back(c);
-}
-void RemoveAll(std::vector<TqxComponent*>& list, TqxComponent* c) {
-  list.erase(std::remove(list.begin(), list.end(), c), list.end());
-}
+// Up to this many subscribers a list is searched; a longer one keeps positions.
+constexpr std::size_t kSearchedSubscribers = 32;
 }  // namespace
+
+void TqxComponent::AddSubscriber(TqxComponent& owner, TqxComponent* other) {
+  std::vector<TqxComponent*>& list = owner.subscribers_;
+  if (!owner.positions_) {
+    if (std::find(list.begin(), list.end(), other) != list.end())
+      return;
+    list.push_back(other);
+    if (list.size() > kSearchedSubscribers) {
+      owner.positions_ = std::make_unique<std::unordered_map<TqxComponent*, std::size_t>>();
+      for (std::size_t i = 0; i < list.size(); ++i)
+        owner.positions_->emplace(list[i], i);
+    }
+    return;
+  }
+  if (!owner.positions_->emplace(other, list.size()).second)
+    return;
+  list.push_back(other);
+}
+
+void TqxComponent::RemoveSubscriber(TqxComponent& owner, TqxComponent* other) {
+  std::vector<TqxComponent*>& list = owner.subscribers_;
+  if (!owner.positions_) {
+    list.erase(std::remove(list.begin(), list.end(), other), list.end());
+    return;
+  }
+  auto it = owner.positions_->find(other);
+  if (it == owner.positions_->end())
+    return;
+  list[it->second] = nullptr;
+  owner.positions_->erase(it);
+  while (!list.empty() && list.back() == nullptr)
+    list.pop_back();
+  // Holes are squeezed out once they outnumber the subscribers.
+  if (list.size() > 2 * owner.positions_->size() + kSearchedSubscribers) {
+    list.erase(std::remove(list.begin(), list.end(), nullptr), list.end());
+    for (std::size_t i = 0; i < list.size(); ++i)
+      (*owner.positions_)[list[i]] = i;
+  }
+}
 
 TqxComponent::~TqxComponent() {
   BeginDestroy();
@@ -21,15 +55,15 @@ TqxComponent::~TqxComponent() {
 void TqxComponent::FreeNotification(TqxComponent* other) {
   if (other == nullptr || other == this)
     return;
-  AddOnce(subscribers_, other);
-  AddOnce(other->subscribers_, this);
+  AddSubscriber(*this, other);
+  AddSubscriber(*other, this);
 }
 
 void TqxComponent::RemoveFreeNotification(TqxComponent* other) {
   if (other == nullptr)
     return;
-  RemoveAll(subscribers_, other);
-  RemoveAll(other->subscribers_, this);
+  RemoveSubscriber(*this, other);
+  RemoveSubscriber(*other, this);
 }
 
 void TqxComponent::BeginDestroy() {
@@ -41,7 +75,11 @@ void TqxComponent::BeginDestroy() {
   while (!subscribers_.empty()) {
     TqxComponent* other = subscribers_.back();
     subscribers_.pop_back();
-    RemoveAll(other->subscribers_, this);
+    if (other == nullptr)
+      continue;
+    if (positions_)
+      positions_->erase(other);
+    RemoveSubscriber(*other, this);
     other->Notification(this, TOperation::opRemove);
   }
 }

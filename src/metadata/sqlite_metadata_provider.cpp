@@ -1,5 +1,8 @@
+#include <algorithm>
 #include <map>
 #include <set>
+#include <tuple>
+#include <unordered_map>
 #include <utility>
 
 #include "metadata/key_rows.h"
@@ -29,18 +32,13 @@ std::vector<std::string> ReadNames(sqlite3* Database, const char* SQL) {
 // for the names SQLite does not keep). Finding the keys that refer to a table reads
 // every table's keys; a table whose definition lacks the word REFERENCES has none and is
 // passed over.
-constexpr const char* kReferringKeys =
-    "select m.name, f.id, f.seq, coalesce(p.name, f.\"table\"), f.\"from\", f.\"to\" "
+// All of them at once (the last column is the referenced table as the key names it).
+constexpr const char* kAllKeys =
+    "select m.name, f.id, f.seq, coalesce(p.name, f.\"table\"), f.\"from\", f.\"to\", "
+    "f.\"table\" "
     "from sqlite_master as m join pragma_foreign_key_list(m.name) as f "
     "left join sqlite_master as p on p.type = 'table' and p.name = f.\"table\" collate nocase "
-    "where m.type = 'table' and m.sql like '%references%' and f.\"table\" = ?1 collate nocase "
-    "order by m.name, f.id, f.seq";
-constexpr const char* kOwnKeys =
-    "select m.name, f.id, f.seq, coalesce(p.name, f.\"table\"), f.\"from\", f.\"to\" "
-    "from sqlite_master as m join pragma_foreign_key_list(m.name) as f "
-    "left join sqlite_master as p on p.type = 'table' and p.name = f.\"table\" collate nocase "
-    "where m.type = 'table' and m.name = ?1 collate nocase "
-    "order by 4, f.id, f.seq";
+    "where m.type = 'table' and m.sql like '%references%'";
 
 struct SQLiteKeyRow {
   metadata::KeyRow Row;
@@ -48,26 +46,18 @@ struct SQLiteKeyRow {
   bool Implicit = false;
 };
 
-std::vector<metadata::KeyRow> ReadKeys(sqlite3* Database, const char* SQL,
-                                       const std::string& Table) {
-  const std::string context = "Cannot read the foreign keys of \"" + Table + "\"";
-  std::vector<SQLiteKeyRow> rows;
-  {
-    sqlite::Statement statement(Database, SQL, context);
-    statement.Bind(1, Table);
-    while (statement.Step()) {
-      SQLiteKeyRow key;
-      key.Row.FKTable = statement.Text(0).value_or("");
-      key.Id = statement.Integer(1);
-      key.Row.KeySeq = statement.Integer(2) + 1;
-      key.Row.PKTable = statement.Text(3).value_or("");
-      key.Row.FKColumn = statement.Text(4).value_or("");
-      std::optional<std::string> to = statement.Text(5);
-      key.Implicit = !to.has_value();
-      key.Row.PKColumn = to.value_or("");
-      rows.push_back(std::move(key));
-    }
+// Table names compare as SQLite's NOCASE does: ASCII letters fold.
+std::string NoCaseKey(std::string Name) {
+  for (char& c : Name) {
+    if (c >= 'A' && c <= 'Z')
+      c = static_cast<char>(c - 'A' + 'a');
   }
+  return Name;
+}
+
+std::vector<metadata::KeyRow> ResolveKeys(sqlite3* Database, std::vector<SQLiteKeyRow> rows,
+                                          const std::string& Table) {
+  const std::string context = "Cannot read the foreign keys of \"" + Table + "\"";
 
   // A key that names no referenced columns refers to the parent's primary key. When the
   // parent has no primary key of the key's width, SQLite cannot use the key either
@@ -109,8 +99,81 @@ std::vector<metadata::KeyRow> ReadKeys(sqlite3* Database, const char* SQL,
 
 }  // namespace
 
+struct TqxSQLiteMetadataProvider::KeyIndex {
+  sqlite3* Database = nullptr;
+  std::string File;
+  long SchemaVersion = -1;
+  // The keys of other tables that refer to a table, by the referenced name (NOCASE),
+  // ordered by referring table, key and position.
+  std::unordered_map<std::string, std::vector<SQLiteKeyRow>> Referring;
+  // A table's own keys, by its name (NOCASE), ordered by referenced table, key and
+  // position.
+  std::unordered_map<std::string, std::vector<SQLiteKeyRow>> Own;
+};
+
 TqxSQLiteMetadataProvider::TqxSQLiteMetadataProvider(TqxSQLiteConnection* Connection) {
   SetConnection(Connection);
+}
+
+TqxSQLiteMetadataProvider::TqxSQLiteMetadataProvider() = default;
+
+TqxSQLiteMetadataProvider::~TqxSQLiteMetadataProvider() = default;
+
+const TqxSQLiteMetadataProvider::KeyIndex& TqxSQLiteMetadataProvider::GetKeyIndex(
+    sqlite3* Database, const std::string& Table) {
+  const std::string context = "Cannot read the foreign keys of \"" + Table + "\"";
+  long version = 0;
+  {
+    sqlite::Statement statement(Database, "pragma schema_version", context);
+    if (statement.Step())
+      version = statement.Integer(0);
+  }
+  const char* file = sqlite3_db_filename(Database, "main");
+  const std::string fileName = file != nullptr ? file : "";
+  if (Keys_ && Keys_->Database == Database && Keys_->File == fileName &&
+      Keys_->SchemaVersion == version)
+    return *Keys_;
+  auto index = std::make_unique<KeyIndex>();
+  index->Database = Database;
+  index->File = fileName;
+  index->SchemaVersion = version;
+  std::vector<std::pair<std::string, SQLiteKeyRow>> rows;  // (referenced name, row)
+  {
+    sqlite::Statement statement(Database, kAllKeys, context);
+    while (statement.Step()) {
+      SQLiteKeyRow key;
+      key.Row.FKTable = statement.Text(0).value_or("");
+      key.Id = statement.Integer(1);
+      key.Row.KeySeq = statement.Integer(2) + 1;
+      key.Row.PKTable = statement.Text(3).value_or("");
+      key.Row.FKColumn = statement.Text(4).value_or("");
+      std::optional<std::string> to = statement.Text(5);
+      key.Implicit = !to.has_value();
+      key.Row.PKColumn = to.value_or("");
+      rows.emplace_back(statement.Text(6).value_or(""), std::move(key));
+    }
+  }
+  // Referring keys by referring table, a table's own by referenced table; then by key
+  // and position. Names order as SQLite's BINARY collation does (bytewise).
+  auto byKey = [](const SQLiteKeyRow& A, const SQLiteKeyRow& B) {
+    return std::tie(A.Id, A.Row.KeySeq) < std::tie(B.Id, B.Row.KeySeq);
+  };
+  std::sort(rows.begin(), rows.end(), [&](const auto& A, const auto& B) {
+    if (A.second.Row.FKTable != B.second.Row.FKTable)
+      return A.second.Row.FKTable < B.second.Row.FKTable;
+    return byKey(A.second, B.second);
+  });
+  for (const auto& [referenced, key] : rows)
+    index->Referring[NoCaseKey(referenced)].push_back(key);
+  std::stable_sort(rows.begin(), rows.end(), [&](const auto& A, const auto& B) {
+    if (A.second.Row.PKTable != B.second.Row.PKTable)
+      return A.second.Row.PKTable < B.second.Row.PKTable;
+    return byKey(A.second, B.second);
+  });
+  for (const auto& [referenced, key] : rows)
+    index->Own[NoCaseKey(key.Row.FKTable)].push_back(key);
+  Keys_ = std::move(index);
+  return *Keys_;
 }
 
 sqlite3* TqxSQLiteMetadataProvider::OpenHandle(const char* Operation) {
@@ -160,8 +223,13 @@ void TqxSQLiteMetadataProvider::GetTableRelations(const TSQLDatabaseObject& Tabl
     return;
   sqlite3* database = OpenHandle("GetTableRelations");
   const std::string name = TableName.GetObjName();
-  std::vector<metadata::KeyRow> referring = ReadKeys(database, kReferringKeys, name);
-  std::vector<metadata::KeyRow> own = ReadKeys(database, kOwnKeys, name);
+  const KeyIndex& index = GetKeyIndex(database, name);
+  auto rowsOf = [&](const std::unordered_map<std::string, std::vector<SQLiteKeyRow>>& Map) {
+    auto it = Map.find(NoCaseKey(name));
+    return it != Map.end() ? it->second : std::vector<SQLiteKeyRow>();
+  };
+  std::vector<metadata::KeyRow> referring = ResolveKeys(database, rowsOf(index.Referring), name);
+  std::vector<metadata::KeyRow> own = ResolveKeys(database, rowsOf(index.Own), name);
 
   // Both passes are read before anything is appended, so a failure adds nothing.
   TSQLMetadataRelations found;

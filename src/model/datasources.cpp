@@ -352,24 +352,29 @@ bool TqxDatasourceBase::BindCondition(std::unique_ptr<TSQLExpressionItem>& Condi
   if (conjunction == nullptr)
     return false;
   bool bound = false;
-  int i = 0;
-  while (i < conjunction->Count()) {
-    TSQLExpressionItem* stripped = StripBrackets(conjunction->GetItems(i));
+  // The items are taken out (from the back, each removal then being cheap), bound in
+  // order, and those that remain are put back in order.
+  std::vector<std::unique_ptr<TSQLExpressionItem>> items;
+  items.reserve(static_cast<std::size_t>(conjunction->Count()));
+  while (conjunction->Count() > 0)
+    items.push_back(conjunction->Extract(conjunction->Count() - 1));
+  std::reverse(items.begin(), items.end());
+  for (auto& item : items) {
+    TSQLExpressionItem* stripped = StripBrackets(item.get());
     if (As<TSQLExpressionAnd>(stripped) != nullptr) {
-      std::unique_ptr<TSQLExpressionItem> nested = StripBracketsOwned(conjunction->Extract(i));
+      std::unique_ptr<TSQLExpressionItem> nested = StripBracketsOwned(std::move(item));
       bound = BindCondition(nested, Group, Prev) || bound;
-      if (!nested)
-        continue;
-      conjunction->Insert(i, std::move(nested));
+      if (nested)
+        conjunction->Add(std::move(nested));
     } else if (ColumnPair(stripped) != nullptr) {
-      std::unique_ptr<TSQLExpressionItem> term = conjunction->Extract(i);
-      if (BindColumnPair(term, Group, Prev)) {
+      if (BindColumnPair(item, Group, Prev)) {
         bound = true;
         continue;
       }
-      conjunction->Insert(i, std::move(term));
+      conjunction->Add(std::move(item));
+    } else {
+      conjunction->Add(std::move(item));
     }
-    ++i;
   }
   if (conjunction->Count() == 0)
     Condition.reset();
@@ -400,16 +405,33 @@ void TqxDatasourceGroup::LoadFromAST(std::unique_ptr<TSQLFromSource> Source) {
   std::unique_ptr<TSQLFromItem> item = Downcast<TSQLFromItem>(std::move(Source));
   std::vector<std::unique_ptr<TSQLFromSource>> children;
   if (item) {
+    children.reserve(static_cast<std::size_t>(item->Count()));
     while (item->Count() > 0)
-      children.push_back(item->Extract(0));
+      children.push_back(item->Extract(item->Count() - 1));
+    std::reverse(children.begin(), children.end());
   }
   TqxDatasourceBase::LoadFromAST(std::move(item));
+  TqxFromClause* clause =
+      GetUnionSubQuery() != nullptr ? GetUnionSubQuery()->GetFromClause() : nullptr;
+  if (clause != nullptr && clause->Loading_)
+    clause->IndexSource(this);
   for (auto& child : children) {
     if (!child)
       continue;
     TqxDatasourceBase* ds = Add(CreateItemFor(*child));
     ds->LoadFromAST(std::move(child));
+    if (clause != nullptr && clause->Loading_)
+      clause->IndexSource(ds);
   }
+  std::unordered_map<const TqxDatasourceBase*, std::size_t> positions;
+  positions.reserve(Items_.size());
+  for (std::size_t i = 0; i < Items_.size(); ++i)
+    positions.emplace(Items_[i].get(), i);
+  struct PositionsScope {
+    const std::unordered_map<const TqxDatasourceBase*, std::size_t>*& Slot;
+    ~PositionsScope() { Slot = nullptr; }
+  } scope{LoadPositions_};
+  LoadPositions_ = &positions;
   TqxDatasourceBase* prev = nullptr;
   for (const auto& ds : Items_) {
     ds->LoadJoins(this, prev);
@@ -482,8 +504,31 @@ int TqxDatasourceGroup::IndexOf(const TqxDatasourceBase* Item) const {
   return -1;
 }
 
+const TqxDatasourceBase* TqxDatasourceGroup::ItemHolding(const TqxDatasourceBase* DS) const {
+  const TqxQueryBuilderControlOwner* owner = DS;
+  while (owner != nullptr) {
+    const TqxQueryBuilderControlOwner* parent = owner->GetParent();
+    if (parent == this)
+      return static_cast<const TqxDatasourceBase*>(owner);
+    if (As<const TqxDatasourceGroup>(parent) == nullptr)
+      return nullptr;
+    owner = parent;
+  }
+  return nullptr;
+}
+
 bool TqxDatasourceGroup::ContainsDatasourceBefore(const TqxDatasourceBase* DS,
                                                   const TqxDatasourceBase* Before) const {
+  if (LoadPositions_ != nullptr && DS != nullptr) {
+    // While join conditions are bound the items stand still: their positions decide.
+    const TqxDatasourceBase* dsItem = ItemHolding(DS);
+    auto dsAt = LoadPositions_->find(dsItem);
+    if (dsAt == LoadPositions_->end())
+      return false;
+    const TqxDatasourceBase* beforeItem = Before != nullptr ? ItemHolding(Before) : nullptr;
+    auto beforeAt = LoadPositions_->find(beforeItem);
+    return beforeAt == LoadPositions_->end() || dsAt->second < beforeAt->second;
+  }
   for (const auto& item : Items_) {
     if (item->ContainsDatasource(Before, true))
       return false;
@@ -561,7 +606,40 @@ TqxFromClause::TqxFromClause(TqxUnionSubQuery* UnionSubQuery)
 void TqxFromClause::LoadFromAST(std::unique_ptr<TSQLFromSource> Source) {
   if (!Source)
     Source = NewNode<TSQLFromClause>(GetASTSyntaxProvider());
+  struct LoadingScope {
+    TqxFromClause& Clause;
+    ~LoadingScope() {
+      Clause.Loading_ = false;
+      Clause.SourceIndex_.clear();
+    }
+  } scope{*this};
+  // Datasources already present are found as well (the clause's own source is replaced).
+  SourceIndex_.clear();
+  std::vector<TqxDatasourceBase*> present;
+  for (const auto& item : Items_)
+    present.push_back(item.get());
+  for (std::size_t i = 0; i < present.size(); ++i) {
+    IndexSource(present[i]);
+    if (const auto* group = As<const TqxDatasourceGroup>(present[i])) {
+      for (int j = 0; j < group->GetCount(); ++j)
+        present.push_back(group->GetItems(j));
+    }
+  }
+  Loading_ = true;
   TqxDatasourceGroup::LoadFromAST(std::move(Source));
+}
+
+void TqxFromClause::IndexSource(TqxDatasourceBase* DS) {
+  // Each source has one datasource; a later entry replaces one left by a freed source.
+  if (DS != nullptr && DS->GetFromSource() != nullptr)
+    SourceIndex_.insert_or_assign(DS->GetFromSource(), DS);
+}
+
+TqxDatasourceBase* TqxFromClause::FindBySource(const TSQLFromSource* Source) {
+  if (!Loading_)
+    return TqxDatasourceGroup::FindBySource(Source);
+  auto it = SourceIndex_.find(Source);
+  return it != SourceIndex_.end() ? it->second : nullptr;
 }
 
 std::unique_ptr<TSQLFromClause> TqxFromClause::BuildClause(TSQLFromSourceMap& Map) const {

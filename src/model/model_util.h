@@ -100,32 +100,34 @@ inline bool SameNodeText(const TastNode* A, const TastNode* B) {
   return SameText(A->GetSimpleSQL(), B->GetSimpleSQL());
 }
 
+// The text with its letters upper-cased outside quotes ('...', "...", `...`, [...]): two
+// texts have the same key exactly when they are equal ignoring letter case only outside
+// quotes, so rows can be found by the key of their expression.
+inline std::string ExpressionKey(std::string_view Text) {
+  std::string key(Text);
+  char close = 0;  // the character that ends the quoted text we are in
+  for (char& c : key) {
+    if (close != 0) {
+      if (c == close)
+        close = 0;
+      continue;
+    }
+    if (c == '\'' || c == '"' || c == '`')
+      close = c;
+    else if (c == '[')
+      close = ']';
+    else
+      c = UpperChar(c);
+  }
+  return key;
+}
+
 // Whether two nodes write the same one-line text, letter case ignored only outside
 // quotes: 'a' and 'A', or "Name" and "NAME", are different values and names.
 inline bool SameExpressionText(const TastNode* A, const TastNode* B) {
   if (A == nullptr || B == nullptr)
     return A == B;
-  const std::string a = A->GetSimpleSQL();
-  const std::string b = B->GetSimpleSQL();
-  if (a.size() != b.size())
-    return false;
-  char close = 0;  // the character that ends the quoted text we are in
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (close != 0) {
-      if (a[i] != b[i])
-        return false;
-      if (a[i] == close)
-        close = 0;
-      continue;
-    }
-    if (UpperChar(a[i]) != UpperChar(b[i]))
-      return false;
-    if (a[i] == '\'' || a[i] == '"' || a[i] == '`')
-      close = a[i];
-    else if (a[i] == '[')
-      close = ']';
-  }
-  return true;
+  return ExpressionKey(A->GetSimpleSQL()) == ExpressionKey(B->GetSimpleSQL());
 }
 
 // The node as T (null when it is of another class).

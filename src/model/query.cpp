@@ -208,8 +208,13 @@ TqxUnionGroup* TqxUnionGroup::InsertGroupAST(int Index,
 }
 
 void TqxUnionGroup::LoadFromAST(TSQLSubQueryExpressions& Node) {
-  while (Node.GetCount() > 0) {
-    std::unique_ptr<TSQLSubQueryExpression> item = Node.Extract(0);
+  // Taken out from the back (each removal is then cheap) and loaded in order.
+  std::vector<std::unique_ptr<TSQLSubQueryExpression>> items;
+  items.reserve(static_cast<std::size_t>(Node.GetCount()));
+  while (Node.GetCount() > 0)
+    items.push_back(Node.Extract(Node.GetCount() - 1));
+  for (auto it = items.rbegin(); it != items.rend(); ++it) {
+    std::unique_ptr<TSQLSubQueryExpression> item = std::move(*it);
     if (As<TSQLSubQuerySelectExpression>(item.get()) != nullptr)
       AddAST(Downcast<TSQLSubQuerySelectExpression>(std::move(item)));
     else if (As<TSQLSubQueryExpressions>(item.get()) != nullptr)
@@ -989,8 +994,12 @@ std::unique_ptr<TSQLSubSelectStatement> TqxSubQuery::GetASTTree() const {
   TSQLFromSourceMap map;
   std::unique_ptr<TSQLSubSelectStatement> statement = NewStatement();
   std::unique_ptr<TSQLSubQueryExpressions> chain = UnionGroup_->BuildAST(map);
+  std::vector<std::unique_ptr<TSQLSubQueryExpression>> operands;
+  operands.reserve(static_cast<std::size_t>(chain->GetCount()));
   while (chain->GetCount() > 0)
-    statement->Add(chain->Extract(0));
+    operands.push_back(chain->Extract(chain->GetCount() - 1));
+  for (auto it = operands.rbegin(); it != operands.rend(); ++it)
+    statement->Add(std::move(*it));
   if (const TqxUnionSubQuery* first = GetFirstOperand())
     statement->SetOrderBy(first->GetSelectList()->GetOrderByClause());
   RemapFromSourceReferences(*statement, map);

@@ -1,6 +1,7 @@
 #include "qorvex/model/query_builder.h"
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_map>
 
 #include "model/model_util.h"
@@ -306,7 +307,10 @@ void TqxBaseQueryBuilder::RegisterSubQuery(TqxSubQuery* Query) {
 }
 
 void TqxBaseQueryBuilder::UnregisterSubQuery(TqxSubQuery* Query) {
-  SubQueries_.erase(std::remove(SubQueries_.begin(), SubQueries_.end(), Query), SubQueries_.end());
+  // Searched from the back: a model is freed from its last sub-query to its first.
+  auto it = std::find(SubQueries_.rbegin(), SubQueries_.rend(), Query);
+  if (it != SubQueries_.rend())
+    SubQueries_.erase(std::next(it).base());
   if (ActiveSubquery_ == Query)
     ActiveSubquery_ = nullptr;
 }

@@ -1,7 +1,10 @@
 #include "qorvex/model/select_list.h"
 
 #include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
 
+#include "ast/source_index.h"
 #include "model/model_nodes.h"
 #include "model/model_util.h"
 #include "qorvex/ast/expressions.h"
@@ -206,8 +209,13 @@ void SplitLogical(std::unique_ptr<TSQLExpressionItem> E,
     core = brackets->GetInner();
   }
   if (auto* collection = As<Collection>(core)) {
+    // Taken out from the back (each removal is then cheap) and split in order.
+    std::vector<std::unique_ptr<TSQLExpressionItem>> parts;
+    parts.reserve(static_cast<std::size_t>(collection->Count()));
     while (collection->Count() > 0)
-      SplitLogical<Collection>(collection->Extract(0), Items, StripAll);
+      parts.push_back(collection->Extract(collection->Count() - 1));
+    for (auto it = parts.rbegin(); it != parts.rend(); ++it)
+      SplitLogical<Collection>(std::move(*it), Items, StripAll);
     return;
   }
   const bool keep = !StripAll && As<TSQLExpressionLogicalCollection>(core) != nullptr;
@@ -1263,8 +1271,13 @@ std::unique_ptr<TSQLOrderByClause> TqxSelectList::GetOrderByClause() const {
 void TqxSelectList::LoadSelectListFromAST(std::unique_ptr<TSQLSelectItems> Items) {
   if (!Items)
     return;
-  while (Items->GetCount() > 0) {
-    std::unique_ptr<TastNode> node = Items->Extract(0);
+  // Taken out from the back (each removal is then cheap) and loaded in order.
+  std::vector<std::unique_ptr<TastNode>> nodes;
+  nodes.reserve(static_cast<std::size_t>(Items->GetCount()));
+  while (Items->GetCount() > 0)
+    nodes.push_back(Items->Extract(Items->GetCount() - 1));
+  for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
+    std::unique_ptr<TastNode> node = std::move(*it);
     if (!node)
       continue;
     TqxSelectItem* row = Items_.back()->IsEmpty() ? Items_.back().get() : InsertItem(GetCount());
@@ -1273,30 +1286,91 @@ void TqxSelectList::LoadSelectListFromAST(std::unique_ptr<TSQLSelectItems> Items
   }
 }
 
+struct TqxSelectList::RowIndex {
+  // Opened on List for the lifetime of the scope when the grid qualifies.
+  explicit RowIndex(TqxSelectList& List) : List_(List) {
+    if (List.RowIndex_ != nullptr)
+      return;
+    for (std::size_t i = 0; i < List.Items_.size(); ++i) {
+      TqxSelectItem* row = List.Items_[i].get();
+      if (row->IsEmpty()) {
+        if (i + 1 != List.Items_.size())
+          return;  // an empty row inside the grid: rows are searched
+        continue;
+      }
+      Add(row);
+    }
+    List.RowIndex_ = this;
+    Open_ = true;
+  }
+  ~RowIndex() {
+    if (Open_)
+      List_.RowIndex_ = nullptr;
+  }
+  RowIndex(const RowIndex&) = delete;
+  RowIndex& operator=(const RowIndex&) = delete;
+
+  // Equal keys mean equal expressions as SameExpressionText sees them.
+  static std::string Key(const TastNode* Node) {
+    return model::ExpressionKey(Node->GetSimpleSQL());
+  }
+  void Add(TqxSelectItem* Row) {
+    if (Row->GetExpression() != nullptr)
+      Rows[Key(Row->GetExpression())].push_back(Row);
+  }
+
+  std::unordered_map<std::string, std::vector<TqxSelectItem*>> Rows;
+
+ private:
+  TqxSelectList& List_;
+  bool Open_ = false;
+};
+
 TqxSelectItem* TqxSelectList::FindOrAddSelectItem(const TSQLExpressionItem* Expr,
                                                   TqxQueryBuilderGroupByTypes Types,
                                                   TqxQueryBuilderGroupByType NewType) {
   if (Expr == nullptr)
     return nullptr;
-  for (const auto& item : Items_) {
-    if (item->IsEmpty() || !Types.Contains(item->GetGroupByType()))
-      continue;
-    if (model::SameExpressionText(item->GetExpression(), Expr)) {
-      if (item->GetGroupByType() == gtExpression)
-        item->GroupByType_ = NewType;
-      return item.get();
+  if (RowIndex_ != nullptr) {
+    auto bucket = RowIndex_->Rows.find(RowIndex::Key(Expr));
+    if (bucket != RowIndex_->Rows.end()) {
+      for (TqxSelectItem* item : bucket->second) {
+        if (!Types.Contains(item->GetGroupByType()))
+          continue;
+        if (item->GetGroupByType() == gtExpression)
+          item->GroupByType_ = NewType;
+        return item;
+      }
+    }
+  } else {
+    for (const auto& item : Items_) {
+      if (item->IsEmpty() || !Types.Contains(item->GetGroupByType()))
+        continue;
+      if (model::SameExpressionText(item->GetExpression(), Expr)) {
+        if (item->GetGroupByType() == gtExpression)
+          item->GroupByType_ = NewType;
+        return item.get();
+      }
     }
   }
   TqxSelectItem* row = nullptr;
-  for (const auto& item : Items_) {
-    if (item->IsEmpty()) {
-      row = item.get();
-      break;
+  if (RowIndex_ != nullptr) {
+    // The only empty row is the last one.
+    if (!Items_.empty() && Items_.back()->IsEmpty())
+      row = Items_.back().get();
+  } else {
+    for (const auto& item : Items_) {
+      if (item->IsEmpty()) {
+        row = item.get();
+        break;
+      }
     }
   }
   if (row == nullptr)
     row = InsertItem(GetCount());
   row->LoadFromAST(CloneNode(*Expr));
+  if (RowIndex_ != nullptr)
+    RowIndex_->Add(row);
   if (row->GroupByType_ == gtExpression)
     row->GroupByType_ = NewType;
   // An aggregate met in WHERE is a WHERE row.
@@ -1312,6 +1386,7 @@ void TqxSelectList::LoadConditionFromAST(std::unique_ptr<TSQLExpressionItem> Con
   Condition = PrepareLogicalExpressionForLoading(std::move(Condition));
   if (!Condition)
     return;
+  RowIndex index(*this);
   // An OR is split into criteria columns, an AND into terms. Brackets around a column
   // or around an AND term go (AND binds tighter than OR); an OR inside an AND keeps them.
   std::vector<std::unique_ptr<TSQLExpressionItem>> columns;
@@ -1362,9 +1437,14 @@ void TqxSelectList::LoadConditionFromAST(std::unique_ptr<TSQLExpressionItem> Con
 void TqxSelectList::LoadGroupByListFromAST(std::unique_ptr<TSQLGroupByList> GroupBy) {
   if (!GroupBy)
     return;
-  while (GroupBy->GetCount() > 0) {
-    std::unique_ptr<TSQLExpressionItem> expression =
-        Downcast<TSQLExpressionItem>(GroupBy->Extract(0));
+  RowIndex index(*this);
+  // Taken out from the back (each removal is then cheap) and found in order.
+  std::vector<std::unique_ptr<TastNode>> nodes;
+  nodes.reserve(static_cast<std::size_t>(GroupBy->GetCount()));
+  while (GroupBy->GetCount() > 0)
+    nodes.push_back(GroupBy->Extract(GroupBy->GetCount() - 1));
+  for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
+    std::unique_ptr<TSQLExpressionItem> expression = Downcast<TSQLExpressionItem>(std::move(*it));
     if (expression)
       FindOrAddSelectItem(expression.get(), TqxQueryBuilderGroupByTypes{gtExpression, gtGroupBy},
                           gtGroupBy);
@@ -1380,39 +1460,76 @@ void TqxSelectList::LoadGroupByListFromAST(std::unique_ptr<TSQLGroupByList> Grou
 void TqxSelectList::LoadOrderByListFromAST(std::unique_ptr<TSQLOrderByClause> OrderBy) {
   if (!OrderBy)
     return;
-  while (OrderBy->GetCount() > 0) {
-    std::unique_ptr<TSQLOrderByItem> entry = Downcast<TSQLOrderByItem>(OrderBy->Extract(0));
+  // The rows a term can find are indexed once: output rows by alias and by number, and
+  // rows with an expression by its upper-case text, output rows and the others apart,
+  // each in grid order. Rows added here are sorted at once, so they are never found.
+  std::unordered_set<const TqxSelectItem*> sorted(Sorted_.begin(), Sorted_.end());
+  std::unordered_map<std::string, TqxSelectItem*> byAlias;
+  std::vector<TqxSelectItem*> outputs;  // numbered output rows, up to the first star
+  bool starSeen = false;
+  struct Candidates {
+    std::vector<TqxSelectItem*> Rows[2];  // [0] output rows, [1] the others
+    std::size_t Next[2] = {0, 0};         // rows before Next are sorted
+  };
+  std::unordered_map<std::string, Candidates> byText;
+  for (const auto& item : Items_) {
+    if (IsOutputRow(*item)) {
+      byAlias.emplace(model::UpperCase(item->GetAlias()), item.get());
+      starSeen = starSeen || IsStar(*item);
+      if (!starSeen)
+        outputs.push_back(item.get());
+    }
+    if (item->GetExpressionItem() != nullptr)
+      byText[model::UpperCase(item->GetExpression()->GetSimpleSQL())]
+          .Rows[item->GetSelect() ? 0 : 1]
+          .push_back(item.get());
+  }
+  // The statement's ORDER BY stands outside every SELECT block; its names belong to this
+  // operand's sources, gathered once.
+  std::vector<TSQLFromSource*> sources;
+  if (UnionSubQuery_ != nullptr)
+    UnionSubQuery_->GetVisibleSources(sources);
+  std::size_t block = sources.size();
+  while (block > 0 && sources[block - 1] != nullptr)
+    --block;
+  const ast::TSQLFromSourceBlockIndex sourceIndex(sources, block);
+
+  // Taken out from the back (each removal is then cheap) and loaded in order.
+  std::vector<std::unique_ptr<TastNode>> entries;
+  entries.reserve(static_cast<std::size_t>(OrderBy->GetCount()));
+  while (OrderBy->GetCount() > 0)
+    entries.push_back(OrderBy->Extract(OrderBy->GetCount() - 1));
+  for (auto it = entries.rbegin(); it != entries.rend(); ++it) {
+    std::unique_ptr<TSQLOrderByItem> entry = Downcast<TSQLOrderByItem>(std::move(*it));
     if (!entry || entry->GetExpression() == nullptr)
       continue;
     std::unique_ptr<TSQLExpressionItem> expression = entry->ExtractExpression();
     TqxSelectItem* row = nullptr;
     if (const TSQLObjectColumn* column = BareName(expression.get())) {
-      for (const auto& item : Items_) {
-        if (IsOutputRow(*item) && model::SameText(item->GetAlias(), column->GetObjName())) {
-          row = item.get();
-          break;
-        }
-      }
+      auto found = byAlias.find(model::UpperCase(column->GetObjName()));
+      if (found != byAlias.end())
+        row = found->second;
     } else if (const long long position = IntegerLiteral(expression.get())) {
-      row = GetOutputRow(position);
+      if (position <= static_cast<long long>(outputs.size()))
+        row = outputs[static_cast<std::size_t>(position - 1)];
     }
     if (row == nullptr) {
-      // The statement's ORDER BY stands outside every SELECT block; its names belong to
-      // this operand's sources.
       if (UnionSubQuery_ != nullptr)
-        UnionSubQuery_->BindNames(*expression);
-      for (int pass = 0; pass < 2 && row == nullptr; ++pass) {
-        for (const auto& item : Items_) {
-          if ((pass == 0) == item->GetSelect() && item->GetExpressionItem() != nullptr &&
-              item->GetSortOrder() == 0 &&
-              model::SameNodeText(item->GetExpression(), expression.get())) {
-            row = item.get();
-            break;
-          }
+        expression->FixupObjects(sources);
+      auto found = byText.find(model::UpperCase(expression->GetSimpleSQL()));
+      if (found != byText.end()) {
+        Candidates& candidates = found->second;
+        for (int pass = 0; pass < 2 && row == nullptr; ++pass) {
+          const std::vector<TqxSelectItem*>& rows = candidates.Rows[pass];
+          std::size_t& next = candidates.Next[pass];
+          while (next < rows.size() && sorted.count(rows[next]) != 0)
+            ++next;
+          if (next < rows.size())
+            row = rows[next];
         }
       }
     }
-    if (row != nullptr && row->GetSortOrder() != 0) {
+    if (row != nullptr && sorted.count(row) != 0) {
       if (row->GetExpressionItem() == nullptr)
         continue;
       expression = CloneNode(*row->GetExpressionItem());
@@ -1425,6 +1542,7 @@ void TqxSelectList::LoadOrderByListFromAST(std::unique_ptr<TSQLOrderByClause> Or
     }
     row->SortType_ = entry->Descending ? stDesc : stAsc;
     Sorted_.push_back(row);
+    sorted.insert(row);
     NotifySQLUpdated();
   }
 }

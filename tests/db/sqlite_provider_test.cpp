@@ -71,6 +71,33 @@ TEST_F(SQLiteProviderTest, TableNamesMatchWithoutRegardToLetterCase) {
   EXPECT_EQ(Relations("CHILD"), Names{"child(pid) -> Parent(id)"});
 }
 
+// Keys referring to a table come by referring table, a table's own by referenced table;
+// the keys read once are read again when the schema changes, also through another
+// connection.
+TEST_F(SQLiteProviderTest, RelationsComeInOrderAndFollowSchemaChanges) {
+  SQLiteExec(file_,
+             "create table p (id int primary key);"
+             "create table zeta (pid int references p (id));"
+             "create table alpha (qid int references q (id), pid int references P (id));"
+             "create table q (id int primary key, pid int references p (id))");
+  EXPECT_EQ(RelationTexts(provider_, "p"),
+            (Names{"alpha(pid) -> p(id)", "q(pid) -> p(id)", "zeta(pid) -> p(id)"}));
+  EXPECT_EQ(RelationTexts(provider_, "ALPHA"),
+            (Names{"alpha(pid) -> p(id)", "alpha(qid) -> q(id)"}));
+  EXPECT_EQ(RelationTexts(provider_, "q"), (Names{"alpha(qid) -> q(id)", "q(pid) -> p(id)"}));
+  EXPECT_EQ(RelationTexts(provider_, "none"), Names{});
+  SQLiteExec(file_,
+             "drop table zeta;"
+             "create table beta (pid int references p (id))");
+  EXPECT_EQ(RelationTexts(provider_, "p"),
+            (Names{"alpha(pid) -> p(id)", "beta(pid) -> p(id)", "q(pid) -> p(id)"}));
+  // Another database through the same connection.
+  const std::filesystem::path other = dir_.Path() / "other.db";
+  SQLiteExec(other, "create table p (id int primary key); create table c (x int references p)");
+  connection_.SetFileName(other.string());
+  EXPECT_EQ(RelationTexts(provider_, "p"), Names{"c(x) -> p(id)"});
+}
+
 TEST_F(SQLiteProviderTest, TextWithoutAStatementHasNoFields) {
   SQLiteExec(file_, "create table t (a int)");
   Names fields{"left over"};

@@ -37,45 +37,99 @@ struct JoinCase {
   const char* Written;
 };
 
+const JoinCase kJoinCases[] = {
+    {"SELECT * FROM a INNER JOIN b ON a.x = b.y AND a.z > 5",
+     {"a.x-b.y [a.x=b.y]", "a-b [a.z>5]"},
+     "SELECT * FROM a INNER JOIN  b ON a.x=b.y And a.z>5"},
+    // The ends follow FROM order whatever the order of the operands.
+    {"SELECT * FROM a INNER JOIN b ON b.y = a.x",
+     {"a.x-b.y [b.y=a.x]"},
+     "SELECT * FROM a INNER JOIN  b ON b.y=a.x"},
+    {"SELECT * FROM a INNER JOIN b ON a.x < b.y",
+     {"a.x-b.y [a.x<b.y]"},
+     "SELECT * FROM a INNER JOIN  b ON a.x<b.y"},
+    // An earlier datasource of the group binds too, not only the previous one.
+    {"SELECT * FROM a JOIN b ON a.id = b.id JOIN c ON a.id = c.aid AND b.id = c.bid",
+     {"a.id-c.aid [a.id=c.aid]", "b.id-c.bid [b.id=c.bid]"},
+     "SELECT * FROM a INNER JOIN  b ON a.id=b.id INNER JOIN  c ON a.id=c.aid And b.id=c.bid"},
+    // Both columns in earlier sources: a link without fields from the previous one.
+    {"SELECT * FROM a JOIN b ON a.id = b.id JOIN c ON a.x = b.x",
+     {"b-c [a.x=b.x]"},
+     "SELECT * FROM a INNER JOIN  b ON a.id=b.id INNER JOIN  c ON a.x=b.x"},
+    // Brackets and nested ANDs; what does not bind stays one link.
+    {"SELECT * FROM a JOIN b ON (a.x = b.x AND (a.y = b.y AND a.k > 1))",
+     {"a.x-b.x [a.x=b.x]", "a.y-b.y [a.y=b.y]", "a-b [a.k>1]"},
+     "SELECT * FROM a INNER JOIN  b ON a.x=b.x And a.y=b.y And a.k>1"},
+    {"SELECT * FROM a JOIN b ON a.x = b.x OR a.y = b.y",
+     {"a-b [a.x=b.x Or a.y=b.y]"},
+     "SELECT * FROM a INNER JOIN  b ON a.x=b.x Or a.y=b.y"},
+    // Unqualified columns name no datasource.
+    {"SELECT * FROM a JOIN b ON x = y", {"a-b [x=y]"}, "SELECT * FROM a INNER JOIN  b ON x=y"},
+    {"SELECT * FROM a LEFT JOIN b ON a.x = b.x AND b.flag = 1",
+     {"a.x-b.x [a.x=b.x]", "a-b [b.flag=1]"},
+     "SELECT * FROM a LEFT JOIN  b ON a.x=b.x And b.flag=1"},
+};
+
 TEST_F(DatasourcesTest, JoinConditionsBindToLinks) {
-  const JoinCase cases[] = {
-      {"SELECT * FROM a INNER JOIN b ON a.x = b.y AND a.z > 5",
-       {"a.x-b.y [a.x=b.y]", "a-b [a.z>5]"},
-       "SELECT * FROM a INNER JOIN  b ON a.x=b.y And a.z>5"},
-      // The ends follow FROM order whatever the order of the operands.
-      {"SELECT * FROM a INNER JOIN b ON b.y = a.x",
-       {"a.x-b.y [b.y=a.x]"},
-       "SELECT * FROM a INNER JOIN  b ON b.y=a.x"},
-      {"SELECT * FROM a INNER JOIN b ON a.x < b.y",
-       {"a.x-b.y [a.x<b.y]"},
-       "SELECT * FROM a INNER JOIN  b ON a.x<b.y"},
-      // An earlier datasource of the group binds too, not only the previous one.
-      {"SELECT * FROM a JOIN b ON a.id = b.id JOIN c ON a.id = c.aid AND b.id = c.bid",
-       {"a.id-c.aid [a.id=c.aid]", "b.id-c.bid [b.id=c.bid]"},
-       "SELECT * FROM a INNER JOIN  b ON a.id=b.id INNER JOIN  c ON a.id=c.aid And b.id=c.bid"},
-      // Both columns in earlier sources: a link without fields from the previous one.
-      {"SELECT * FROM a JOIN b ON a.id = b.id JOIN c ON a.x = b.x",
-       {"b-c [a.x=b.x]"},
-       "SELECT * FROM a INNER JOIN  b ON a.id=b.id INNER JOIN  c ON a.x=b.x"},
-      // Brackets and nested ANDs; what does not bind stays one link.
-      {"SELECT * FROM a JOIN b ON (a.x = b.x AND (a.y = b.y AND a.k > 1))",
-       {"a.x-b.x [a.x=b.x]", "a.y-b.y [a.y=b.y]", "a-b [a.k>1]"},
-       "SELECT * FROM a INNER JOIN  b ON a.x=b.x And a.y=b.y And a.k>1"},
-      {"SELECT * FROM a JOIN b ON a.x = b.x OR a.y = b.y",
-       {"a-b [a.x=b.x Or a.y=b.y]"},
-       "SELECT * FROM a INNER JOIN  b ON a.x=b.x Or a.y=b.y"},
-      // Unqualified columns name no datasource.
-      {"SELECT * FROM a JOIN b ON x = y", {"a-b [x=y]"}, "SELECT * FROM a INNER JOIN  b ON x=y"},
-      {"SELECT * FROM a LEFT JOIN b ON a.x = b.x AND b.flag = 1",
-       {"a.x-b.x [a.x=b.x]", "a-b [b.flag=1]"},
-       "SELECT * FROM a LEFT JOIN  b ON a.x=b.x And b.flag=1"},
-  };
-  for (const JoinCase& c : cases) {
+  for (const JoinCase& c : kJoinCases) {
     SCOPED_TRACE(c.SQL);
     Load(c.SQL);
     const int last = Operand()->GetFromClause()->GetCount() - 1;
     EXPECT_EQ(Links(last), c.Links);
     EXPECT_EQ(SQL(), c.Written);
+  }
+}
+
+// The same joins behind a long comma list (whose names and positions are looked up
+// through indexes while the clause loads) bind the same way.
+TEST_F(DatasourcesTest, JoinConditionsBindTheSameBehindALongFromList) {
+  std::string read;
+  std::string written;
+  for (int i = 1; i <= 40; ++i) {
+    read += "p" + std::to_string(i) + ", ";
+    written += "p" + std::to_string(i) + ",  ";
+  }
+  auto pad = [](std::string Text, const std::string& Before) {
+    const std::string from = "FROM a";
+    return Text.replace(Text.find(from), from.size(), "FROM " + Before + "a");
+  };
+  for (const JoinCase& c : kJoinCases) {
+    const std::string sql = pad(c.SQL, read);
+    SCOPED_TRACE(sql);
+    Load(sql);
+    const int last = Operand()->GetFromClause()->GetCount() - 1;
+    EXPECT_EQ(Links(last), c.Links);
+    EXPECT_EQ(SQL(), pad(c.Written, written));
+  }
+}
+
+// A long chain of joins, each condition written either way round and reaching back
+// either to the previous table or further; a condition naming a later table stays a
+// link without fields.
+TEST_F(DatasourcesTest, LongJoinChainsBindEveryCondition) {
+  const int n = 60;
+  std::string sql = "SELECT * FROM t1";
+  for (int i = 2; i <= n; ++i) {
+    const std::string self = "t" + std::to_string(i);
+    const std::string back = "t" + std::to_string(i % 3 == 0 ? 1 : i - (i % 2) - 1);
+    sql += " JOIN " + self + " ON ";
+    sql += i % 2 == 0 ? back + ".id = " + self + ".id" : self + ".id = " + back + ".id";
+    if (i % 7 == 0 && i < n)
+      sql += " AND " + self + ".k = t" + std::to_string(i + 1) + ".k";
+  }
+  Load(sql);
+  ASSERT_EQ(Operand()->GetFromClause()->GetCount(), n);
+  for (int i = 2; i <= n; ++i) {
+    SCOPED_TRACE(i);
+    const std::string self = "t" + std::to_string(i);
+    const std::string back = "t" + std::to_string(i % 3 == 0 ? 1 : i - (i % 2) - 1);
+    const std::string term =
+        i % 2 == 0 ? back + ".id=" + self + ".id" : self + ".id=" + back + ".id";
+    Strings expected{back + ".id-" + self + ".id [" + term + "]"};
+    if (i % 7 == 0 && i < n)
+      expected.push_back("t" + std::to_string(i - 1) + "-" + self + " [" + self + ".k=t" +
+                         std::to_string(i + 1) + ".k]");
+    EXPECT_EQ(Links(i - 1), expected);
   }
 }
 

@@ -102,5 +102,49 @@ TEST_F(ScopingTest, NumberedTermsSortTheOutputRow) {
   EXPECT_EQ(list->GetSortedItems(1)->GetSortType(), stAsc);
 }
 
+// FROM lists long enough to be indexed: an unqualified name binds where exactly one source
+// of the innermost block that has it does; a block where no source has it but one's
+// columns are unknown keeps it from the outer blocks.
+TEST_F(ScopingTest, UnqualifiedNamesInLongFromLists) {
+  std::string tables;
+  std::string inner;
+  for (int i = 1; i <= 20; ++i) {
+    const std::string n = std::to_string(i);
+    Tables["t" + n] = {"k" + n, "id"};
+    Tables["u" + n] = {"v" + n};
+    tables += (i > 1 ? ", t" : "t") + n;
+    inner += (i > 1 ? ", u" : "u") + n;
+  }
+  Tables["t5"] = {"k5", "K5", "shared"};  // a name listed twice still counts one source
+  Tables["t9"] = {"k9", "shared"};
+  struct Case {
+    const char* Select;
+    const char* Written;
+    const char* WithUnknown;  // when the table zz, of unknown columns, is in both lists
+  };
+  const Case cases[] = {
+      {"select k7, K12, k5", "SELECT t7.k7, t12.K12, t5.k5", "SELECT t7.k7, t12.K12, t5.k5"},
+      {"select shared, id, k7, nosuch", "SELECT shared, id, t7.k7, nosuch",
+       "SELECT shared, id, t7.k7, nosuch"},
+      {"select (select v3 + k7 from INNER)", "SELECT (SELECT u3.v3+t7.k7",
+       "SELECT (SELECT u3.v3+k7"},
+  };
+  for (const Case& c : cases) {
+    for (const bool unknown : {false, true}) {
+      SCOPED_TRACE(std::string(c.Select) + (unknown ? " with an unknown table" : ""));
+      const std::string zz = unknown ? ", zz" : "";
+      std::string sql = std::string(c.Select) + " from " + tables + zz;
+      if (const auto at = sql.find("INNER"); at != std::string::npos)
+        sql.replace(at, 5, inner + zz);
+      Load(sql);
+      // The FROM lists are written with the writer's separators; compare up to them.
+      std::string written = SQL();
+      written = written.substr(0, written.find(" FROM t1"));
+      written = written.substr(0, written.find(" FROM u1"));
+      EXPECT_EQ(written, unknown ? c.WithUnknown : c.Written);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace qorvex::modeltest

@@ -1,9 +1,19 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
+
 #include "model_support.h"
 
 namespace qorvex::modeltest {
 namespace {
+
+bool SameTextForTest(const std::string& A, const std::string& B) {
+  return A.size() == B.size() && std::equal(A.begin(), A.end(), B.begin(), [](char a, char b) {
+           return std::toupper(static_cast<unsigned char>(a)) ==
+                  std::toupper(static_cast<unsigned char>(b));
+         });
+}
 
 class SelectListTest : public ModelTest {
  protected:
@@ -59,6 +69,64 @@ TEST_F(SelectListTest, ConditionsLoadIntoRowsAndColumns) {
   EXPECT_EQ(
       SQL(),
       "SELECT t.a, Count(*) AS n FROM t WHERE t.a>0 GROUP BY t.a HAVING t.a<9 And Count(*)>1");
+}
+
+// Many terms over many columns: each finds the row of its expression (any letter case,
+// of a type the clause may use), new rows follow in order of first use, and a grouped
+// row is not taken for a WHERE term.
+TEST_F(SelectListTest, LongConditionsFindTheirRows) {
+  const int n = 40;
+  std::string where;
+  std::string orColumn;
+  for (int i = 1; i <= n; ++i)
+    where +=
+        (i > 1 ? " AND " : "") + std::string("t.c") + std::to_string(i) + " > " + std::to_string(i);
+  for (int i = n; i >= 1; i -= 3)
+    where += " AND T.C" + std::to_string(i) + " < " + std::to_string(100 + i);
+  for (int i = 2; i <= n; i += 5)
+    orColumn += (orColumn.empty() ? "" : " AND ") + std::string("t.c") + std::to_string(i) + " = 0";
+  std::string groupBy;
+  for (int i = 7; i <= n; i += 7)
+    groupBy += (groupBy.empty() ? "" : ", ") + std::string("t.c") + std::to_string(i);
+  Load("SELECT t.c3, t.c1 FROM t WHERE " + where + " OR " + orColumn + " GROUP BY " + groupBy);
+  auto at = [&](const std::string& Expression, TqxQueryBuilderGroupByType Type) {
+    TqxSelectList* list = Operand()->GetSelectList();
+    for (int r = 0; r < list->GetCount(); ++r) {
+      if (SameTextForTest(list->GetItems(r)->GetExpressionText(), Expression) &&
+          list->GetItems(r)->GetGroupByType() == Type)
+        return r;
+    }
+    return -1;
+  };
+  // Select items, the grouped rows, then the WHERE rows in order of first use.
+  std::vector<std::string> expected{"t.c3", "t.c1"};
+  for (int i = 7; i <= n; i += 7)
+    expected.push_back("t.c" + std::to_string(i));
+  for (int i = 1; i <= n; ++i) {
+    if (i != 1 && i != 3)
+      expected.push_back("t.c" + std::to_string(i));
+  }
+  expected.push_back("");  // the empty row
+  std::vector<std::string> rows;
+  for (int r = 0; r < Operand()->GetSelectList()->GetCount(); ++r)
+    rows.push_back(Operand()->GetSelectList()->GetItems(r)->GetExpressionText());
+  EXPECT_EQ(rows, expected);
+  for (int i = 1; i <= n; ++i) {
+    SCOPED_TRACE(i);
+    const int row = at("t.c" + std::to_string(i), gtWhere);
+    ASSERT_GE(row, 0);
+    std::string criteria = ">" + std::to_string(i);
+    if ((n - i) % 3 == 0)
+      criteria += " And <" + std::to_string(100 + i);
+    EXPECT_EQ(Row(row)->GetCondition(0), criteria);
+    EXPECT_EQ(Row(row)->GetCondition(1), i % 5 == 2 ? "=0" : "");
+    if (i % 7 == 0) {
+      const int grouped = at("t.c" + std::to_string(i), gtGroupBy);
+      ASSERT_GE(grouped, 0);
+      EXPECT_NE(grouped, row);
+      EXPECT_EQ(Row(grouped)->GetConditionsCount(), 0);
+    }
+  }
 }
 
 // The rows that filter, each as "expression: cell | cell", separated by "; ".
@@ -237,6 +305,70 @@ TEST_F(SelectListTest, SortingRowsWritesOrderBy) {
   EXPECT_EQ(Row(2)->GetExpressionText(), "t.b");
   EXPECT_FALSE(Row(2)->GetSelect());
   EXPECT_EQ(SQL(), "SELECT Count(*) AS n, t.a FROM t GROUP BY t.a ORDER BY n DESC, t.a, t.b");
+}
+
+// The grid's rows in order, each as its expression, "-" when it is not output, and
+// "#order" with " desc" when it sorts.
+std::string SortedGrid(const TqxSelectList& List) {
+  std::string text;
+  for (int i = 0; i < List.GetCount(); ++i) {
+    const TqxSelectItem& row = *List.GetItems(i);
+    if (row.IsEmpty())
+      continue;
+    text += (text.empty() ? "" : "; ") + row.GetExpressionText() + (row.GetSelect() ? "" : " -");
+    if (row.GetSortOrder() > 0)
+      text +=
+          " #" + std::to_string(row.GetSortOrder()) + (row.GetSortType() == stDesc ? " desc" : "");
+  }
+  return text;
+}
+
+// Terms that find the same rows several times: rows of an equal expression are taken in
+// grid order, output rows first, each once; a term meeting only sorted rows gets a row
+// of its own; an alias or a number may name a row an earlier term sorted.
+TEST_F(SelectListTest, OrderByTermsTakeEqualRowsOnce) {
+  struct Case {
+    const char* SQL;
+    const char* Grid;
+  };
+  const Case cases[] = {
+      {"SELECT t.a, t.a AS k, t.b FROM t WHERE t.c > 1 "
+       "ORDER BY T.A, t.a, t.a, t.c, t.c DESC, K, 3, 2",
+       "t.a #1; t.a #2; t.b #7; t.c - #4; t.a - #3; t.c - #5 desc; t.a - #6; t.a - #8"},
+      // Aliases are found ignoring case, the first in the grid.
+      {"SELECT t.b AS x, t.a AS X, t.c FROM t ORDER BY x DESC, X, 2, 1, 3, 4",
+       "t.b #1 desc; t.a #3; t.c #5; t.b - #2; t.b - #4; 4 - #6"},
+      // A star stops the numbering of output columns.
+      {"SELECT *, t.a FROM t ORDER BY 2, 1, t.a, t.A DESC",
+       "*; t.a #3; 2 - #1; 1 - #2; t.A - #4 desc"},
+      {"SELECT t.a FROM t WHERE t.b = 1 OR t.b = 2 ORDER BY t.b, t.a, t.b, 1",
+       "t.a #2; t.b - #1; t.b - #3; t.a - #4"},
+  };
+
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.SQL);
+    Load(c.SQL);
+    EXPECT_EQ(SortedGrid(*List()), c.Grid);
+    const std::string written = SQL();
+    Load(written);
+    EXPECT_EQ(SQL(), written) << "not stable";
+  }
+  // A long list: every term sorts exactly one row.
+  std::string terms;
+  const int n = 200;
+  for (int i = 1; i <= n; ++i)
+    terms += std::string(i > 1 ? ", " : "") + (i % 4 == 0   ? "t.a + " + std::to_string(i)
+                                               : i % 4 == 1 ? "t.b DESC"
+                                               : i % 4 == 2 ? "k"
+                                                            : std::to_string(i % 3 + 1));
+  Load("SELECT t.a, t.b AS k, t.c FROM t ORDER BY " + terms);
+  int sorted = 0;
+  for (int i = 0; i < List()->GetCount(); ++i)
+    sorted += Row(i)->GetSortOrder() > 0 ? 1 : 0;
+  EXPECT_EQ(sorted, n);
+  const std::string written = SQL();
+  Load(written);
+  EXPECT_EQ(SQL(), written);
 }
 
 TEST_F(SelectListTest, TickingAndUntickingFields) {

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <vector>
+
 #include "qorvex/core/component.h"
 #include "qorvex/core/metaclass.h"
 
@@ -72,6 +75,51 @@ TEST(Component, FreeNotificationClearsReferencesBothWays) {
   d.RemoveFreeNotification(c.get());
   c.reset();
   EXPECT_EQ(d.told, 0);
+}
+
+// A component followed by many others (a table joined to many): each is told once, the
+// latest first; those that unsubscribed or went first are not told, and subscribing
+// twice still counts once.
+TEST(Component, ManySubscribersAreToldOnceInReverseOrder) {
+  struct Listener : TqxComponent {
+    int id = 0;
+    std::vector<int>* log = nullptr;
+    ~Listener() override { BeginDestroy(); }
+    void Notification(TqxComponent*, TOperation) override { log->push_back(id); }
+  };
+  std::vector<int> log;
+  auto hub = std::make_unique<Listener>();
+  hub->log = &log;
+  std::vector<std::unique_ptr<Listener>> listeners;
+  for (int i = 0; i < 200; ++i) {
+    listeners.push_back(std::make_unique<Listener>());
+    listeners.back()->id = i;
+    listeners.back()->log = &log;
+    listeners.back()->FreeNotification(hub.get());
+  }
+  std::vector<int> expected;
+  for (int i = 0; i < 200; ++i) {
+    if (i % 3 == 0)
+      hub->RemoveFreeNotification(listeners[static_cast<std::size_t>(i)].get());
+    else if (i % 3 == 1 && i < 150)
+      listeners[static_cast<std::size_t>(i)].reset();  // the hub hears of it
+    else
+      hub->FreeNotification(listeners[static_cast<std::size_t>(i)].get());  // again
+  }
+  log.clear();
+  // Late subscribers after many have gone.
+  listeners[0]->FreeNotification(hub.get());
+  for (int i = 199; i >= 0; --i) {
+    if (i % 3 == 2 || (i % 3 == 1 && i >= 150))
+      expected.push_back(i);
+  }
+  expected.insert(expected.begin(), 0);
+  hub.reset();
+  EXPECT_EQ(log, expected);
+  // Nobody refers to the hub any more: freeing the rest tells no one.
+  log.clear();
+  listeners.clear();
+  EXPECT_TRUE(log.empty());
 }
 
 }  // namespace

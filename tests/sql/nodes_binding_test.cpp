@@ -93,6 +93,61 @@ TEST(Binding, NamesFindTheirSources) {
   }
 }
 
+// Long FROM lists are searched through an index of their block; every name must find the
+// source that a plain search of the same stack finds (alias before object name,
+// unaliased object first, list order among equals, the inner block before the outer).
+TEST(Binding, LongFromListsBindLikeAPlainSearch) {
+  const std::vector<std::string> outer = {"t", "T x",     "s.t",   "u",   "s.u y", "\"T\"", "v x",
+                                          "x", "db.s.t",  "w q",   "t z", "Q",     "q.t",   "u u",
+                                          "y", "\"U\" Y", "m.n.t", "k",   "K k2",  "t"};
+  const std::vector<std::string> inner = {"u",  "t T", "w",  "a1", "a2", "a3",    "a4", "a5",
+                                          "a6", "a7",  "a8", "a9", "b",  "s.b x", "X",  "c"};
+  const std::vector<std::string> names = {
+      "t.c",    "T.c",     "x.c",     "X.c",  "s.t.c", "S.T.c",   "u.c",      "U.c",
+      "y.c",    "Y.c",     "s.u.c",   "q.c",  "Q.c",   "q.t.c",   "db.s.t.c", "r.t.c",
+      "z.c",    "n.t.c",   "k.c",     "k2.c", "K.c",   "w.c",     "b.c",      "s.b.c",
+      "none.c", "m.n.t.c", "\"T\".c", "a5.c", "c.c",   "\"u\".c", "t.t.c"};
+  auto list = [](const std::vector<std::string>& Items, std::size_t Skip) {
+    std::string text;
+    for (std::size_t i = 0; i < Items.size(); ++i)
+      text += (i == 0 ? "" : ", ") + Items[(i + Skip) % Items.size()];
+    return text;
+  };
+  auto columns = [&](const char* Separator) {
+    std::string text;
+    for (std::size_t i = 0; i < names.size(); ++i)
+      text += (i == 0 ? "" : Separator) + names[i];
+    return text;
+  };
+  // Rotated lists put each source at the front, the middle and the end.
+  for (std::size_t skip : {0u, 7u, 13u}) {
+    const std::string text = "select " + columns(", ") + " from " + list(outer, skip) +
+                             " where exists (select 1 from " + list(inner, skip) + " where " +
+                             columns(" = 1 and ") + " = 1)";
+    SCOPED_TRACE(text);
+    Tree tree(text.c_str());
+    tree.Bind();
+    std::vector<TSQLFromSource*> stack{nullptr};
+    stack.insert(stack.end(), tree.sources.begin(), tree.sources.begin() + outer.size());
+    const std::size_t outerColumns = names.size();
+    std::size_t column = 0;
+    for (TSQLDatabaseObject* name : tree.names) {
+      if (dynamic_cast<TSQLObjectColumn*>(name) == nullptr)
+        continue;
+      if (column++ == outerColumns) {
+        stack.push_back(nullptr);
+        stack.insert(stack.end(), tree.sources.begin() + outer.size(), tree.sources.end());
+      }
+      TSQLFromSource* indexed = name->GetFromSource();
+      name->SetFromSource(nullptr);
+      name->FixupObjects(stack);
+      EXPECT_EQ(indexed, name->GetFromSource())
+          << name->GetQualifiedName() << (column > outerColumns ? " (inner)" : " (outer)");
+    }
+    EXPECT_EQ(column, 2 * names.size());
+  }
+}
+
 TEST(Binding, UnqualifiedColumnsKeepTheirBinding) {
   Tree tree("select c from t x");
   tree.Bind();

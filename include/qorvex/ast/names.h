@@ -10,6 +10,10 @@
 
 namespace qorvex {
 
+namespace ast {
+class TSQLFromSourceBlockIndex;
+}
+
 class TSQLFromSource;
 
 // A dotted name such as db.schema.table. The parts are kept innermost first: index 0 is
@@ -113,6 +117,10 @@ class TSQLDatabaseObject : public TSQLQualifiedName {
  protected:
   // Finds the source this name stands for in the stack of visible sources.
   virtual TSQLFromSource* FindFromSource(const std::vector<TSQLFromSource*>& List) const;
+  // FindFromSource within one indexed block; Key is the name's key part.
+  TSQLFromSource* FindInIndex(const std::vector<TSQLFromSource*>& List,
+                              const ast::TSQLFromSourceBlockIndex& Index,
+                              const std::string& Key) const;
   // Whether this name (or its qualifier) names `Source` by its alias or by its object.
   virtual bool MatchesAlias(const TSQLFromSource& Source) const;
   virtual bool MatchesObject(const TSQLFromSource& Source) const;

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace qorvex {
@@ -39,8 +42,14 @@ class TqxComponent {
   void BeginDestroy();
 
  private:
+  static void AddSubscriber(TqxComponent& owner, TqxComponent* other);
+  static void RemoveSubscriber(TqxComponent& owner, TqxComponent* other);
+
   std::string name_;
+  // In subscription order; a long list (a table joined to many others) also keeps each
+  // subscriber's position, and leaves null holes where subscribers went.
   std::vector<TqxComponent*> subscribers_;
+  std::unique_ptr<std::unordered_map<TqxComponent*, std::size_t>> positions_;
   bool destroying_ = false;
   bool notified_ = false;
 };

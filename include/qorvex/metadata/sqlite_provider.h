@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -45,7 +46,7 @@ class TqxSQLiteConnection : public TqxComponent {
 // its result columns, and the foreign-key pragmas for relations.
 class TqxSQLiteMetadataProvider : public TqxConnectedMetadataProvider<TqxSQLiteConnection> {
  public:
-  TqxSQLiteMetadataProvider() = default;
+  TqxSQLiteMetadataProvider();
   explicit TqxSQLiteMetadataProvider(TqxSQLiteConnection* Connection);
 
   // Raises EqxError without a connection.
@@ -58,9 +59,18 @@ class TqxSQLiteMetadataProvider : public TqxConnectedMetadataProvider<TqxSQLiteC
   // keys; appended to `Relations`. Nothing without a connection.
   void GetTableRelations(const TSQLDatabaseObject& TableName,
                          TSQLMetadataRelations& Relations) override;
+  ~TqxSQLiteMetadataProvider() override;
 
  private:
   sqlite3* OpenHandle(const char* Operation);
+
+  // Every foreign key of the database, read in one pass and kept while the database and
+  // its schema version stay the same, so that asking for many tables' relations does not
+  // read every table's keys each time.
+  struct KeyIndex;
+  // Table names the relations asked for (for error messages).
+  const KeyIndex& GetKeyIndex(sqlite3* Database, const std::string& Table);
+  std::unique_ptr<KeyIndex> Keys_;
 };
 
 }  // namespace qorvex

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <typeinfo>
+#include <unordered_map>
 #include <vector>
 
 #include "qorvex/ast/names.h"
@@ -159,6 +160,12 @@ class TqxDatasourceGroup : public TqxDatasourceBase {
   std::vector<std::unique_ptr<TqxDatasourceBase>> Items_;
 
  private:
+  // The item of this group that DS is or lies in (through nested groups only), by
+  // walking up from DS; null when there is none.
+  const TqxDatasourceBase* ItemHolding(const TqxDatasourceBase* DS) const;
+  // While the group binds its items' join conditions, each item's position.
+  const std::unordered_map<const TqxDatasourceBase*, std::size_t>* LoadPositions_ = nullptr;
+
   friend class TqxUnionSubQuery;
 };
 
@@ -171,9 +178,18 @@ class TqxFromClause : public TqxDatasourceGroup {
   void LoadFromAST(std::unique_ptr<TSQLFromSource> Source) override;
   // Null when the clause is empty.
   std::unique_ptr<TSQLFromClause> BuildClause(TSQLFromSourceMap& Map) const;
+  TqxDatasourceBase* FindBySource(const TSQLFromSource* Source) override;
 
  protected:
   void FreeModelObject() override {}
+
+ private:
+  friend class TqxDatasourceGroup;
+  // While the clause loads, every datasource made so far by its source, so that binding
+  // a join condition finds the datasources of its columns without a search.
+  void IndexSource(TqxDatasourceBase* DS);
+  bool Loading_ = false;
+  std::unordered_map<const TSQLFromSource*, TqxDatasourceBase*> SourceIndex_;
 };
 
 // One source shown as a box on the work area: a table, view, derived table or other FROM

@@ -215,6 +215,14 @@ class TqxSelectList : public TqxQueryBuilderControlOwner {
   void EnsureEmptyRow();
   void RemoveFromSorted(TqxSelectItem* Item);
 
+  // While conditions or a GROUP BY list load into a grid whose only empty row is the
+  // last, the rows with an expression by the key of their one-line text (letter case ignored
+  // outside quotes), in grid order, so that each term finds its row without writing every row's
+  // expression.
+  struct RowIndex;
+  friend struct RowIndex;
+  RowIndex* RowIndex_ = nullptr;
+
   TqxUnionSubQuery* UnionSubQuery_;
   std::vector<std::unique_ptr<TqxSelectItem>> Items_;
   std::vector<TqxSelectItem*> Sorted_;
