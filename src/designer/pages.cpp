@@ -122,7 +122,9 @@ void TqxQueryTabSheet::UpdateContent() {
 }
 
 void TqxQueryTabSheet::PlaceNavBar() {
-  if (NavBar_ == nullptr)
+  // A released sheet waits for its deferred deletion after the builder may be gone; the
+  // work areas it watches can still deliver events until then.
+  if (NavBar_ == nullptr || Query_ == nullptr)
     return;
   TqxQueryBuilder* builder = Pages_->GetBuilder();
   QRect area = rect();

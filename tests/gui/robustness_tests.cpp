@@ -30,6 +30,20 @@ TEST_F(Robustness, TwoAssignmentsBeforeTheLoopRunsEndInAnEmptyQuery) {
   ExpectBoxesMatchModel();
 }
 
+TEST_F(Robustness, EventsStillQueuedWhenTheBuilderGoesAreHarmless) {
+  // Controls released with the builder wait for their deferred deletion; layout and resize
+  // events already queued for them arrive first.
+  Load(
+      "select c.Name from Customers c inner join Orders o on c.Id = o.CustomerId "
+      "union select p.Name from Products p");
+  for (TqxQueryBuilderWorkArea* area : Builder->findChildren<TqxQueryBuilderWorkArea*>())
+    QApplication::postEvent(area, new QEvent(QEvent::LayoutRequest));
+  Builder.reset();
+  QApplication::processEvents();
+  Settle();
+  SUCCEED();
+}
+
 TEST_F(Robustness, FocusFollowsPressesAndLeavesWithTheKeyboard) {
   Load("select * from Customers c, Orders o");
   // Another control of the same window, outside the diagram.
