@@ -73,10 +73,12 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
   connect(Builder_, &TqxQueryBuilder::sqlLoaded, this, [this] { LoadingFromPane_ = false; });
   // Typed text not yet applied goes to the diagram before the diagram is edited, so that
   // neither the text nor the edit is lost.
-  connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* Now) {
-    if (Pause_->isActive() && Now != nullptr && (Now == Builder_ || Builder_->isAncestorOf(Now)))
-      ApplyText();
-  });
+  FocusConnection_ =
+      connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* Now) {
+        if (Pause_->isActive() && Now != nullptr &&
+            (Now == Builder_ || Builder_->isAncestorOf(Now)))
+          ApplyText();
+      });
   connect(Builder_, &TqxQueryBuilder::metadataError, this, &TqxDesignerWindow::ShowMetadataError);
   connect(Builder_, &TqxQueryBuilder::errorOccurred, this,
           [this](const QString& Message) { Status_->setText(Message); });
@@ -94,6 +96,11 @@ void TqxDesignerWindow::SyncLinkStyleMenu() {
                               : QString();
   for (QAction* action : LinkStyles_->actions())
     action->setChecked(action->text() == current);
+}
+
+TqxDesignerWindow::~TqxDesignerWindow() {
+  // Freeing the children moves the focus; the window is no longer whole by then.
+  disconnect(FocusConnection_);
 }
 
 void TqxDesignerWindow::TextEdited() {

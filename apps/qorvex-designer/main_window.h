@@ -22,6 +22,7 @@ class TqxDesignerWindow : public QMainWindow {
  public:
   TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax, TqxBaseMetadataProvider* Metadata,
                     const QString& Source);
+  ~TqxDesignerWindow() override;
 
   TqxQueryBuilder* Builder() const { return Builder_; }
   QPlainTextEdit* Editor() const { return Editor_; }
@@ -54,6 +55,8 @@ class TqxDesignerWindow : public QMainWindow {
   QActionGroup* LinkStyles_ = nullptr;
   bool SettingText_ = false;
   bool LoadingFromPane_ = false;
+  // The application-wide focus signal, let go before the window's children are freed.
+  QMetaObject::Connection FocusConnection_;
 };
 
 }  // namespace qorvex

@@ -230,11 +230,16 @@ TqxUnionSubQueryTabSheet::TqxUnionSubQueryTabSheet(TqxQueryBuilder* Builder,
 }
 
 int TqxUnionSubQueryTabSheet::BottomPanelHeight() const {
+  // A released page may outlive its builder until its deferred deletion.
+  if (Operand_ == nullptr)
+    return 0;
   const int fixed = Builder_->GetDefColumnsPaneHeight();
   return fixed != 0 ? fixed : Builder_->height() * 3 / 8;
 }
 
 void TqxUnionSubQueryTabSheet::UpdateLayout() {
+  if (Operand_ == nullptr)
+    return;
   Splitter_->setHandleWidth(Builder_->GetSplitterHeight());
 }
 

@@ -22,19 +22,20 @@ namespace {
 // Runs Driver on the dialog of class T once it is the active modal window (the caller
 // then opens it and its event loop delivers the timer).
 template <class T>
+void PollForModal(std::shared_ptr<std::function<void(T*)>> Driver, int Tries) {
+  auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
+  if (dialog != nullptr && dialog->isVisible()) {
+    (*Driver)(dialog);
+    return;
+  }
+  if (Tries < 300)
+    QTimer::singleShot(10, [Driver, Tries] { PollForModal<T>(Driver, Tries + 1); });
+}
+
+template <class T>
 void OnModal(std::function<void(T*)> Driver) {
-  auto tries = std::make_shared<int>(0);
-  auto poll = std::make_shared<std::function<void()>>();
-  *poll = [=] {
-    auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
-    if (dialog != nullptr && dialog->isVisible()) {
-      Driver(dialog);
-      return;
-    }
-    if (++*tries < 300)
-      QTimer::singleShot(10, *poll);
-  };
-  QTimer::singleShot(0, *poll);
+  auto driver = std::make_shared<std::function<void(T*)>>(std::move(Driver));
+  QTimer::singleShot(0, [driver] { PollForModal<T>(driver, 0); });
 }
 
 // The SQL-92 dialect without views.
