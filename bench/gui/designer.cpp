@@ -2,6 +2,7 @@
 // controls, moving one box among 200, and one full repaint of a diagram of 200 boxes (the
 // whole diagram, and the part a work area shows).
 #include <benchmark/benchmark.h>
+#include "bench_support.h"
 
 #include <QApplication>
 #include <QImage>
@@ -20,7 +21,7 @@ namespace {
 
 using namespace qorvex;
 
-constexpr QEvent::Type kLoadSQLEvent = static_cast<QEvent::Type>(1024);
+using bench::kLoadSQLEvent;
 
 // T0 .. Tn-1, each joined to the one before by a key column.
 std::string JoinedTables(int Count, const std::string& AliasPrefix) {
@@ -33,35 +34,8 @@ std::string JoinedTables(int Count, const std::string& AliasPrefix) {
   return sql;
 }
 
-struct Designer {
-  Designer() {
-    Metadata.OnGetSQLFieldNames = [](TqxEventMetadataProvider*, const std::string&,
-                                     std::vector<std::string>& Fields) {
-      Fields = {"Id", "ParentId", "Name", "Code", "Created", "Amount"};
-    };
-    Builder.SetSyntaxProvider(&Syntax);
-    Builder.SetMetadataProvider(&Metadata);
-    Builder.resize(1200, 800);
-    Builder.show();
-    QApplication::processEvents();
-  }
-  // Assigns the text and delivers the load message.
-  void Load(const std::string& Sql) {
-    Builder.SetSQL(Sql);
-    QApplication::sendPostedEvents(&Builder, kLoadSQLEvent);
-  }
-  void Flush() {
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QApplication::processEvents();
-  }
-  TqxQueryBuilderWorkArea* WorkArea() {
-    auto* control = dynamic_cast<TqxWidgetControl*>(Builder.GetActiveUnionSubquery()->GetControl());
-    return qobject_cast<TqxUnionSubQueryTabSheet*>(control->GetWidget())->GetWorkArea();
-  }
-
-  TqxSQL92SyntaxProvider Syntax;
-  TqxEventMetadataProvider Metadata;
-  TqxQueryBuilder Builder;
+struct Designer : bench::TqxBenchDesigner {
+  Designer() : TqxBenchDesigner({"Id", "ParentId", "Name", "Code", "Created", "Amount"}) {}
 };
 
 void BM_LoadHundredJoinedTables(benchmark::State& State) {
@@ -133,13 +107,5 @@ BENCHMARK(BM_RepaintVisibleWorkAreaOf200Boxes)->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv))
-    return 1;
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
+  return qorvex::bench::RunDesignerBenchmarks(argc, argv);
 }

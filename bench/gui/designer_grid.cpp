@@ -2,6 +2,7 @@
 // and one cell edit committed through the grid (the model changed, the SQL written anew
 // and the grid refreshed).
 #include <benchmark/benchmark.h>
+#include "bench_support.h"
 
 #include <QApplication>
 #include <memory>
@@ -19,7 +20,7 @@ namespace {
 
 using namespace qorvex;
 
-constexpr QEvent::Type kLoadSQLEvent = static_cast<QEvent::Type>(1024);
+using bench::kLoadSQLEvent;
 
 // 300 columns of one table, each as an output row.
 std::string ThreeHundredColumns() {
@@ -29,27 +30,15 @@ std::string ThreeHundredColumns() {
   return sql + " from T t";
 }
 
-struct Designer {
-  Designer() {
-    Metadata.OnGetSQLFieldNames = [](TqxEventMetadataProvider*, const std::string&,
-                                     std::vector<std::string>& Fields) {
-      for (int i = 0; i < 300; ++i)
-        Fields.push_back("C" + std::to_string(i));
-    };
-    Builder.SetSyntaxProvider(&Syntax);
-    Builder.SetMetadataProvider(&Metadata);
-    Builder.resize(1200, 800);
-    Builder.show();
-    QApplication::processEvents();
-  }
-  void Load(const std::string& Sql) {
-    Builder.SetSQL(Sql);
-    QApplication::sendPostedEvents(&Builder, kLoadSQLEvent);
-  }
-  void Flush() {
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QApplication::processEvents();
-  }
+std::vector<std::string> ThreeHundredFields() {
+  std::vector<std::string> fields;
+  for (int i = 0; i < 300; ++i)
+    fields.push_back("C" + std::to_string(i));
+  return fields;
+}
+
+struct Designer : bench::TqxBenchDesigner {
+  Designer() : TqxBenchDesigner(ThreeHundredFields()) {}
   TqxQueryBuilderSelectListControl* Grid() {
     auto* control = dynamic_cast<TqxWidgetControl*>(
         Builder.GetActiveUnionSubquery()->GetSelectList()->GetControl());
@@ -57,10 +46,6 @@ struct Designer {
                ? qobject_cast<TqxQueryBuilderSelectListControl*>(control->GetWidget())
                : nullptr;
   }
-
-  TqxSQL92SyntaxProvider Syntax;
-  TqxEventMetadataProvider Metadata;
-  TqxQueryBuilder Builder;
 };
 
 void BM_ShowGridOf300Items(benchmark::State& State) {
@@ -104,13 +89,5 @@ BENCHMARK(BM_CommitOneCellIn300ItemGrid)->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv))
-    return 1;
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
+  return qorvex::bench::RunDesignerBenchmarks(argc, argv);
 }

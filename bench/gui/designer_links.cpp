@@ -1,6 +1,7 @@
 // Links on the designer's diagram, off screen: a statement of 200 joined tables with 300
 // links. Re-placing links after one box moves, and one full repaint in each link style.
 #include <benchmark/benchmark.h>
+#include "bench_support.h"
 
 #include <QApplication>
 #include <QImage>
@@ -20,7 +21,7 @@ namespace {
 
 using namespace qorvex;
 
-constexpr QEvent::Type kLoadSQLEvent = static_cast<QEvent::Type>(1024);
+using bench::kLoadSQLEvent;
 constexpr int kBoxes = 200;
 constexpr int kLinks = 300;
 
@@ -42,23 +43,11 @@ std::string JoinedTables() {
   return sql;
 }
 
-struct Diagram {
-  Diagram() {
-    Metadata.OnGetSQLFieldNames = [](TqxEventMetadataProvider*, const std::string&,
-                                     std::vector<std::string>& Fields) {
-      Fields = {"Id", "ParentId", "Name", "Code", "Created", "Amount"};
-    };
-    Builder.SetSyntaxProvider(&Syntax);
-    Builder.SetMetadataProvider(&Metadata);
-    Builder.resize(1200, 800);
-    Builder.show();
-    QApplication::processEvents();
-    Builder.SetSQL(JoinedTables());
-    QApplication::sendPostedEvents(&Builder, kLoadSQLEvent);
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QApplication::processEvents();
-    auto* control = dynamic_cast<TqxWidgetControl*>(Builder.GetActiveUnionSubquery()->GetControl());
-    Area = qobject_cast<TqxUnionSubQueryTabSheet*>(control->GetWidget())->GetWorkArea();
+struct Diagram : bench::TqxBenchDesigner {
+  Diagram() : TqxBenchDesigner({"Id", "ParentId", "Name", "Code", "Created", "Amount"}) {
+    Load(JoinedTables());
+    Flush();
+    Area = WorkArea();
   }
   bool Complete() const {
     int placed = 0;
@@ -67,9 +56,6 @@ struct Diagram {
     return Area->Boxes().size() == kBoxes && placed == kLinks;
   }
 
-  TqxSQL92SyntaxProvider Syntax;
-  TqxEventMetadataProvider Metadata;
-  TqxQueryBuilder Builder;
   TqxQueryBuilderWorkArea* Area = nullptr;
 };
 
@@ -157,13 +143,5 @@ BENCHMARK(BM_PaintLinksOnly)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv))
-    return 1;
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
+  return qorvex::bench::RunDesignerBenchmarks(argc, argv);
 }

@@ -2,6 +2,7 @@
 // (reading the names, filling and laying out the list) and narrowing it by the filter.
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
+#include "bench_support.h"
 
 #include <QApplication>
 #include <QDir>
@@ -92,10 +93,5 @@ BENCHMARK(BM_AddObjectFilterKeystroke)->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
+  return qorvex::bench::RunDesignerBenchmarks(argc, argv);
 }
