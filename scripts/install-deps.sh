@@ -7,6 +7,8 @@ packages=(
   cmake ninja-build g++ make pkg-config
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   qt6-base-dev libgl-dev fonts-dejavu-core
+  qt6-svg-dev libqscintilla2-qt6-dev qt6-tools-dev libqt6sql6-sqlite libqt6sql6-odbc
+  doxygen graphviz
   libsqlite3-dev sqlite3
   unixodbc unixodbc-dev odbc-postgresql libsqliteodbc
   postgresql
