@@ -15,13 +15,6 @@ select 1;
 select 1, 2, 3;
 select a from t;
 SeLeCt A FrOm T;
-select
-  a,
-  b
-from
-  t
-where
-  a = 1;
 select	a	from	t;
 select a x from t;
 select a as x from t;
@@ -122,79 +115,20 @@ select case case a when 1 then 2 end when 2 then 3 end from t;
 select case when exists (select * from u) then 1 else 0 end from t;
 select current_timestamp, current_user, session_user, system_user;
 select current_timestamp - 1 from t;
-select cast(a as int) from t;
-select cast(a as integer) from t;
-select cast(a as int2) from t;
-select cast(a as int4) from t;
-select cast(a as int8) from t;
-select cast(a as smallint) from t;
-select cast(a as bigint) from t;
-select cast(a as serial) from t;
-select cast(a as serial4) from t;
-select cast(a as serial8) from t;
-select cast(a as bigserial) from t;
-select cast(a as bit) from t;
-select cast(a as varbit) from t;
-select cast(a as varchar) from t;
-select cast(a as character) from t;
-select cast(a as char) from t;
-select cast(a as interval) from t;
-select cast(a as numeric) from t;
-select cast(a as decimal) from t;
-select cast(a as boolean) from t;
-select cast(a as bool) from t;
-select cast(a as box) from t;
-select cast(a as bytea) from t;
-select cast(a as cidr) from t;
-select cast(a as circle) from t;
-select cast(a as date) from t;
-select cast(a as double precision) from t;
-select cast(a as float8) from t;
-select cast(a as float4) from t;
-select cast(a as inet) from t;
-select cast(a as line) from t;
-select cast(a as lseg) from t;
-select cast(a as macaddr) from t;
-select cast(a as money) from t;
-select cast(a as path) from t;
-select cast(a as point) from t;
-select cast(a as polygon) from t;
-select cast(a as real) from t;
-select cast(a as text) from t;
-select cast(a as time) from t;
-select cast(a as timetz) from t;
-select cast(a as timestamp) from t;
-select cast(a as timestamptz) from t;
-select cast(a as bit(1)) from t;
-select cast(a as varbit(8)) from t;
-select cast(a as character(10)) from t;
-select cast(a as character varying(20)) from t;
-select cast(a as char(3)) from t;
-select cast(a as varchar(255)) from t;
-select cast(a as numeric(10)) from t;
-select cast(a as numeric(10, 2)) from t;
-select cast(a as decimal(5)) from t;
-select cast(a as decimal(12,4)) from t;
-select cast(a as time(3)) from t;
-select cast(a as time(3) with time zone) from t;
-select cast(a as time(0) without time zone) from t;
-select cast(a as timestamp(6)) from t;
-select cast(a as timestamp(6) with time zone) from t;
-select cast(a as timestamp(6) without time zone) from t;
-select cast(a as mytype) from t;
-select cast(a as myschema.mytype) from t;
-select cast(a as "my type") from t;
+select cast(a as int), cast(a as integer), cast(a as int2), cast(a as int4), cast(a as int8), cast(a as smallint) from t;
+select cast(a as bigint), cast(a as serial), cast(a as serial4), cast(a as serial8), cast(a as bigserial), cast(a as bit) from t;
+select cast(a as varbit), cast(a as varchar), cast(a as character), cast(a as char), cast(a as interval), cast(a as numeric) from t;
+select cast(a as decimal), cast(a as boolean), cast(a as bool), cast(a as box), cast(a as bytea), cast(a as cidr) from t;
+select cast(a as circle), cast(a as date), cast(a as double precision), cast(a as float8), cast(a as float4), cast(a as inet) from t;
+select cast(a as line), cast(a as lseg), cast(a as macaddr), cast(a as money), cast(a as path), cast(a as point) from t;
+select cast(a as polygon), cast(a as real), cast(a as text), cast(a as time), cast(a as timetz), cast(a as timestamp) from t;
+select cast(a as timestamptz), cast(a as bit(1)), cast(a as varbit(8)), cast(a as character(10)), cast(a as character varying(20)), cast(a as char(3)) from t;
+select cast(a as varchar(255)), cast(a as numeric(10)), cast(a as numeric(10, 2)), cast(a as decimal(5)), cast(a as decimal(12,4)), cast(a as time(3)) from t;
+select cast(a as time(3) with time zone), cast(a as time(0) without time zone), cast(a as timestamp(6)), cast(a as timestamp(6) with time zone), cast(a as timestamp(6) without time zone), cast(a as mytype) from t;
+select cast(a as myschema.mytype), cast(a as "my type") from t;
 select cast(cast(a as int) as varchar(10)) from t;
 select cast(a + 1 as numeric(5,1)) * 2 from t;
-select * from t where a = 1;
-select * from t where a <> 1;
-select * from t where a != 1;
-select * from t where a <= 1;
-select * from t where a !> 1;
-select * from t where a < 1;
-select * from t where a >= 1;
-select * from t where a !< 1;
-select * from t where a > 1;
+select * from t where a = 1 or a <> 1 or a != 1 or a <= 1 or a !> 1 or a < 1 or a >= 1 or a !< 1 or a > 1;
 select * from t where a is null;
 select * from t where a is not null;
 select * from t where a like 'x%';
@@ -350,28 +284,13 @@ select sum(case when status = 'ok' then 1 else 0 end) as ok, sum(case when statu
 select name from sys.tables where type = 'U' and name like 'tmp%' escape '\';
 select x.a, y.b, z.c from x join y on y.id = x.id join z on z.id = y.id and z.kind in (1, 2, 3) where x.flag = 1;
 SELECT DISTINCT * FROM T;
-select
-distinct
-* from t;
 SELECT 1, 2, 3;
-select
-1,
-2, 3;
 SELECT A 'X' FROM T;
 SELECT A AS "MY ALIAS" FROM T;
 SELECT A.B.C.D FROM T;
-select
-a.b.c.d
-from t;
 SELECT * FROM DB..T;
-select
-*
-from db..t;
 SELECT "MY COL" FROM "MY TABLE";
 SELECT NAME, TYPE, DATA FROM CATALOG_NAME;
-select
-name,
-type, data from catalog_name;
 SELECT 'IT''S';
 SELECT { D '2020-01-31' };
 SELECT -A FROM T;
@@ -383,142 +302,46 @@ select
 1
 - -1;
 SELECT COUNT(ALL A) FROM T;
-select
-count(all
-a) from t;
 SELECT F(G(H(1))) FROM T;
-select
-f(g(h(1)))
-from t;
 SELECT COUNT(*) + 1 FROM T;
 select
 count(*)
 + 1 from t;
 SELECT CASE WHEN A = 1 THEN 1 WHEN A = 2 OR B = 3 THEN 2 END FROM T;
-select
-case
-when a = 1 then 1 when a = 2 or b = 3 then 2 end from t;
 SELECT CAST(A AS INTEGER) FROM T;
-select
-cast(a
-as integer) from t;
 SELECT CAST(A AS SERIAL4) FROM T;
-select
-cast(a
-as serial4) from t;
 SELECT CAST(A AS CHAR) FROM T;
-select
-cast(a
-as char) from t;
 SELECT CAST(A AS BYTEA) FROM T;
-select
-cast(a
-as bytea) from t;
 SELECT CAST(A AS INET) FROM T;
-select
-cast(a
-as inet) from t;
 SELECT CAST(A AS POLYGON) FROM T;
-select
-cast(a
-as polygon) from t;
 SELECT CAST(A AS BIT(1)) FROM T;
-select
-cast(a
-as bit(1)) from t;
 SELECT CAST(A AS NUMERIC(10, 2)) FROM T;
-select
-cast(a
-as numeric(10, 2)) from t;
 SELECT CAST(A AS TIMESTAMP(6) WITH TIME ZONE) FROM T;
 select
 cast(a
 as timestamp(6) with time zone) from t;
 SELECT * FROM T WHERE A = 1;
-select
-*
-from t where a = 1;
 SELECT * FROM T WHERE A !< 1;
-select
-*
-from t where a !< 1;
 SELECT * FROM T WHERE A NOT LIKE B ESCAPE C;
-select
-*
-from t where a not like b escape c;
 SELECT * FROM T WHERE EXISTS (SELECT * FROM U);
-select
-*
-from t where exists (select * from u);
 SELECT * FROM T WHERE IS NULL;
-select
-*
-from t where is null;
 SELECT * FROM T WHERE NOT (A = 1 AND B = 2);
-select
-*
-from t where not (a = 1 and b = 2);
 SELECT * FROM T WHERE A = 1 OR B = 2 AND C = 3;
-select
-*
-from t where a = 1 or b = 2 and c = 3;
 SELECT * FROM T WHERE (SELECT COUNT(*) FROM U) > 0;
-select
-*
-from t where (select count(*) from u) > 0;
 SELECT * FROM T WHERE CASE WHEN A = 1 THEN B END = 2;
-select
-*
-from t where case when a = 1 then b end = 2;
 SELECT * FROM T1 CROSS JOIN T2;
-select
-*
-from t1 cross join t2;
 SELECT * FROM T1 FULL JOIN T2 ON T1.A = T2.A;
-select
-*
-from t1 full join t2 on t1.a = t2.a;
 SELECT * FROM T1 JOIN T2, T3 ON T1.A = T3.A;
-select
-*
-from t1 join t2, t3 on t1.a = t3.a;
 SELECT * FROM (T1, T2);
-select
-*
-from (t1, t2);
 SELECT * FROM (SELECT A FROM T) 'X';
 SELECT * FROM F() AS X;
-select
-*
-from f() as x;
 SELECT * FROM T AS TYPE;
-select
-*
-from t as type;
 SELECT A, B, SUM(C) FROM T GROUP BY A, B;
-select
-a,
-b, sum(c) from t group by a, b;
 SELECT * FROM T ORDER BY A, B DESC, C ASC;
-select
-*
-from t order by a, b desc, c asc;
 SELECT A FROM T UNION ALL SELECT A FROM U;
-select
-a
-from t union all select a from u;
 (SELECT A FROM T);
-(select
-a
-from t);
 SELECT A FROM T UNION ((SELECT A FROM U) INTERSECT (SELECT A FROM V));
-select
-a
-from t union ((select a from u) intersect (select a from v));
 SELECT * FROM T WHERE A = (SELECT (SELECT 1));
-select
-*
-from t where a = (select (select 1));
 SELECT O.ID, C.NAME, SUM(L.QTY * L.PRICE) AS TOTAL FROM ORDERS O JOIN CUSTOMERS C ON C.ID = O.CUSTOMER_ID LEFT JOIN LINES L ON L.ORDER_ID = O.ID WHERE O.CREATED >= {D '2024-01-01'} GROUP BY O.ID, C.NAME HAVING SUM(L.QTY * L.PRICE) > 100 ORDER BY TOTAL DESC;
 SELECT NAME FROM SYS.TABLES WHERE TYPE = 'U' AND NAME LIKE 'TMP%' ESCAPE '\';
 select "Größe" - 1, 'naïve', a - b from "Straße" s where s."Größe" - 1 > 0 and 'é' <> x - 2;
