@@ -1,81 +1,47 @@
 -- Statements for the model round trip, one a line.
 
--- Joins of 2 to 8 tables along the foreign keys: inner and outer, either spelling,
+-- Joins of 2, 4, 6 and 8 tables along the foreign keys: inner and outer, either spelling,
 -- either order of the ON operands, with and without WHERE and ORDER BY.
 SELECT oi.order_id, oi.product_id, o.status FROM order_items oi INNER JOIN orders o ON o.id = oi.order_id ORDER BY oi.order_id, oi.product_id
 SELECT oi.order_id, oi.product_id, o.status FROM order_items oi LEFT OUTER JOIN orders o ON o.id = oi.order_id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
 SELECT oi.order_id, oi.product_id, o.status FROM order_items oi JOIN orders o ON oi.order_id = o.id
 SELECT oi.order_id, oi.product_id, o.status FROM order_items oi LEFT JOIN orders o ON oi.order_id = o.id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
-SELECT oi.order_id, oi.product_id, o.status, c.name FROM order_items oi INNER JOIN orders o ON o.id = oi.order_id JOIN customers c ON c.id = o.customer_id ORDER BY oi.order_id, oi.product_id
-SELECT oi.order_id, oi.product_id, o.status, c.name FROM order_items oi LEFT OUTER JOIN orders o ON o.id = oi.order_id LEFT JOIN customers c ON c.id = o.customer_id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
-SELECT oi.order_id, oi.product_id, o.status, c.name FROM order_items oi JOIN orders o ON oi.order_id = o.id INNER JOIN customers c ON o.customer_id = c.id
-SELECT oi.order_id, oi.product_id, o.status, c.name FROM order_items oi LEFT JOIN orders o ON oi.order_id = o.id LEFT OUTER JOIN customers c ON o.customer_id = c.id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name FROM order_items oi INNER JOIN orders o ON o.id = oi.order_id JOIN customers c ON c.id = o.customer_id INNER JOIN countries co ON co.id = c.country_id ORDER BY oi.order_id, oi.product_id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name FROM order_items oi LEFT OUTER JOIN orders o ON o.id = oi.order_id LEFT JOIN customers c ON c.id = o.customer_id LEFT OUTER JOIN countries co ON co.id = c.country_id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name FROM order_items oi JOIN orders o ON oi.order_id = o.id INNER JOIN customers c ON o.customer_id = c.id JOIN countries co ON c.country_id = co.id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name FROM order_items oi LEFT JOIN orders o ON oi.order_id = o.id LEFT OUTER JOIN customers c ON o.customer_id = c.id LEFT JOIN countries co ON c.country_id = co.id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
-SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name FROM order_items oi INNER JOIN orders o ON o.id = oi.order_id JOIN customers c ON c.id = o.customer_id INNER JOIN countries co ON co.id = c.country_id JOIN regions r ON r.id = co.region_id ORDER BY oi.order_id, oi.product_id
-SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name FROM order_items oi LEFT OUTER JOIN orders o ON o.id = oi.order_id LEFT JOIN customers c ON c.id = o.customer_id LEFT OUTER JOIN countries co ON co.id = c.country_id LEFT JOIN regions r ON r.id = co.region_id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
-SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name FROM order_items oi JOIN orders o ON oi.order_id = o.id INNER JOIN customers c ON o.customer_id = c.id JOIN countries co ON c.country_id = co.id INNER JOIN regions r ON co.region_id = r.id
-SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name FROM order_items oi LEFT JOIN orders o ON oi.order_id = o.id LEFT OUTER JOIN customers c ON o.customer_id = c.id LEFT JOIN countries co ON c.country_id = co.id LEFT OUTER JOIN regions r ON co.region_id = r.id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price FROM order_items oi INNER JOIN orders o ON o.id = oi.order_id JOIN customers c ON c.id = o.customer_id INNER JOIN countries co ON co.id = c.country_id JOIN regions r ON r.id = co.region_id INNER JOIN products p ON p.id = oi.product_id ORDER BY oi.order_id, oi.product_id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price FROM order_items oi LEFT OUTER JOIN orders o ON o.id = oi.order_id LEFT JOIN customers c ON c.id = o.customer_id LEFT OUTER JOIN countries co ON co.id = c.country_id LEFT JOIN regions r ON r.id = co.region_id LEFT OUTER JOIN products p ON p.id = oi.product_id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price FROM order_items oi JOIN orders o ON oi.order_id = o.id INNER JOIN customers c ON o.customer_id = c.id JOIN countries co ON c.country_id = co.id INNER JOIN regions r ON co.region_id = r.id JOIN products p ON oi.product_id = p.id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price FROM order_items oi LEFT JOIN orders o ON oi.order_id = o.id LEFT OUTER JOIN customers c ON o.customer_id = c.id LEFT JOIN countries co ON c.country_id = co.id LEFT OUTER JOIN regions r ON co.region_id = r.id LEFT JOIN products p ON oi.product_id = p.id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
-SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price, ca.name FROM order_items oi INNER JOIN orders o ON o.id = oi.order_id JOIN customers c ON c.id = o.customer_id INNER JOIN countries co ON co.id = c.country_id JOIN regions r ON r.id = co.region_id INNER JOIN products p ON p.id = oi.product_id JOIN categories ca ON ca.id = p.category_id ORDER BY oi.order_id, oi.product_id
-SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price, ca.name FROM order_items oi LEFT OUTER JOIN orders o ON o.id = oi.order_id LEFT JOIN customers c ON c.id = o.customer_id LEFT OUTER JOIN countries co ON co.id = c.country_id LEFT JOIN regions r ON r.id = co.region_id LEFT OUTER JOIN products p ON p.id = oi.product_id LEFT JOIN categories ca ON ca.id = p.category_id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
-SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price, ca.name FROM order_items oi JOIN orders o ON oi.order_id = o.id INNER JOIN customers c ON o.customer_id = c.id JOIN countries co ON c.country_id = co.id INNER JOIN regions r ON co.region_id = r.id JOIN products p ON oi.product_id = p.id INNER JOIN categories ca ON p.category_id = ca.id
-SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price, ca.name FROM order_items oi LEFT JOIN orders o ON oi.order_id = o.id LEFT OUTER JOIN customers c ON o.customer_id = c.id LEFT JOIN countries co ON c.country_id = co.id LEFT OUTER JOIN regions r ON co.region_id = r.id LEFT JOIN products p ON oi.product_id = p.id LEFT OUTER JOIN categories ca ON p.category_id = ca.id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price, ca.name, s.name FROM order_items oi INNER JOIN orders o ON o.id = oi.order_id JOIN customers c ON c.id = o.customer_id INNER JOIN countries co ON co.id = c.country_id JOIN regions r ON r.id = co.region_id INNER JOIN products p ON p.id = oi.product_id JOIN categories ca ON ca.id = p.category_id INNER JOIN suppliers s ON s.id = p.supplier_id ORDER BY oi.order_id, oi.product_id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price, ca.name, s.name FROM order_items oi LEFT OUTER JOIN orders o ON o.id = oi.order_id LEFT JOIN customers c ON c.id = o.customer_id LEFT OUTER JOIN countries co ON co.id = c.country_id LEFT JOIN regions r ON r.id = co.region_id LEFT OUTER JOIN products p ON p.id = oi.product_id LEFT JOIN categories ca ON ca.id = p.category_id LEFT OUTER JOIN suppliers s ON s.id = p.supplier_id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price, ca.name, s.name FROM order_items oi JOIN orders o ON oi.order_id = o.id INNER JOIN customers c ON o.customer_id = c.id JOIN countries co ON c.country_id = co.id INNER JOIN regions r ON co.region_id = r.id JOIN products p ON oi.product_id = p.id INNER JOIN categories ca ON p.category_id = ca.id JOIN suppliers s ON p.supplier_id = s.id
 SELECT oi.order_id, oi.product_id, o.status, c.name, co.name, r.name, p.price, ca.name, s.name FROM order_items oi LEFT JOIN orders o ON oi.order_id = o.id LEFT OUTER JOIN customers c ON o.customer_id = c.id LEFT JOIN countries co ON c.country_id = co.id LEFT OUTER JOIN regions r ON co.region_id = r.id LEFT JOIN products p ON oi.product_id = p.id LEFT OUTER JOIN categories ca ON p.category_id = ca.id LEFT JOIN suppliers s ON p.supplier_id = s.id WHERE oi.qty > 5 ORDER BY oi.order_id, oi.product_id
 
--- WHERE conditions (criteria columns joined by OR), sorted and not.
+-- WHERE conditions (criteria columns joined by OR) on output columns and others.
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit > 1000 ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit > 1000
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit > 1000 AND c.segment = 'retail' ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit > 1000 AND c.segment = 'retail'
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit > 1000 OR c.segment = 'retail' ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit > 1000 OR c.segment = 'retail'
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE (c.credit > 1000 AND c.segment = 'retail') OR (c.credit < 100 AND c.segment = 'corporate') ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE (c.credit > 1000 AND c.segment = 'retail') OR (c.credit < 100 AND c.segment = 'corporate')
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit BETWEEN 100 AND 2000 AND c.country_id IN (1, 2, 3) ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit BETWEEN 100 AND 2000 AND c.country_id IN (1, 2, 3)
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit NOT BETWEEN 100 AND 2000 OR c.credit IS NULL ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit NOT BETWEEN 100 AND 2000 OR c.credit IS NULL
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.name LIKE 'Ann%' OR c.name LIKE '%7' ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.name LIKE 'Ann%' OR c.name LIKE '%7'
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.country_id IS NULL OR co.population < 20000 ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.country_id IS NULL OR co.population < 20000
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE NOT (c.segment = 'retail' OR c.segment = 'public') ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE NOT (c.segment = 'retail' OR c.segment = 'public')
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.segment <> 'retail' AND NOT c.credit > 3000 ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.segment <> 'retail' AND NOT c.credit > 3000
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit > 500 AND c.credit < 4000 AND c.segment = 'corporate' OR c.id = 1 ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit > 500 AND c.credit < 4000 AND c.segment = 'corporate' OR c.id = 1
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE co.name = 'Country3' OR co.name = 'Country4' OR co.name = 'Country5' ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE co.name = 'Country3' OR co.name = 'Country4' OR co.name = 'Country5'
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.id * 2 > co.id + 10 AND c.credit >= 0 ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.id * 2 > co.id + 10 AND c.credit >= 0
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.id = 5 OR c.id = 6 AND c.credit > 0 OR c.id = 7 ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.id = 5 OR c.id = 6 AND c.credit > 0 OR c.id = 7
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE (c.id < 10 OR c.id > 50) AND (c.segment = 'retail' OR c.segment = 'Retail') ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE (c.id < 10 OR c.id > 50) AND (c.segment = 'retail' OR c.segment = 'Retail')
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE length(c.name) > 6 AND upper(c.segment) = 'RETAIL' ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE length(c.name) > 6 AND upper(c.segment) = 'RETAIL'
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit > (SELECT avg(c2.credit) FROM customers c2) ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.credit > (SELECT avg(c2.credit) FROM customers c2)
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.id IN (SELECT o.customer_id FROM orders o WHERE o.status = 'closed') ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.id IN (SELECT o.customer_id FROM orders o WHERE o.status = 'closed')
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.id NOT IN (SELECT o.customer_id FROM orders o WHERE o.customer_id IS NOT NULL) ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.id NOT IN (SELECT o.customer_id FROM orders o WHERE o.customer_id IS NOT NULL)
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id AND o.status = 'open') ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id AND o.status = 'open')
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE NOT EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id) OR c.credit IS NULL ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE NOT EXISTS (SELECT 1 FROM orders o WHERE o.customer_id = c.id) OR c.credit IS NULL
 SELECT c.id, c.name, co.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.segment IN ('retail', 'public') AND (c.credit > 2000 OR c.country_id = 1) ORDER BY c.id
-SELECT c.name FROM customers c LEFT JOIN countries co ON co.id = c.country_id WHERE c.segment IN ('retail', 'public') AND (c.credit > 2000 OR c.country_id = 1)
 
 -- Other joins: right, full, cross, comma, self, nested and extra conditions.
 SELECT c.id, o.id FROM orders o RIGHT JOIN customers c ON c.id = o.customer_id ORDER BY c.id, o.id
