@@ -35,13 +35,6 @@ TEST(DirectReading, SettlesEveryTpchQuery) {
   }
 }
 
-std::string Repeat(const std::string& s, int n) {
-  std::string out;
-  for (int i = 0; i < n; ++i)
-    out += s;
-  return out;
-}
-
 // Deep nesting: the direct reading goes down to a few levels above the nesting bound
 // (600) and leaves the texts closer to it to the way calculation. Each row nests `open`
 // ... `close` from `direct` levels (settled directly) to `beyond` levels (rejected); the

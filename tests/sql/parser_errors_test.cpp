@@ -95,13 +95,6 @@ TEST(ParseEntries, ErrorsCarryPositionAndTokenText) {
 
 // ---- nesting ---------------------------------------------------------------------
 
-std::string Repeat(const std::string& s, int n) {
-  std::string out;
-  for (int i = 0; i < n; ++i)
-    out += s;
-  return out;
-}
-
 // Every kind of nesting is read to 256 levels (the "+" chain to 500); far deeper text is
 // rejected with the entry's message, never overflowing the stack. A text is
 // head + open * n + middle + close * n + tail.

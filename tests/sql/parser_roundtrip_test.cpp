@@ -162,16 +162,6 @@ TEST(ParserTrees, QuotedNamesStandForTheTextInside) {
   EXPECT_EQ(c->GetQualifiedName(), "s.a.b");
 }
 
-TEST(ParserTrees, BaseProviderWritesNamesBare) {
-  class Base : public TastSQL92SyntaxProvider {
-   public:
-    std::string GetQuoteBegin() const override { return TastSyntaxProvider::GetQuoteBegin(); }
-    std::string GetQuoteEnd() const override { return TastSyntaxProvider::GetQuoteEnd(); }
-  } base;
-  auto tree = base.ParseSelect("select [my col] from \"my table\"");
-  EXPECT_EQ(Write(*tree, false), "SELECT my col FROM my table");
-}
-
 // The same text gives the same tree every time, also when one parser object is not
 // reused and when texts are parsed in another order.
 TEST(ParserTrees, AmbiguousTextsAreReadTheSameWayEveryTime) {

@@ -66,6 +66,14 @@ inline std::vector<std::vector<std::string>> ReadRows(const std::string& name) {
   return rows;
 }
 
+// `s` written `n` times, for deeply nested texts.
+inline std::string Repeat(const std::string& s, int n) {
+  std::string out;
+  for (int i = 0; i < n; ++i)
+    out += s;
+  return out;
+}
+
 // The entry named select, expression, logical, object or item.
 inline Entry EntryNamed(const std::string& name) {
   const char* names[] = {"select", "expression", "logical", "object", "item"};
