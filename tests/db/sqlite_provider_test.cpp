@@ -63,14 +63,6 @@ TEST_F(SQLiteProviderTest, ImplicitKeysFollowThePrimaryKeyOrderAndBrokenKeysAreL
   EXPECT_EQ(Relations("p"), Names{"q(a,b) -> p(k2,k1)"});
 }
 
-TEST_F(SQLiteProviderTest, TableNamesMatchWithoutRegardToLetterCase) {
-  SQLiteExec(file_,
-             "create table Parent (id int primary key);"
-             "create table child (pid int references PARENT (id))");
-  EXPECT_EQ(Relations("parent"), Names{"child(pid) -> Parent(id)"});
-  EXPECT_EQ(Relations("CHILD"), Names{"child(pid) -> Parent(id)"});
-}
-
 // Keys referring to a table come by referring table, a table's own by referenced table;
 // the keys read once are read again when the schema changes, also through another
 // connection.
