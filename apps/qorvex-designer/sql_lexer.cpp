@@ -1,0 +1,249 @@
+#include "sql_lexer.h"
+
+#include <Qsci/qsciscintilla.h>
+
+#include <QFontDatabase>
+#include <algorithm>
+#include <string_view>
+
+#include "qorvex/scanner/sql92_scanner.h"
+
+namespace qorvex {
+
+namespace {
+
+using Sci = QsciScintillaBase;
+
+bool IsPunctuation(std::int32_t Kind) {
+  switch (Kind) {
+    case tkSemicolon:
+    case tkComma:
+    case tkLParen:
+    case tkRParen:
+    case tkStar:
+    case tkEqual:
+    case tkDotStar:
+    case tkPlus:
+    case tkMinus:
+    case tkSlash:
+    case tkPercent:
+    case tkTilde:
+    case tkDot:
+      return true;
+    default:
+      return Kind >= tkNotEqual && Kind <= tkGreater;
+  }
+}
+
+// Writes the styles of one scanned stretch of the document: the tokens in their styles,
+// the text between them as blanks or "--" comments.
+class Styler {
+ public:
+  Styler(QsciScintilla* Editor, const char* Text, int From)
+      : Editor_(Editor), Text_(Text), From_(From) {
+    Editor_->SendScintilla(Sci::SCI_STARTSTYLING, static_cast<unsigned long>(From), 0L);
+  }
+
+  // Styles the bytes up to `Offset` (relative to the stretch) that lie between tokens.
+  void Gap(int Offset) {
+    while (Done_ < Offset) {
+      const char* at = Text_ + Done_;
+      const std::string_view rest(at, static_cast<std::size_t>(Offset - Done_));
+      const std::size_t dash = rest.find("--");
+      if (dash == std::string_view::npos) {
+        Run(Offset - Done_, TqxSqlLexer::Default);
+        return;
+      }
+      if (dash > 0)
+        Run(static_cast<int>(dash), TqxSqlLexer::Default);
+      const std::string_view comment = rest.substr(dash);
+      const std::size_t eol = comment.find_first_of("\r\n");
+      Run(static_cast<int>(eol == std::string_view::npos ? comment.size() : eol),
+          TqxSqlLexer::Comment);
+    }
+  }
+
+  void Token(const TqxToken& T) {
+    Gap(T.offset);
+    Run(static_cast<int>(T.val.size()), TqxSqlLexer::StyleOfKind(T.kind));
+  }
+
+  int Done() const { return Done_; }
+
+ private:
+  void Run(int Length, int Style) {
+    if (Length <= 0)
+      return;
+    Editor_->SendScintilla(Sci::SCI_SETSTYLING, static_cast<unsigned long>(Length),
+                           static_cast<long>(Style));
+    Done_ += Length;
+  }
+
+  QsciScintilla* Editor_;
+  const char* Text_;
+  int From_;
+  int Done_ = 0;
+};
+
+struct ScanState {
+  Styler* Out;
+  int LastEnd = 0;  // where the last real token ends
+};
+
+}  // namespace
+
+TqxSqlLexer::TqxSqlLexer(QObject* Parent) : QsciLexerCustom(Parent) {
+  Font_ = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  Font_.setStyleHint(QFont::Monospace);
+}
+
+TqxSqlLexer::Style TqxSqlLexer::StyleOfKind(std::int32_t Kind) {
+  switch (Kind) {
+    case tkInteger:
+    case tkDecimal:
+    case tkHex:
+      return Number;
+    case tkString:
+    case tkEscape:
+      return String;
+    case tkIdentifier:
+      return Identifier;
+    case tkQuotedIdentifier:
+      return QuotedIdentifier;
+    case tkParameter:
+      return Parameter;
+    case tkError:
+      return Error;
+    case tkEof:
+      return Default;
+    default:
+      break;
+  }
+  if (IsPunctuation(Kind))
+    return Operator;
+  // A non-reserved keyword stands in a SELECT statement only as a name ("c", "name",
+  // "type"), so it is shown as one.
+  if (Kind >= kFirstNonReservedKeyword && Kind <= kLastNonReservedKeyword)
+    return Identifier;
+  return Kind >= tkKwOrder && Kind < kFirstNonReservedKeyword ? Keyword : Error;
+}
+
+QString TqxSqlLexer::description(int Style) const {
+  switch (Style) {
+    case Default:
+      return QStringLiteral("Default");
+    case Keyword:
+      return QStringLiteral("Keyword");
+    case Identifier:
+      return QStringLiteral("Identifier");
+    case QuotedIdentifier:
+      return QStringLiteral("Quoted identifier");
+    case String:
+      return QStringLiteral("String");
+    case Number:
+      return QStringLiteral("Number");
+    case Comment:
+      return QStringLiteral("Comment");
+    case Operator:
+      return QStringLiteral("Operator");
+    case Parameter:
+      return QStringLiteral("Parameter");
+    case Error:
+      return QStringLiteral("Error");
+    default:
+      return QString();
+  }
+}
+
+QColor TqxSqlLexer::defaultColor(int Style) const {
+  switch (Style) {
+    case Keyword:
+      return QColor(0x00, 0x33, 0x99);
+    case Identifier:
+      return QColor(0x1a, 0x1a, 0x1a);
+    case QuotedIdentifier:
+      return QColor(0x6a, 0x3d, 0x9a);
+    case String:
+      return QColor(0xa3, 0x15, 0x15);
+    case Number:
+      return QColor(0x09, 0x86, 0x58);
+    case Comment:
+      return QColor(0x6a, 0x73, 0x7d);
+    case Operator:
+      return QColor(0x55, 0x55, 0x55);
+    case Parameter:
+      return QColor(0xb3, 0x5c, 0x00);
+    case Error:
+      return QColor(0xd0, 0x00, 0x00);
+    default:
+      return QColor(0x1a, 0x1a, 0x1a);
+  }
+}
+
+QColor TqxSqlLexer::defaultPaper(int Style) const {
+  if (Style == Error)
+    return QColor(0xff, 0xe8, 0xe8);
+  return QColor(Qt::white);
+}
+
+QFont TqxSqlLexer::defaultFont(int Style) const {
+  QFont font = Font_;
+  if (Style == Keyword)
+    font.setBold(true);
+  else if (Style == Comment)
+    font.setItalic(true);
+  return font;
+}
+
+void TqxSqlLexer::styleText(int Start, int End) {
+  QsciScintilla* ed = editor();
+  if (ed == nullptr || End <= Start)
+    return;
+  const int length = static_cast<int>(ed->SendScintilla(Sci::SCI_GETLENGTH));
+  End = std::min(End, length);
+  // Back to a line whose preceding line break lies between tokens: a string, quoted
+  // name or error token that spans lines is scanned from its start.
+  long line = ed->SendScintilla(Sci::SCI_LINEFROMPOSITION, static_cast<unsigned long>(Start));
+  int from = static_cast<int>(ed->SendScintilla(Sci::SCI_POSITIONFROMLINE, line));
+  while (from > 0 &&
+         ed->SendScintilla(Sci::SCI_GETSTYLEAT, static_cast<unsigned long>(from - 1)) != Default) {
+    --line;
+    from = static_cast<int>(ed->SendScintilla(Sci::SCI_POSITIONFROMLINE, line));
+  }
+  // Forward to the start of the line after End, so that the last token is whole; when a
+  // token still reaches the end of the stretch, the stretch grows until it does not.
+  const long lastLine =
+      ed->SendScintilla(Sci::SCI_LINEFROMPOSITION, static_cast<unsigned long>(End));
+  int to = static_cast<int>(ed->SendScintilla(Sci::SCI_POSITIONFROMLINE, lastLine + 1));
+  if (to <= End)
+    to = length;
+  for (;;) {
+    const auto* text = reinterpret_cast<const char*>(ed->SendScintilla(
+        Sci::SCI_GETRANGEPOINTER, static_cast<unsigned long>(from), static_cast<long>(to - from)));
+    if (text == nullptr)
+      return;
+    Styler styler(ed, text, from);
+    ScanState state{&styler};
+    SQL92Scanner scanner;
+    scanner.ScanInBatches(
+        std::string_view(text, static_cast<std::size_t>(to - from)),
+        [](void* Context, const TqxToken* Tokens, std::int32_t Count) {
+          auto* s = static_cast<ScanState*>(Context);
+          for (std::int32_t i = 0; i < Count; ++i) {
+            if (Tokens[i].kind == tkEof)
+              continue;
+            s->Out->Token(Tokens[i]);
+            s->LastEnd = Tokens[i].offset + static_cast<int>(Tokens[i].val.size());
+          }
+        },
+        &state);
+    if (state.LastEnd == to - from && to < length) {
+      to = std::min(length, to + std::max(4096, to - from));
+      continue;
+    }
+    styler.Gap(to - from);
+    return;
+  }
+}
+
+}  // namespace qorvex
