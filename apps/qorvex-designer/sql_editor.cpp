@@ -363,7 +363,10 @@ QStringList TqxSqlEditor::Completions(int Position, int* WordLength) const {
         }
       }
     }
+    // Non-reserved keywords stand in a SELECT statement only as names: not offered.
     for (const TqxKeyword& keyword : SQL92Scanner::Keywords()) {
+      if (keyword.kind >= kFirstNonReservedKeyword)
+        continue;
       const QString text =
           QString::fromLatin1(keyword.word.data(), static_cast<qsizetype>(keyword.word.size()));
       offer(lower ? text : text.toUpper());

@@ -56,16 +56,20 @@ class Styler {
       }
       if (dash > 0)
         Run(static_cast<int>(dash), TqxSqlLexer::Default);
+      // The scanner delivers every line break as CR except a LF followed by CR, and a "--"
+      // comment ends only there: otherwise it runs to the end of the text.
       const std::string_view comment = rest.substr(dash);
-      const std::size_t eol = comment.find_first_of("\r\n");
-      Run(static_cast<int>(eol == std::string_view::npos ? comment.size() : eol),
+      const std::size_t end = comment.find("\n\r");
+      Run(static_cast<int>(end == std::string_view::npos ? comment.size() : end),
           TqxSqlLexer::Comment);
     }
   }
 
   void Token(const TqxToken& T) {
     Gap(T.offset);
-    Run(static_cast<int>(T.val.size()), TqxSqlLexer::StyleOfKind(T.kind));
+    // Tokens never overlap; should one start inside the last, only its new bytes count.
+    Run(T.offset + static_cast<int>(T.val.size()) - std::max(Done_, T.offset),
+        TqxSqlLexer::StyleOfKind(T.kind));
   }
 
   int Done() const { return Done_; }
@@ -202,7 +206,7 @@ void TqxSqlLexer::styleText(int Start, int End) {
   const int length = static_cast<int>(ed->SendScintilla(Sci::SCI_GETLENGTH));
   End = std::min(End, length);
   // Back to a line whose preceding line break lies between tokens: a string, quoted
-  // name or error token that spans lines is scanned from its start.
+  // name, comment or error token that spans lines is scanned from its start.
   long line = ed->SendScintilla(Sci::SCI_LINEFROMPOSITION, static_cast<unsigned long>(Start));
   int from = static_cast<int>(ed->SendScintilla(Sci::SCI_POSITIONFROMLINE, line));
   while (from > 0 &&

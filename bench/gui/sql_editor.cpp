@@ -16,7 +16,7 @@ using Sci = QsciScintillaBase;
 // About 1 MB of statements with every kind of token, one clause per line.
 QString OneMegabyte() {
   const std::string statement =
-      "SELECT c.Name, o.\"Order Date\", Sum(i.Price * i.Quantity) AS Total -- per customer\n"
+      "SELECT c.Name, o.\"Order Date\", Sum(i.Price * i.Quantity) AS Total\n"
       "FROM Customers c INNER JOIN Orders o ON c.Id = o.CustomerId\n"
       "WHERE o.Total >= 100.5 AND c.Country <> 'XX' AND o.Code = @code\n"
       "GROUP BY c.Name, o.\"Order Date\" HAVING Count(*) > 2 ORDER BY 3 DESC;\n";
