@@ -4,6 +4,7 @@
 
 #include <QFontDatabase>
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 #include "qorvex/scanner/sql92_scanner.h"
@@ -35,13 +36,13 @@ bool IsPunctuation(std::int32_t Kind) {
   }
 }
 
-// Writes the styles of one scanned stretch of the document: the tokens in their styles,
-// the text between them as blanks or "--" comments.
+// The styles of one scanned stretch of the document: the tokens in their styles, the
+// text between them as blanks or "--" comments. They are gathered and handed to the
+// editor in one call: a call per token would send a change notice per token.
 class Styler {
  public:
-  Styler(QsciScintilla* Editor, const char* Text, int From)
-      : Editor_(Editor), Text_(Text), From_(From) {
-    Editor_->SendScintilla(Sci::SCI_STARTSTYLING, static_cast<unsigned long>(From), 0L);
+  Styler(const char* Text, int Length) : Text_(Text) {
+    Styles_.reserve(static_cast<std::size_t>(Length));
   }
 
   // Styles the bytes up to `Offset` (relative to the stretch) that lie between tokens.
@@ -72,20 +73,23 @@ class Styler {
         TqxSqlLexer::StyleOfKind(T.kind));
   }
 
-  int Done() const { return Done_; }
+  // Writes the styles into the editor from byte `From` on.
+  void Flush(QsciScintilla* Editor, int From) const {
+    Editor->SendScintilla(Sci::SCI_STARTSTYLING, static_cast<unsigned long>(From), 0L);
+    Editor->SendScintilla(Sci::SCI_SETSTYLINGEX, static_cast<unsigned long>(Styles_.size()),
+                          Styles_.data());
+  }
 
  private:
   void Run(int Length, int Style) {
     if (Length <= 0)
       return;
-    Editor_->SendScintilla(Sci::SCI_SETSTYLING, static_cast<unsigned long>(Length),
-                           static_cast<long>(Style));
+    Styles_.append(static_cast<std::size_t>(Length), static_cast<char>(Style));
     Done_ += Length;
   }
 
-  QsciScintilla* Editor_;
   const char* Text_;
-  int From_;
+  std::string Styles_;
   int Done_ = 0;
 };
 
@@ -226,7 +230,7 @@ void TqxSqlLexer::styleText(int Start, int End) {
         Sci::SCI_GETRANGEPOINTER, static_cast<unsigned long>(from), static_cast<long>(to - from)));
     if (text == nullptr)
       return;
-    Styler styler(ed, text, from);
+    Styler styler(text, to - from);
     ScanState state{&styler};
     SQL92Scanner scanner;
     scanner.ScanInBatches(
@@ -246,6 +250,7 @@ void TqxSqlLexer::styleText(int Start, int End) {
       continue;
     }
     styler.Gap(to - from);
+    styler.Flush(ed, from);
     return;
   }
 }

@@ -188,6 +188,13 @@ TEST_F(SqlEditorWindow, CompletesColumnsAfterAliasAndNamesElsewhere) {
   ASSERT_TRUE(Editor()->SendScintilla(Sci::SCI_AUTOCACTIVE) != 0);
   QTest::keyClick(Editor(), Qt::Key_Return);
   EXPECT_EQ(Editor()->text().toStdString(), "select o.CustomerId");
+  // Ctrl+Space opens it anywhere.
+  QTest::keyClicks(Editor(), QStringLiteral(", c.N"));
+  QTest::keyClick(Editor(), Qt::Key_Escape);
+  ASSERT_EQ(Editor()->SendScintilla(Sci::SCI_AUTOCACTIVE), 0);
+  QTest::keyClick(Editor(), Qt::Key_Space, Qt::ControlModifier);
+  QTest::keyClick(Editor(), Qt::Key_Return);
+  EXPECT_EQ(Editor()->text().toStdString(), "select o.CustomerId, c.Name");
 }
 
 TEST_F(SqlEditorWindow, FormatPutsClausesOnLinesAndKeepsTheStatement) {
@@ -206,7 +213,7 @@ TEST_F(SqlEditorWindow, FormatPutsClausesOnLinesAndKeepsTheStatement) {
   EXPECT_EQ(OneLine(Editor()->text()), OneLine(text));
 
   // One line on the clipboard; undo brings the typed text back in one step.
-  Editor()->CopyOneLineAction()->trigger();
+  QTest::keyClick(Editor(), Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
   EXPECT_EQ(QApplication::clipboard()->text().toStdString(), OneLine(text));
   Editor()->undo();
   EXPECT_EQ(Editor()->text().toStdString(), text.toStdString());
