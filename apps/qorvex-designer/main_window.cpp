@@ -140,7 +140,7 @@ void TqxDesignerWindow::SqlChanged(const QString& Sql) {
   if (LoadingFromPane_)
     return;
   SettingText_ = true;
-  Editor_->setPlainText(QString(Sql).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+  Editor_->ReplaceText(QString(Sql).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
   SettingText_ = false;
   Editor_->ClearError();
 }

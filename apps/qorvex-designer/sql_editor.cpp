@@ -148,6 +148,10 @@ TqxSqlEditor::~TqxSqlEditor() = default;
 
 void TqxSqlEditor::SetQueryBuilder(TqxBaseQueryBuilder* Builder) {
   Builder_ = Builder;
+  TqxBaseSyntaxProvider* syntax = Builder != nullptr ? Builder->GetSyntaxProvider() : nullptr;
+  Lexer_->SetScannerClass(syntax != nullptr && syntax->GetASTSyntaxProvider() != nullptr
+                              ? &syntax->GetASTSyntaxProvider()->GetScannerClass()
+                              : nullptr);
   RefreshObjectNames();
 }
 
@@ -174,24 +178,37 @@ void TqxSqlEditor::keyPressEvent(QKeyEvent* Event) {
   QsciScintilla::keyPressEvent(Event);
 }
 
+void TqxSqlEditor::ReplaceText(const QString& Text) {
+  int line = 0;
+  int index = 0;
+  getCursorPosition(&line, &index);
+  const int first = firstVisibleLine();
+  beginUndoAction();
+  selectAll();
+  replaceSelectedText(Text);
+  endUndoAction();
+  setCursorPosition(std::min(line, lines() - 1), 0);
+  setFirstVisibleLine(first);
+}
+
 // --- the error mark -----------------------------------------------------------------
 
 bool TqxSqlEditor::MarkError(const EqxSQLError& Error, const QString& Message) {
   ClearError();
   const QByteArray bytes = text().toUtf8();
-  SQL92Scanner scanner;
-  scanner.Init(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+  const std::unique_ptr<TqxBaseScanner> scanner = Lexer_->NewScanner();
+  scanner->Init(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
   int start = -1;
   int length = 0;
-  for (std::int32_t i = 0; i < scanner.GetTokenCount(); ++i) {
-    const TqxToken& token = scanner.GetToken(i);
+  for (std::int32_t i = 0; i < scanner->GetTokenCount(); ++i) {
+    const TqxToken& token = scanner->GetToken(i);
     if (token.line != Error.line || token.col != Error.col)
       continue;
     if (token.kind == tkEof) {
       // The statement ended too early: the last token is where it stops.
       if (i == 0)
         return false;
-      const TqxToken& last = scanner.GetToken(i - 1);
+      const TqxToken& last = scanner->GetToken(i - 1);
       start = last.offset;
       length = static_cast<int>(last.val.size());
     } else {
@@ -218,11 +235,10 @@ void TqxSqlEditor::ClearError() {
 QString TqxSqlEditor::MarkedText() const {
   const long length = SendScintilla(SCI_GETLENGTH);
   const auto indicator = static_cast<unsigned long>(ErrorIndicator_);
-  long start = 0;
-  if (SendScintilla(SCI_INDICATORVALUEAT, indicator, 0L) == 0)
-    start = SendScintilla(SCI_INDICATOREND, indicator, 0L);
-  if (start <= 0 && SendScintilla(SCI_INDICATORVALUEAT, indicator, 0L) == 0)
-    return QString();
+  // The first run of the indicator: at 0, or where the run without it that starts at 0 ends.
+  const long start = SendScintilla(SCI_INDICATORVALUEAT, indicator, 0L) != 0
+                         ? 0
+                         : SendScintilla(SCI_INDICATOREND, indicator, 0L);
   if (start >= length)
     return QString();
   const long end = SendScintilla(SCI_INDICATOREND, indicator, start);
@@ -253,7 +269,7 @@ void TqxSqlEditor::RefreshObjectNames() {
   NamesOf_ = nullptr;
 }
 
-const std::vector<std::string>& TqxSqlEditor::ObjectNames() const {
+const std::vector<std::string>& TqxSqlEditor::ObjectNames() {
   TqxBaseMetadataProvider* provider =
       Builder_ != nullptr ? Builder_->GetMetadataProvider() : nullptr;
   if (NamesRead_ && provider == NamesOf_)
@@ -270,8 +286,7 @@ const std::vector<std::string>& TqxSqlEditor::ObjectNames() const {
     ObjectNames_.insert(ObjectNames_.end(), views.begin(), views.end());
   } catch (const std::exception& error) {
     // Completion goes on with what the model knows; the reason is shown once.
-    NamesRead_ = true;
-    emit const_cast<TqxSqlEditor*>(this)->statusMessage(
+    emit statusMessage(
         QStringLiteral("No table names for completion: %1").arg(QString::fromUtf8(error.what())));
   }
   return ObjectNames_;
@@ -299,7 +314,7 @@ QString TqxSqlEditor::QuoteIfNeeded(const std::string& Name) const {
   return QString::fromStdString(begin + inner + end);
 }
 
-QStringList TqxSqlEditor::Completions(int Position, int* WordLength) const {
+QStringList TqxSqlEditor::Completions(int Position, int* WordLength) {
   const QByteArray all = text().toUtf8();
   Position = std::clamp(Position, 0, static_cast<int>(all.size()));
   const auto* bytes = reinterpret_cast<const unsigned char*>(all.constData());
@@ -447,17 +462,8 @@ bool TqxSqlEditor::Format() {
   if (!Rewrite(true, formatted))
     return false;
   const QString result = QString::fromStdString(formatted);
-  if (result != text()) {
-    int line = 0;
-    int index = 0;
-    getCursorPosition(&line, &index);
-    // One undo step; the caret stays on its line number.
-    beginUndoAction();
-    selectAll();
-    replaceSelectedText(result);
-    endUndoAction();
-    setCursorPosition(std::min(line, lines() - 1), 0);
-  }
+  if (result != text())
+    ReplaceText(result);
   emit statusMessage(QStringLiteral("Formatted"));
   return true;
 }

@@ -32,6 +32,9 @@ class TqxSqlEditor : public QsciScintilla {
 
   QString toPlainText() const { return text(); }
   void setPlainText(const QString& Text) { setText(Text); }
+  // Replaces the whole text as one undo step, keeping the caret's line and the lines
+  // shown where they were (for text rewritten from the diagram).
+  void ReplaceText(const QString& Text);
 
   // Underlines the token the error names in the current text, with Message as its
   // tooltip; false when the text holds no token at the error's place.
@@ -45,7 +48,7 @@ class TqxSqlEditor : public QsciScintilla {
   // The completion list at byte offset Position and the length of the word it completes:
   // after "name." the columns of the datasources so qualified, else tables, views, the
   // model's aliases and object names and the keywords that begin with the word.
-  QStringList Completions(int Position, int* WordLength) const;
+  QStringList Completions(int Position, int* WordLength);
   // Shows the completion list at the caret.
   void Complete();
 
@@ -78,7 +81,7 @@ class TqxSqlEditor : public QsciScintilla {
   void ShowErrorTip(int Position, int X, int Y);
   // Parses the current text and writes it back; false with the error marked.
   bool Rewrite(bool MultiLine, std::string& Out);
-  const std::vector<std::string>& ObjectNames() const;
+  const std::vector<std::string>& ObjectNames();
   QString QuoteIfNeeded(const std::string& Name) const;
 
   TqxSqlLexer* Lexer_;
@@ -87,14 +90,12 @@ class TqxSqlEditor : public QsciScintilla {
   QAction* Format_;
   QAction* CopyOneLine_;
   int ErrorIndicator_ = -1;
-  int ErrorStart_ = -1;
-  int ErrorEnd_ = -1;
   QString ErrorMessage_;
   int MarginDigits_ = 0;
   // Table and view names of the metadata provider, read on the first completion.
-  mutable std::vector<std::string> ObjectNames_;
-  mutable const TqxBaseMetadataProvider* NamesOf_ = nullptr;
-  mutable bool NamesRead_ = false;
+  std::vector<std::string> ObjectNames_;
+  const TqxBaseMetadataProvider* NamesOf_ = nullptr;
+  bool NamesRead_ = false;
 };
 
 }  // namespace qorvex

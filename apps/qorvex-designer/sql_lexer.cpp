@@ -136,6 +136,21 @@ TqxSqlLexer::Style TqxSqlLexer::StyleOfKind(std::int32_t Kind) {
   return Kind >= tkKwOrder && Kind < kFirstNonReservedKeyword ? Keyword : Error;
 }
 
+void TqxSqlLexer::SetScannerClass(const TqxScannerClass* Class) {
+  if (Class == ScannerClass_)
+    return;
+  ScannerClass_ = Class;
+  // Everything is read again by the new scanner.
+  if (editor() != nullptr)
+    editor()->SendScintilla(Sci::SCI_COLOURISE, 0UL, -1L);
+}
+
+std::unique_ptr<TqxBaseScanner> TqxSqlLexer::NewScanner() const {
+  if (ScannerClass_ != nullptr)
+    return ScannerClass_->Create();
+  return std::make_unique<SQL92Scanner>();
+}
+
 QString TqxSqlLexer::description(int Style) const {
   switch (Style) {
     case Default:
@@ -232,8 +247,8 @@ void TqxSqlLexer::styleText(int Start, int End) {
       return;
     Styler styler(text, to - from);
     ScanState state{&styler};
-    SQL92Scanner scanner;
-    scanner.ScanInBatches(
+    const std::unique_ptr<TqxBaseScanner> scanner = NewScanner();
+    scanner->ScanInBatches(
         std::string_view(text, static_cast<std::size_t>(to - from)),
         [](void* Context, const TqxToken* Tokens, std::int32_t Count) {
           auto* s = static_cast<ScanState*>(Context);

@@ -3,11 +3,15 @@
 #include <Qsci/qscilexercustom.h>
 
 #include <cstdint>
+#include <memory>
+
+#include "qorvex/scanner/base_scanner.h"
 
 namespace qorvex {
 
-// Highlighting for the SQL editor, from the tokens of the library's SQL-92 scanner: what
-// is coloured as a keyword, a name or a string is exactly what the parser will read.
+// Highlighting for the SQL editor, from the tokens of the dialect's scanner (SQL-92 by
+// default): what is coloured as a keyword, a name or a string is exactly what the parser
+// will read.
 // Styling restarts at the first line before the requested range that begins outside a
 // token, so an edit restyles only from its own line on (or from the start of a string or
 // quoted name that spans lines).
@@ -40,8 +44,14 @@ class TqxSqlLexer : public QsciLexerCustom {
   // The style of a scanned token of that kind.
   static Style StyleOfKind(std::int32_t Kind);
 
+  // The scanner class of the dialect being edited (the one its parser reads with); null
+  // for the SQL-92 scanner.
+  void SetScannerClass(const TqxScannerClass* Class);
+  std::unique_ptr<TqxBaseScanner> NewScanner() const;
+
  private:
   QFont Font_;
+  const TqxScannerClass* ScannerClass_ = nullptr;
 };
 
 }  // namespace qorvex
