@@ -3,8 +3,10 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QFontDatabase>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QToolTip>
 #include <algorithm>
 #include <cctype>
@@ -142,6 +144,9 @@ TqxSqlEditor::TqxSqlEditor(QWidget* Parent) : QsciScintilla(Parent) {
   CopyOneLine_->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C));
   CopyOneLine_->setStatusTip(QStringLiteral("Copy the statement to the clipboard on one line"));
   connect(CopyOneLine_, &QAction::triggered, this, &TqxSqlEditor::CopyAsOneLine);
+  // Reached by their shortcuts in the editor on its own too; a window adds them to its menu.
+  addAction(Format_);
+  addAction(CopyOneLine_);
 }
 
 TqxSqlEditor::~TqxSqlEditor() = default;
@@ -189,6 +194,18 @@ void TqxSqlEditor::ReplaceText(const QString& Text) {
   endUndoAction();
   setCursorPosition(std::min(line, lines() - 1), 0);
   setFirstVisibleLine(first);
+}
+
+void TqxSqlEditor::contextMenuEvent(QContextMenuEvent* Event) {
+  // The standard editing commands, then completion, Format and one-line copy.
+  std::unique_ptr<QMenu> menu(createStandardContextMenu());
+  if (menu == nullptr)
+    return;
+  menu->addSeparator();
+  menu->addAction(Complete_);
+  menu->addAction(Format_);
+  menu->addAction(CopyOneLine_);
+  menu->exec(Event->globalPos());
 }
 
 // --- the error mark -----------------------------------------------------------------

@@ -27,7 +27,7 @@ class TqxSqlEditor : public QsciScintilla {
   ~TqxSqlEditor() override;
 
   // The query builder whose model, syntax provider and metadata provider the editor uses
-  // for completion, Format and error places; not owned.
+  // for completion, Format and error places; not owned, it must outlive the editor's use.
   void SetQueryBuilder(TqxBaseQueryBuilder* Builder);
 
   QString toPlainText() const { return text(); }
@@ -74,6 +74,7 @@ class TqxSqlEditor : public QsciScintilla {
 
  protected:
   void keyPressEvent(QKeyEvent* Event) override;
+  void contextMenuEvent(QContextMenuEvent* Event) override;
 
  private:
   void CharAdded(int Ch);
