@@ -479,10 +479,31 @@ bool TqxSqlEditor::Format() {
   if (!Rewrite(true, formatted))
     return false;
   const QString result = QString::fromStdString(formatted);
+  const bool comments = HasComments();
   if (result != text())
     ReplaceText(result);
-  emit statusMessage(QStringLiteral("Formatted"));
+  // The statement is written from its tree, which keeps no comments: say so, Undo has them.
+  emit statusMessage(comments
+                         ? QStringLiteral("Formatted; comments were left out (Undo restores them)")
+                         : QStringLiteral("Formatted"));
   return true;
+}
+
+bool TqxSqlEditor::HasComments() const {
+  const QByteArray bytes = text().toUtf8();
+  const std::string_view all(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+  const std::unique_ptr<TqxBaseScanner> scanner = Lexer_->NewScanner();
+  scanner->Init(all);
+  std::size_t done = 0;
+  for (std::int32_t i = 0; i < scanner->GetTokenCount(); ++i) {
+    const TqxToken& token = scanner->GetToken(i);
+    const auto at = static_cast<std::size_t>(token.offset);
+    // Between tokens there are only blanks and comments.
+    if (at > done && all.substr(done, at - done).find("--") != std::string_view::npos)
+      return true;
+    done = std::max(done, at + (token.kind == tkEof ? 0 : token.val.size()));
+  }
+  return false;
 }
 
 QString TqxSqlEditor::OneLineSql() {

@@ -83,6 +83,8 @@ class TqxSqlEditor : public QsciScintilla {
   // Parses the current text and writes it back; false with the error marked.
   bool Rewrite(bool MultiLine, std::string& Out);
   const std::vector<std::string>& ObjectNames();
+  // Whether the text holds a "--" comment.
+  bool HasComments() const;
   QString QuoteIfNeeded(const std::string& Name) const;
 
   TqxSqlLexer* Lexer_;

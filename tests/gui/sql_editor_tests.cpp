@@ -218,6 +218,14 @@ TEST_F(SqlEditorWindow, FormatPutsClausesOnLinesAndKeepsTheStatement) {
   Editor()->undo();
   EXPECT_EQ(Editor()->text().toStdString(), text.toStdString());
 
+  // Comments cannot be kept: the status says so.
+  Editor()->setText(QStringLiteral("select a -- why\n\rfrom t"));
+  EXPECT_TRUE(Editor()->Format());
+  EXPECT_TRUE(Status().contains(QStringLiteral("comments"))) << Status().toStdString();
+  Editor()->setText(QStringLiteral("select '--' from t"));
+  EXPECT_TRUE(Editor()->Format());
+  EXPECT_EQ(Status().toStdString(), "Formatted");
+
   // Text that does not parse stays as it is, with the error marked.
   Editor()->setText(QStringLiteral("select a from where"));
   EXPECT_FALSE(Editor()->Format());
