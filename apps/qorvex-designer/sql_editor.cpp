@@ -344,8 +344,9 @@ QStringList TqxSqlEditor::Completions(int Position, int* WordLength) {
     *WordLength = Position - wordStart;
 
   std::vector<QString> found;
+  // A name is offered when it begins with the word, quotes left aside.
   auto offer = [&](const QString& Name) {
-    if (!Name.isEmpty() && StartsWithNoCase(Name.toStdString(), word))
+    if (!Name.isEmpty() && StartsWithNoCase(Unquote(Name.toStdString()), word))
       found.push_back(Name);
   };
 
