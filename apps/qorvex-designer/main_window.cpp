@@ -58,10 +58,10 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
 
   // SQL: the editor's commands.
   QMenu* sql = menuBar()->addMenu(QStringLiteral("&SQL"));
-  Apply_ = sql->addAction(QStringLiteral("&Apply to Diagram"));
-  Apply_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Return));
-  Apply_->setStatusTip(QStringLiteral("Lay the statement in the editor out as the diagram"));
-  connect(Apply_, &QAction::triggered, this, &TqxDesignerWindow::ApplyText);
+  QAction* apply = sql->addAction(QStringLiteral("&Apply to Diagram"));
+  apply->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Return));
+  apply->setStatusTip(QStringLiteral("Lay the statement in the editor out as the diagram"));
+  connect(apply, &QAction::triggered, this, &TqxDesignerWindow::ApplyText);
   sql->addSeparator();
   sql->addAction(Editor_->CompleteAction());
   sql->addAction(Editor_->FormatAction());
@@ -92,18 +92,6 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
 bool TqxDesignerWindow::SetLinkStyle(const std::string& UserName) {
   const bool known = Builder_->CreateByUserName(UserName);
   SyncLinkStyleMenu();
-
-  // SQL: the editor's commands.
-  QMenu* sql = menuBar()->addMenu(QStringLiteral("&SQL"));
-  Apply_ = sql->addAction(QStringLiteral("&Apply to Diagram"));
-  Apply_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Return));
-  Apply_->setStatusTip(QStringLiteral("Lay the statement in the editor out as the diagram"));
-  connect(Apply_, &QAction::triggered, this, &TqxDesignerWindow::ApplyText);
-  sql->addSeparator();
-  sql->addAction(Editor_->CompleteAction());
-  sql->addAction(Editor_->FormatAction());
-  sql->addAction(Editor_->CopyOneLineAction());
-  connect(Editor_, &TqxSqlEditor::statusMessage, Status_, &QLabel::setText);
   return known;
 }
 

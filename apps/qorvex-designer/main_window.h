@@ -7,7 +7,6 @@
 #include "sql_editor.h"
 
 class QActionGroup;
-class QAction;
 class QLabel;
 class QTimer;
 
@@ -47,7 +46,6 @@ class TqxDesignerWindow : public QMainWindow {
   TqxBaseSyntaxProvider* Syntax_;
   TqxQueryBuilder* Builder_;
   TqxSqlEditor* Editor_;
-  QAction* Apply_;
   QTimer* Pause_;
   QLabel* Status_;
   QActionGroup* LinkStyles_ = nullptr;
