@@ -2,13 +2,10 @@
 
 #include <QActionGroup>
 #include <QApplication>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
-#include <QPlainTextEdit>
 #include <QSplitter>
 #include <QStatusBar>
-#include <QTextBlock>
 #include <QTimer>
 
 #include "qorvex/ast/query.h"
@@ -16,6 +13,7 @@
 #include "qorvex/designer/link_painters.h"
 #include "qorvex/designer/query_builder.h"
 #include "qorvex/syntax/components.h"
+#include "sql_editor.h"
 
 namespace qorvex {
 
@@ -34,13 +32,8 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
   Builder_->SetSyntaxProvider(Syntax);
   Builder_->SetMetadataProvider(Metadata);
   Builder_->SetBkImageDarkness(bgidLight);
-  Editor_ = new QPlainTextEdit(splitter);
-  QFont mono(QStringLiteral("DejaVu Sans Mono"));
-  mono.setStyleHint(QFont::Monospace);
-  Editor_->setFont(mono);
-  Editor_->setPlaceholderText(
-      QStringLiteral("SELECT statement (Ctrl+Return applies it to the diagram)"));
-  Editor_->installEventFilter(this);
+  Editor_ = new TqxSqlEditor(splitter);
+  Editor_->SetQueryBuilder(Builder_);
   splitter->addWidget(Builder_);
   splitter->addWidget(Editor_);
   splitter->setStretchFactor(0, 3);
@@ -63,11 +56,23 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
   });
   SyncLinkStyleMenu();
 
+  // SQL: the editor's commands.
+  QMenu* sql = menuBar()->addMenu(QStringLiteral("&SQL"));
+  QAction* apply = sql->addAction(QStringLiteral("&Apply to Diagram"));
+  apply->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Return));
+  apply->setStatusTip(QStringLiteral("Lay the statement in the editor out as the diagram"));
+  connect(apply, &QAction::triggered, this, &TqxDesignerWindow::ApplyText);
+  sql->addSeparator();
+  sql->addAction(Editor_->CompleteAction());
+  sql->addAction(Editor_->FormatAction());
+  sql->addAction(Editor_->CopyOneLineAction());
+  connect(Editor_, &TqxSqlEditor::statusMessage, Status_, &QLabel::setText);
+
   Pause_ = new QTimer(this);
   Pause_->setSingleShot(true);
   Pause_->setInterval(kPauseMs);
   connect(Pause_, &QTimer::timeout, this, &TqxDesignerWindow::ApplyText);
-  connect(Editor_, &QPlainTextEdit::textChanged, this, &TqxDesignerWindow::TextEdited);
+  connect(Editor_, &TqxSqlEditor::textChanged, this, &TqxDesignerWindow::TextEdited);
   connect(Builder_, &TqxQueryBuilder::sqlChanged, this, &TqxDesignerWindow::SqlChanged);
   connect(Builder_, &TqxQueryBuilder::sqlError, this, &TqxDesignerWindow::SqlError);
   connect(Builder_, &TqxQueryBuilder::sqlLoaded, this, [this] { LoadingFromPane_ = false; });
@@ -111,7 +116,7 @@ void TqxDesignerWindow::TextEdited() {
 
 void TqxDesignerWindow::ApplyText() {
   Pause_->stop();
-  ClearMark();
+  Editor_->ClearError();
   Status_->clear();
   LoadingFromPane_ = true;
   Builder_->setSql(Editor_->toPlainText());
@@ -123,76 +128,34 @@ void TqxDesignerWindow::SqlChanged(const QString& Sql) {
   if (LoadingFromPane_)
     return;
   SettingText_ = true;
-  Editor_->setPlainText(QString(Sql).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+  Editor_->ReplaceText(QString(Sql).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
   SettingText_ = false;
-  ClearMark();
+  Editor_->ClearError();
 }
 
 void TqxDesignerWindow::SqlError(const QString& Sql, const QString& Errors) {
-  // The message has no place in it: the parse is repeated for the line and column.
-  int line = 0;
-  int column = 0;
-  QString near;
+  // The message has no place in it: the parse is repeated for the token.
   if (Syntax_ != nullptr) {
     try {
       Syntax_->ParseSelect(Sql.toStdString());
     } catch (const EqxSQLError& error) {
-      line = error.line;
-      column = error.col;
-      if (!error.tokenText.empty())
-        near = QStringLiteral(" near \"%1\"").arg(QString::fromStdString(error.tokenText));
+      if (error.line > 0) {
+        QString message = Errors;
+        if (!error.tokenText.empty())
+          message += QStringLiteral(" near \"%1\"").arg(QString::fromStdString(error.tokenText));
+        message += QStringLiteral(" (line %1, column %2)").arg(error.line).arg(error.col);
+        Status_->setText(message);
+        Editor_->MarkError(error, message);
+        return;
+      }
     } catch (const std::exception&) {
     }
   }
-  if (line > 0) {
-    Status_->setText(
-        QStringLiteral("%1%2 (line %3, column %4)").arg(Errors, near).arg(line).arg(column));
-    MarkError(line, column);
-  } else {
-    Status_->setText(Errors);
-  }
+  Status_->setText(Errors);
 }
 
 void TqxDesignerWindow::ShowMetadataError(const QString& Datasource, const QString& Message) {
   Status_->setText(QStringLiteral("No fields for %1: %2").arg(Datasource, Message));
-}
-
-void TqxDesignerWindow::MarkError(int Line, int Column) {
-  QTextBlock block = Editor_->document()->findBlockByNumber(Line - 1);
-  if (!block.isValid())
-    return;
-  // Columns count characters; a character outside the basic plane takes two units.
-  const QString text = block.text();
-  int unit = 0;
-  for (int c = 1; c < Column && unit < text.size(); ++c)
-    unit += text.at(unit).isHighSurrogate() ? 2 : 1;
-  QTextCursor cursor(block);
-  cursor.setPosition(block.position() + unit);
-  cursor.movePosition(QTextCursor::EndOfWord, QTextCursor::KeepAnchor);
-  if (!cursor.hasSelection())
-    cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
-  QTextEdit::ExtraSelection mark;
-  mark.cursor = cursor;
-  mark.format.setUnderlineStyle(QTextCharFormat::WaveUnderline);
-  mark.format.setUnderlineColor(Qt::red);
-  mark.format.setBackground(QColor(255, 220, 220));
-  Editor_->setExtraSelections({mark});
-}
-
-void TqxDesignerWindow::ClearMark() {
-  Editor_->setExtraSelections({});
-}
-
-bool TqxDesignerWindow::eventFilter(QObject* Watched, QEvent* Event) {
-  if (Watched == Editor_ && Event->type() == QEvent::KeyPress) {
-    auto* key = static_cast<QKeyEvent*>(Event);
-    if ((key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) &&
-        (key->modifiers() & Qt::ControlModifier)) {
-      ApplyText();
-      return true;
-    }
-  }
-  return QMainWindow::eventFilter(Watched, Event);
 }
 
 }  // namespace qorvex

@@ -4,9 +4,10 @@
 #include <QString>
 #include <string>
 
+#include "sql_editor.h"
+
 class QActionGroup;
 class QLabel;
-class QPlainTextEdit;
 class QTimer;
 
 namespace qorvex {
@@ -15,7 +16,7 @@ class TqxBaseMetadataProvider;
 class TqxBaseSyntaxProvider;
 class TqxQueryBuilder;
 
-// The designer's main window: the query builder above a SQL text pane, kept in step both
+// The designer's main window: the query builder above the SQL editor, kept in step both
 // ways, and a status bar for errors.
 class TqxDesignerWindow : public QMainWindow {
   Q_OBJECT
@@ -25,8 +26,8 @@ class TqxDesignerWindow : public QMainWindow {
   ~TqxDesignerWindow() override;
 
   TqxQueryBuilder* Builder() const { return Builder_; }
-  QPlainTextEdit* Editor() const { return Editor_; }
-  // Assigns the pane's text to the builder now.
+  TqxSqlEditor* Editor() const { return Editor_; }
+  // Assigns the editor's text to the builder now.
   void ApplyText();
   // Draws the links in the style of that name (View menu); false for an unknown one.
   bool SetLinkStyle(const std::string& UserName);
@@ -36,20 +37,15 @@ class TqxDesignerWindow : public QMainWindow {
   // A datasource whose fields the metadata provider could not give.
   void ShowMetadataError(const QString& Datasource, const QString& Message);
 
- protected:
-  bool eventFilter(QObject* Watched, QEvent* Event) override;
-
  private:
   void SqlChanged(const QString& Sql);
   void SqlError(const QString& Sql, const QString& Errors);
   void TextEdited();
-  void MarkError(int Line, int Column);
-  void ClearMark();
   void SyncLinkStyleMenu();
 
   TqxBaseSyntaxProvider* Syntax_;
   TqxQueryBuilder* Builder_;
-  QPlainTextEdit* Editor_;
+  TqxSqlEditor* Editor_;
   QTimer* Pause_;
   QLabel* Status_;
   QActionGroup* LinkStyles_ = nullptr;

@@ -1,10 +1,10 @@
-// The designer program's window: the diagram and the SQL pane in step both ways.
+// The designer program's window: the diagram and the SQL editor in step both ways.
 #include <QLabel>
-#include <QPlainTextEdit>
 #include <QStatusBar>
 
 #include "gui/designer_fixture.h"
 #include "main_window.h"
+#include "sql_editor.h"
 
 namespace qorvex::testing_gui {
 namespace {
@@ -23,7 +23,7 @@ class ProgramWindow : public DesignerTest {
     DesignerTest::TearDown();
   }
   QString Status() const { return Window->statusBar()->findChild<QLabel*>()->text(); }
-  // Types into the pane and applies it with Ctrl+Return.
+  // Types into the editor and applies it with Ctrl+Return.
   void Type(const QString& Text) {
     Window->Editor()->setPlainText(Text);
     QTest::keyClick(Window->Editor(), Qt::Key_Return, Qt::ControlModifier);
@@ -50,8 +50,7 @@ TEST_F(ProgramWindow, TextAndDiagramFollowEachOther) {
   const QString before = QString::fromStdString(builder->GetSQL());
   Type("select c.Name\nfrom Customers c\nwhere c.Id = = 3");
   EXPECT_TRUE(Status().contains("line 3, column 12")) << Status().toStdString();
-  ASSERT_EQ(Window->Editor()->extraSelections().size(), 1);
-  EXPECT_EQ(Window->Editor()->extraSelections().front().cursor.selectedText(), "=");
+  EXPECT_EQ(Window->Editor()->MarkedText(), "=");
   EXPECT_EQ(QString::fromStdString(builder->GetSQL()), before);
 
   // The pause applies text as well.
@@ -60,7 +59,7 @@ TEST_F(ProgramWindow, TextAndDiagramFollowEachOther) {
   Settle();
   ASSERT_EQ(builder->findChildren<Box*>().size(), 1);
   EXPECT_EQ(builder->findChildren<Box*>().front()->GetCaption(), "Orders o");
-  EXPECT_TRUE(Window->Editor()->extraSelections().isEmpty());
+  EXPECT_TRUE(Window->Editor()->MarkedText().isEmpty());
 }
 
 }  // namespace
