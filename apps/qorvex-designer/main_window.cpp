@@ -16,6 +16,7 @@
 #include "qorvex/designer/link_painters.h"
 #include "qorvex/designer/query_builder.h"
 #include "qorvex/syntax/components.h"
+#include "query_files.h"
 
 namespace qorvex {
 
@@ -50,6 +51,18 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
 
   Status_ = new QLabel(this);
   statusBar()->addWidget(Status_, 1);
+
+  // File and Edit: the query file and the diagram's history.
+  Files_ = new TqxQueryFiles(
+      this, Builder_, [this] { return Editor_->toPlainText(); },
+      [this](const QString& Sql, const QJsonDocument& Layout) { OpenText(Sql, Layout); });
+  connect(Files_, &TqxQueryFiles::statusMessage, Status_, &QLabel::setText);
+  QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
+  file->addActions({Files_->OpenAction(), Files_->SaveAction(), Files_->SaveAsAction()});
+  file->addSeparator();
+  file->addAction(Files_->ExportAction());
+  QMenu* edit = menuBar()->addMenu(QStringLiteral("&Edit"));
+  edit->addActions({Files_->UndoAction(), Files_->RedoAction()});
 
   // View: the link styles, one checked.
   QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
@@ -115,6 +128,17 @@ void TqxDesignerWindow::ApplyText() {
   Status_->clear();
   LoadingFromPane_ = true;
   Builder_->setSql(Editor_->toPlainText());
+}
+
+void TqxDesignerWindow::OpenText(const QString& Sql, const QJsonDocument& Layout) {
+  Pause_->stop();
+  SettingText_ = true;
+  Editor_->setPlainText(Sql);
+  SettingText_ = false;
+  ClearMark();
+  Status_->clear();
+  LoadingFromPane_ = true;
+  Builder_->OpenQuery(Sql, Layout);
 }
 
 void TqxDesignerWindow::SqlChanged(const QString& Sql) {
