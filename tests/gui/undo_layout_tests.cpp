@@ -102,15 +102,16 @@ TEST_F(UndoLayoutTest, UndoAndRedoRestoreStatementAndBoxesStepByStep) {
 }
 
 TEST_F(UndoLayoutTest, LayoutKeysSurviveReloadAndIgnoreWhatIsMissing) {
-  // A table twice under two aliases, and a box in a sub-query's own diagram.
+  // A table twice under two aliases, and boxes in the diagrams of two sub-queries.
   const QString sql =
-      "select c1.Name from Customers c1 inner join Customers c2 on c1.Id = c2.Id "
-      "where c1.Id in (select o.CustomerId from Orders o)";
+      "select c1.Name from Customers c1 inner join Customers c2 on c1.Id = c2.Id, "
+      "(select i.OrderId from Items i) d where c1.Id in (select o.CustomerId from Orders o)";
   Open(sql);
-  ASSERT_EQ(Boxes().size(), 3u);
+  ASSERT_EQ(Boxes().size(), 5u);
   BoxOf("Customers c1")->ProposeGeometry(QRect(300, 40, 150, 120));
   BoxOf("Customers c2")->ProposeGeometry(QRect(40, 220, 120, 90));
   BoxOf("Orders o")->ProposeGeometry(QRect(180, 140, 110, 100));
+  BoxOf("Items i")->ProposeGeometry(QRect(60, 300, 100, 100));
   const Snapshot saved = Take();
   const QByteArray json = Builder->SaveLayout().toJson();
 
