@@ -101,6 +101,29 @@ TEST_F(UndoLayoutTest, UndoAndRedoRestoreStatementAndBoxesStepByStep) {
   ExpectBoxesMatchModel();
 }
 
+TEST_F(UndoLayoutTest, StepsAreNamedAfterWhatChanged) {
+  const auto link = [this] { return Operand()->GetDatasources()[1]->GetJoins(0); };
+  const auto row = [this](int I) { return Operand()->GetSelectList()->GetItems(I); };
+  const std::vector<std::pair<const char*, std::function<void()>>> cases = {
+      {"Edit Criteria", [&] { row(0)->SetCondition(0, "<> 'x'"); }},
+      {"Edit Sorting", [&] { row(1)->SetSortType(stDesc); }},
+      {"Edit Grouping", [&] { row(0)->SetGroupByType(gtGroupBy); }},
+      {"Edit Columns", [&] { row(1)->SetSelect(false); }},
+      {"Edit Join", [&] { link()->SetJoinSides(true, false); }},
+      {"Remove Link", [&] { Operand()->RemoveLink(link()); }},
+      {"Remove Table", [&] { Operand()->RemoveDatasource(Operand()->GetDatasources()[1]); }},
+      {"Rename", [&] { Operand()->GetDatasources()[1]->SetAlias("ord"); }},
+      {"Add Union", [&] { Builder->GetQuery()->GetUnionGroup()->Add(); }},
+  };
+  for (const auto& [name, edit] : cases) {
+    Open("select c.Name, o.OrderDate from Customers c inner join Orders o on c.Id = o.CustomerId");
+    edit();
+    Settle();
+    ASSERT_EQ(Stack()->count(), 1) << name;
+    EXPECT_EQ(Stack()->undoText(), name);
+  }
+}
+
 TEST_F(UndoLayoutTest, LayoutKeysSurviveReloadAndIgnoreWhatIsMissing) {
   // A table twice under two aliases, and boxes in the diagrams of two sub-queries.
   const QString sql =
