@@ -21,7 +21,6 @@ namespace qorvex {
 
 namespace {
 
-constexpr int kUndoLimit = 500;
 const QString kLayoutFormat = QStringLiteral("qorvex-layout");
 
 // The sub-queries written under an owner's nodes, in tree order, not those nested in them.

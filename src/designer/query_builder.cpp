@@ -268,6 +268,8 @@ TqxQueryBuilder::TqxQueryBuilder(QWidget* Parent)
     d_->ModelReported();
   };
   d_->Undo = new QUndoStack(this);
+  // Each step keeps a whole statement and layout: a bound on what a long session holds.
+  d_->Undo->setUndoLimit(500);
   d_->LinkPainter = TqxQueryBuilderLinkPainters::Instance().CreateByName(
       TqxBaseQueryBuilder::GetLinkTypeName(), this);
   d_->Factory = std::make_unique<TqxDesignerControlFactory>(this);

@@ -137,6 +137,7 @@ TEST_F(UndoLayoutTest, LayoutKeysSurviveReloadAndIgnoreWhatIsMissing) {
   BoxOf("Items i")->ProposeGeometry(QRect(60, 300, 100, 100));
   const Snapshot saved = Take();
   const QByteArray json = Builder->SaveLayout().toJson();
+  EXPECT_EQ(Builder->SaveLayout().object().value("boxes").toArray().size(), 5);
 
   Open("");
   Open(sql, QJsonDocument::fromJson(json));
