@@ -80,10 +80,13 @@ bool TqxQueryFiles::Open(const QString& Path, QString* Error, QString* Warning) 
     QJsonParseError parse{};
     if (layoutFile.open(QIODevice::ReadOnly))
       layout = QJsonDocument::fromJson(layoutFile.readAll(), &parse);
-    if (!layout.isObject() && Warning != nullptr)
-      *Warning = QStringLiteral("The layout %1 was not read: %2")
-                     .arg(layoutFile.fileName(),
-                          layoutFile.isOpen() ? parse.errorString() : layoutFile.errorString());
+    if (!layout.isObject() && Warning != nullptr) {
+      const QString why = !layoutFile.isOpen() ? layoutFile.errorString()
+                          : parse.error != QJsonParseError::NoError
+                              ? parse.errorString()
+                              : QStringLiteral("not a layout");
+      *Warning = QStringLiteral("The layout %1 was not read: %2").arg(layoutFile.fileName(), why);
+    }
   }
   Path_ = Path;
   Show_(sql, layout);
