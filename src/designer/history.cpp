@@ -281,8 +281,11 @@ void TqxQueryBuilderPrivate::LoadHandled() {
     ApplyLayout(KeptLayout);
   }
   KeptLayout = QJsonObject();
-  if (Restoring > 0)
+  // A restore is running inside the history: it is not cleared under it.
+  if (Restoring > 0) {
+    ResetHistoryAfterLoad = false;
     return;
+  }
   if (ResetHistoryAfterLoad) {
     ResetHistoryAfterLoad = false;
     Undo->clear();
