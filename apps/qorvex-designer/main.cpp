@@ -21,6 +21,7 @@
 #include "qorvex/designer/query_builder.h"
 #include "qorvex/metadata/event_provider.h"
 #include "qorvex/syntax/components.h"
+#include "query_files.h"
 #if QORVEX_SQLITE_AVAILABLE
 #include "qorvex/metadata/sqlite_provider.h"
 #endif
@@ -40,7 +41,8 @@ constexpr const char* kUsage =
     "\n"
     "  --sqlite FILE        read tables, views, columns and foreign keys from an SQLite file\n"
     "  --odbc CONNECTION    the same from an ODBC connection string\n"
-    "  FILE.sql             the statement to open\n"
+    "  FILE.sql             the statement to open, laid out as FILE.sql.layout.json\n"
+    "                       says when that file exists (File > Save writes both)\n"
     "  --screenshot PNG     lay the statement out, render the window into PNG and exit\n"
     "  --size WxH           window size for --screenshot (default 1100x760)\n"
     "  --link-style NAME    draw the joins as \"Simple\", \"MS SQL Style\" or \"Access Style\"\n"
@@ -171,11 +173,10 @@ int main(int argc, char** argv) {
 
   qorvex::TqxSQL92SyntaxProvider syntax;
   Metadata metadata;
-  QString sql;
   try {
     metadata = OpenMetadata(options);
     if (!options.sqlFile.empty())
-      sql = ReadSql(options.sqlFile);
+      ReadSql(options.sqlFile);  // an unreadable file fails before any window shows
   } catch (const UsageError& error) {
     std::fprintf(stderr, "qorvex-designer: %s\n%s", error.message.c_str(), kUsage);
     return 2;
@@ -203,9 +204,16 @@ int main(int argc, char** argv) {
   }
   window.resize(options.width, options.height);
   window.show();
-  if (!sql.isEmpty()) {
-    window.Editor()->setPlainText(sql);
-    window.ApplyText();
+  if (!options.sqlFile.empty()) {
+    // The statement with its layout, when one was saved beside it.
+    QString error;
+    QString warning;
+    if (!window.Files()->Open(QString::fromStdString(options.sqlFile), &error, &warning)) {
+      std::fprintf(stderr, "qorvex-designer: %s\n", error.toUtf8().constData());
+      return 1;
+    }
+    if (!warning.isEmpty())
+      std::fprintf(stderr, "qorvex-designer: %s\n", warning.toUtf8().constData());
   }
   if (options.screenshot.empty())
     return app.exec();

@@ -13,6 +13,7 @@
 #include "qorvex/designer/link_painters.h"
 #include "qorvex/designer/query_builder.h"
 #include "qorvex/syntax/components.h"
+#include "query_files.h"
 #include "sql_editor.h"
 
 namespace qorvex {
@@ -43,6 +44,19 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
 
   Status_ = new QLabel(this);
   statusBar()->addWidget(Status_, 1);
+
+  // File and Edit: the query file and the diagram's history.
+  Files_ = new TqxQueryFiles(
+      this, Builder_, [this] { return Editor_->toPlainText(); },
+      [this](const QString& Sql, const QJsonDocument& Layout) { OpenText(Sql, Layout); });
+  connect(Files_, &TqxQueryFiles::statusMessage, Status_, &QLabel::setText);
+  Files_->SetBeforeHistory([this] { return SettleTyping(); });
+  QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
+  file->addActions({Files_->OpenAction(), Files_->SaveAction(), Files_->SaveAsAction()});
+  file->addSeparator();
+  file->addAction(Files_->ExportAction());
+  QMenu* edit = menuBar()->addMenu(QStringLiteral("&Edit"));
+  edit->addActions({Files_->UndoAction(), Files_->RedoAction()});
 
   // View: the link styles, one checked.
   QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
@@ -118,8 +132,36 @@ void TqxDesignerWindow::ApplyText() {
   Pause_->stop();
   Editor_->ClearError();
   Status_->clear();
+  LastApplyFailed_ = false;
   LoadingFromPane_ = true;
   Builder_->setSql(Editor_->toPlainText());
+}
+
+bool TqxDesignerWindow::SettleTyping() {
+  if (!Pause_->isActive())
+    return false;
+  // The typing becomes a step of its own, which the command then takes back or not; text
+  // that does not parse is not a step, so undo takes back the typing itself.
+  ApplyText();
+  QCoreApplication::sendPostedEvents(Builder_);
+  if (!LastApplyFailed_)
+    return false;
+  LastApplyFailed_ = false;
+  LoadingFromPane_ = false;
+  SqlChanged(QString::fromStdString(Builder_->GetSQL()));
+  Status_->setText(QStringLiteral("Typing taken back"));
+  return true;
+}
+
+void TqxDesignerWindow::OpenText(const QString& Sql, const QJsonDocument& Layout) {
+  Pause_->stop();
+  SettingText_ = true;
+  Editor_->setPlainText(Sql);
+  SettingText_ = false;
+  Editor_->ClearError();
+  Status_->clear();
+  LoadingFromPane_ = true;
+  Builder_->OpenQuery(Sql, Layout);
 }
 
 void TqxDesignerWindow::SqlChanged(const QString& Sql) {
@@ -134,6 +176,8 @@ void TqxDesignerWindow::SqlChanged(const QString& Sql) {
 }
 
 void TqxDesignerWindow::SqlError(const QString& Sql, const QString& Errors) {
+  LastApplyFailed_ = true;
+  LoadingFromPane_ = false;
   // The message has no place in it: the parse is repeated for the token.
   if (Syntax_ != nullptr) {
     try {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonDocument>
 #include <QMainWindow>
 #include <QString>
 #include <string>
@@ -15,6 +16,7 @@ namespace qorvex {
 class TqxBaseMetadataProvider;
 class TqxBaseSyntaxProvider;
 class TqxQueryBuilder;
+class TqxQueryFiles;
 
 // The designer's main window: the query builder above the SQL editor, kept in step both
 // ways, and a status bar for errors.
@@ -32,6 +34,10 @@ class TqxDesignerWindow : public QMainWindow {
   // Draws the links in the style of that name (View menu); false for an unknown one.
   bool SetLinkStyle(const std::string& UserName);
   QActionGroup* LinkStyleActions() const { return LinkStyles_; }
+  // File > Open, Save, Save As, Export Diagram and Edit > Undo, Redo.
+  TqxQueryFiles* Files() const { return Files_; }
+  // Shows an opened statement in the pane as it was written and lays it out with Layout.
+  void OpenText(const QString& Sql, const QJsonDocument& Layout);
 
  public slots:
   // A datasource whose fields the metadata provider could not give.
@@ -40,6 +46,9 @@ class TqxDesignerWindow : public QMainWindow {
  private:
   void SqlChanged(const QString& Sql);
   void SqlError(const QString& Sql, const QString& Errors);
+  // Applies text typed but not yet applied before an undo or redo; true when it did not
+  // parse and the typing was taken back instead.
+  bool SettleTyping();
   void TextEdited();
   void SyncLinkStyleMenu();
 
@@ -49,7 +58,9 @@ class TqxDesignerWindow : public QMainWindow {
   QTimer* Pause_;
   QLabel* Status_;
   QActionGroup* LinkStyles_ = nullptr;
+  TqxQueryFiles* Files_ = nullptr;
   bool SettingText_ = false;
+  bool LastApplyFailed_ = false;
   bool LoadingFromPane_ = false;
   // The application-wide focus signal, let go before the window's children are freed.
   QMetaObject::Connection FocusConnection_;

@@ -1,5 +1,7 @@
 #include "sql_editor.h"
 
+#include <Qsci/qscicommand.h>
+#include <Qsci/qscicommandset.h>
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
@@ -124,6 +126,19 @@ TqxSqlEditor::TqxSqlEditor(QWidget* Parent) : QsciScintilla(Parent) {
   connect(this, &QsciScintillaBase::SCN_DWELLSTART, this, &TqxSqlEditor::ShowErrorTip);
   connect(this, &QsciScintillaBase::SCN_DWELLEND, this, [] { QToolTip::hideText(); });
   connect(this, &QsciScintillaBase::SCN_CHARADDED, this, &TqxSqlEditor::CharAdded);
+
+  // Undo and redo belong to the diagram's history, which holds each applied text as a step:
+  // the editor gives up its own keys for them so that the window's commands receive them.
+  for (const int key :
+       {Qt::CTRL | Qt::Key_Z, Qt::CTRL | Qt::SHIFT | Qt::Key_Z, Qt::CTRL | Qt::Key_Y,
+        Qt::ALT | Qt::Key_Backspace, Qt::ALT | Qt::SHIFT | Qt::Key_Backspace}) {
+    if (QsciCommand* command = standardCommands()->boundTo(key)) {
+      if (command->key() == key)
+        command->setKey(0);
+      else
+        command->setAlternateKey(0);
+    }
+  }
 
   Complete_ = new QAction(QStringLiteral("&Complete"), this);
   Complete_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Space));

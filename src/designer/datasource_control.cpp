@@ -325,7 +325,12 @@ void TqxQueryBuilderDataSourceControl::mouseMoveEvent(QMouseEvent* Event) {
 
 void TqxQueryBuilderDataSourceControl::mouseReleaseEvent(QMouseEvent* Event) {
   const QPoint pos = Event->position().toPoint();
+  const int dragged = DragEdges_;
   DragEdges_ = None;
+  // A finished move or resize is one undo step.
+  if (dragged != None && Datasource_ != nullptr && geometry() != PressGeometry_)
+    TqxQueryBuilderPrivate::Of(WorkArea_->GetBuilder())
+        ->RecordStep(dragged == Move ? QStringLiteral("Move") : QStringLiteral("Resize"));
   if (Event->button() == Qt::LeftButton && ClosePressed_) {
     ClosePressed_ = false;
     // Closing the box removes its datasource, as "Remove" does.
@@ -367,7 +372,14 @@ void TqxQueryBuilderDataSourceControl::paintEvent(QPaintEvent* /*Event*/) {
   painter.fillRect(outer, pal.color(QPalette::Button));
   painter.setPen(Active_ ? pal.color(QPalette::Highlight).darker(130) : pal.color(QPalette::Dark));
   painter.drawRect(outer.adjusted(0, 0, -1, -1));
-  painter.drawPixmap(CaptionRect().topLeft(), CaptionImage());
+  if (WorkArea_ != nullptr && TqxQueryBuilderPrivate::Of(WorkArea_->GetBuilder())->Exporting) {
+    painter.save();
+    painter.translate(CaptionRect().topLeft());
+    DrawCaption(painter, QRect(QPoint(0, 0), CaptionRect().size()));
+    painter.restore();
+  } else {
+    painter.drawPixmap(CaptionRect().topLeft(), CaptionImage());
+  }
   // The list is drawn over the box: its background is filled here, once per box, which
   // is cheaper than each list filling its own.
   painter.fillRect(List_->geometry(), List_->palette().color(QPalette::Base));
@@ -379,33 +391,37 @@ const QPixmap& TqxQueryBuilderDataSourceControl::CaptionImage() {
     return CaptionImage_;
   CaptionImageValid_ = true;
   CaptionImage_ = QPixmap(caption.size().expandedTo(QSize(1, 1)));
-  const QRect local(QPoint(0, 0), caption.size());
   QPainter painter(&CaptionImage_);
+  DrawCaption(painter, QRect(QPoint(0, 0), caption.size()));
+  return CaptionImage_;
+}
+
+void TqxQueryBuilderDataSourceControl::DrawCaption(QPainter& Painter, const QRect& Local) {
+  const QRect caption = CaptionRect();
   const QPalette& pal = palette();
   const QColor base = Active_ ? pal.color(QPalette::Highlight) : pal.color(QPalette::Mid);
-  QLinearGradient gradient(local.topLeft(), local.bottomLeft());
+  QLinearGradient gradient(Local.topLeft(), Local.bottomLeft());
   gradient.setColorAt(0, base.lighter(115));
   gradient.setColorAt(1, base);
-  painter.fillRect(local, gradient);
+  Painter.fillRect(Local, gradient);
   const QRect close = CloseButtonRect().translated(-caption.topLeft());
   QFont captionFont = font();
   captionFont.setBold(true);
-  painter.setFont(captionFont);
-  painter.setPen(Active_ ? pal.color(QPalette::HighlightedText) : pal.color(QPalette::WindowText));
-  const QRect textRect = local.adjusted(4, 0, -(close.width() + 6), 0);
-  painter.drawText(
+  Painter.setFont(captionFont);
+  Painter.setPen(Active_ ? pal.color(QPalette::HighlightedText) : pal.color(QPalette::WindowText));
+  const QRect textRect = Local.adjusted(4, 0, -(close.width() + 6), 0);
+  Painter.drawText(
       textRect, Qt::AlignVCenter | Qt::AlignLeft,
       QFontMetrics(captionFont).elidedText(Caption_, Qt::ElideRight, textRect.width()));
   // Close button: a small raised square with a cross.
-  painter.fillRect(close, pal.color(QPalette::Button));
-  painter.setPen(pal.color(QPalette::Dark));
-  painter.drawRect(close.adjusted(0, 0, -1, -1));
-  painter.setPen(QPen(pal.color(QPalette::ButtonText), 1.5));
-  painter.setRenderHint(QPainter::Antialiasing, true);
+  Painter.fillRect(close, pal.color(QPalette::Button));
+  Painter.setPen(pal.color(QPalette::Dark));
+  Painter.drawRect(close.adjusted(0, 0, -1, -1));
+  Painter.setPen(QPen(pal.color(QPalette::ButtonText), 1.5));
+  Painter.setRenderHint(QPainter::Antialiasing, true);
   const QRectF cross = QRectF(close).adjusted(4, 4, -4, -4);
-  painter.drawLine(cross.topLeft(), cross.bottomRight());
-  painter.drawLine(cross.topRight(), cross.bottomLeft());
-  return CaptionImage_;
+  Painter.drawLine(cross.topLeft(), cross.bottomRight());
+  Painter.drawLine(cross.topRight(), cross.bottomLeft());
 }
 
 QRect TqxQueryBuilderDataSourceControl::CalcFieldRect(const QString& FieldName,

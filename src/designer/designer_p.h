@@ -3,8 +3,10 @@
 // Private classes of the designer widgets. Each widget that stands for a model object
 // implements TqxControlWidget; the model owns a TqxWidgetControl that refers to it.
 
+#include <QEvent>
 #include <QFrame>
 #include <QHash>
+#include <QJsonObject>
 #include <QListWidget>
 #include <QPointer>
 #include <QScrollArea>
@@ -26,6 +28,7 @@ class QMenu;
 class QAction;
 class QSplitter;
 class QStackedWidget;
+class QUndoStack;
 
 namespace qorvex {
 
@@ -286,6 +289,8 @@ class TqxQueryBuilderDataSourceControl : public TqxWorkAreaControl, public TqxCo
   void GeometryChanged();
   // The caption bar drawn once and kept until its size, text or state changes.
   const QPixmap& CaptionImage();
+  // Draws the caption bar into Local (caption coordinates).
+  void DrawCaption(QPainter& Painter, const QRect& Local);
 
   TqxQueryBuilderWorkArea* WorkArea_;
   QPixmap CaptionImage_;
@@ -393,6 +398,25 @@ QString AboutText();
 QColor BackgroundFill(TqxBkImageDarkness Darkness);
 const QPixmap& BackgroundTile(TqxBkImageDarkness Darkness);
 
+// The deferred load of assigned SQL: the first user message number.
+inline constexpr QEvent::Type kLoadSQLEvent = static_cast<QEvent::Type>(1024);
+
+// What an undo step restores: the statement, where every box is, and the tab that was
+// being edited. The counts name a step by what changed.
+struct TqxDiagramState {
+  QString Sql;
+  QJsonObject Layout;
+  QString ActiveSubquery;
+  int ActiveOperand = 0;
+  int Datasources = 0;
+  int Links = 0;
+  int Operands = 0;
+  int Subqueries = 0;
+  bool SameContent(const TqxDiagramState& Other) const {
+    return Sql == Other.Sql && Layout == Other.Layout;
+  }
+};
+
 // The builder's private part.
 class TqxQueryBuilderPrivate {
  public:
@@ -418,6 +442,38 @@ class TqxQueryBuilderPrivate {
   std::unique_ptr<TqxQueryBuilderLinkPainter> LinkPainter;
   // The Add object dialog while it is open (option changes reach it).
   QPointer<TqxAddObjectForm> AddObjectForm;
+
+  // ---- history and layout (history.cpp)
+  // The model reported a change: a step unless a load or a restore is running.
+  void ModelReported();
+  // A load message was handled: the layout waiting for it (or the one the diagram had)
+  // is applied, then the load is a
+  // step ("Edit SQL") or, after OpenQuery, the start of a new history.
+  void LoadHandled();
+  // Pushes a step from the last recorded state to the current one when they differ; an
+  // empty Name is derived from what changed.
+  void RecordStep(const QString& Name = QString());
+  // Brings back a recorded state without recording anything.
+  void Restore(const TqxDiagramState& State);
+  TqxDiagramState Capture() const;
+  QJsonObject CaptureLayout() const;
+  // Moves the boxes the layout names; returns how many it found.
+  int ApplyLayout(const QJsonObject& Layout);
+  // The canvas of the operand being edited; null when there is none.
+  QWidget* CurrentCanvas() const;
+
+  QUndoStack* Undo = nullptr;
+  TqxDiagramState Recorded;
+  int Restoring = 0;
+  bool InLoad = false;
+  bool HasPendingLayout = false;
+  QJsonObject PendingLayout;
+  // The layout before a load of new text, applied to the boxes that remain.
+  QJsonObject KeptLayout;
+  bool ResetHistoryAfterLoad = false;
+  // While the diagram is drawn for export, boxes paint their captions directly (no
+  // cached bitmap) so that texts stay texts and scale sharply.
+  bool Exporting = false;
 };
 
 }  // namespace qorvex

@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPalette>
+#include <QUndoStack>
 #include <QVBoxLayout>
 
 #include "designer/designer_p.h"
@@ -27,9 +28,6 @@
 namespace qorvex {
 
 namespace {
-// The deferred load: the first user message number.
-constexpr QEvent::Type kLoadSQLEvent = static_cast<QEvent::Type>(1024);
-
 QString FromStd(const std::string& Text) {
   return QString::fromStdString(Text);
 }
@@ -267,12 +265,17 @@ TqxQueryBuilder::TqxQueryBuilder(QWidget* Parent)
   d_->Writer.OnSQLUpdated = [this](TqxBaseSQLBuilder*) {
     d_->ModelChanged();
     emit sqlChanged(FromStd(d_->Writer.GetSQL()));
+    d_->ModelReported();
   };
+  d_->Undo = new QUndoStack(this);
+  // Each step keeps a whole statement and layout: a bound on what a long session holds.
+  d_->Undo->setUndoLimit(500);
   d_->LinkPainter = TqxQueryBuilderLinkPainters::Instance().CreateByName(
       TqxBaseQueryBuilder::GetLinkTypeName(), this);
   d_->Factory = std::make_unique<TqxDesignerControlFactory>(this);
   SetControlFactory(d_->Factory.get());
   d_->Pages->SyncWithModel();
+  d_->Recorded = d_->Capture();
 }
 
 TqxQueryBuilder::~TqxQueryBuilder() {
@@ -305,15 +308,23 @@ bool TqxQueryBuilder::event(QEvent* Event) {
       user(Sender, Sql, Errors);
     emit sqlError(FromStd(Sql), FromStd(Errors));
   };
+  // Boxes of the new text that were on the diagram before stay where they were.
+  d_->KeptLayout =
+      d_->Restoring == 0 && !d_->HasPendingLayout ? d_->CaptureLayout() : QJsonObject();
+  d_->InLoad = true;
   try {
     SetSQLMsg();
   } catch (const std::exception& error) {
+    d_->InLoad = false;
     OnSQLError = user;
     d_->ReportError(QString::fromStdString(error.what()));
+    d_->LoadHandled();
     emit sqlLoaded();
     return true;
   }
+  d_->InLoad = false;
   OnSQLError = user;
+  d_->LoadHandled();
   emit sqlLoaded();
   return true;
 }

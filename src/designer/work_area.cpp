@@ -5,6 +5,7 @@
 #include <QDragEnterEvent>
 #include <QKeyEvent>
 #include <QMimeData>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QScrollBar>
 
@@ -287,6 +288,12 @@ void TqxQueryBuilderWorkArea::PaintBackground(QPainter& Painter, const QRect& Re
       Painter.drawTiledPixmap(Rect, user, Rect.topLeft());
     else
       Painter.drawPixmap(0, 0, user);
+    return;
+  }
+  // A drawing gets a plain fill: the pattern would be written as a mosaic of bitmaps.
+  if (d->Exporting && Painter.paintEngine() != nullptr &&
+      Painter.paintEngine()->type() == QPaintEngine::SVG) {
+    Painter.fillRect(Rect, BackgroundFill(Builder_->GetBkImageDarkness()));
     return;
   }
   // The pattern starts at the diagram's origin, so it scrolls with the boxes.

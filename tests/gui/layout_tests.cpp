@@ -134,10 +134,12 @@ TEST_F(Layout, TheSameStatementAgainKeepsWhereTheUserPutTheBoxes) {
   EXPECT_EQ(customers->geometry(), moved);
   EXPECT_EQ(changed.count(), 0);
 
-  // Another statement is laid out afresh.
-  Load("select * from Orders o, Customers c");
-  EXPECT_EQ(BoxOf("Orders o")->pos(), QPoint(10, 10));
-  EXPECT_EQ(BoxOf("Customers c")->pos(), QPoint(140, 10));
+  // Another statement: the boxes it still has stay where they were, a new one is placed.
+  const QPoint orders = BoxOf("Orders o")->pos();
+  Load("select * from Orders o, Customers c, Products p");
+  EXPECT_EQ(BoxOf("Orders o")->pos(), orders);
+  EXPECT_EQ(BoxOf("Customers c")->geometry(), moved);
+  EXPECT_EQ(BoxOf("Products p")->pos(), QPoint(270, 10));
   EXPECT_EQ(changed.count(), 1);
   ExpectBoxesMatchModel();
 }

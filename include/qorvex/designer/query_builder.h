@@ -2,6 +2,8 @@
 
 #include <QColor>
 #include <QFont>
+#include <QImage>
+#include <QJsonDocument>
 #include <QPixmap>
 #include <QString>
 #include <QWidget>
@@ -11,6 +13,7 @@
 #include "qorvex/model/query_builder.h"
 
 class QMimeData;
+class QUndoStack;
 
 namespace qorvex {
 
@@ -75,6 +78,34 @@ class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
   bool CreateByUserName(const std::string& UserName);
   // The style texts of the registered painters, in registration order.
   void GetUserNames(const std::function<void(const std::string&)>& Callback) const;
+
+  // The undo history, owned by the builder: one step per change the model reports, per
+  // box moved or resized on screen and per SQL text assigned. Each step is named after
+  // what it did ("Add Table", "Move", "Edit SQL", ...); undo and redo bring back the
+  // statement and the place of every box. createUndoAction/createRedoAction give an
+  // application its menu items.
+  QUndoStack* UndoStack() const;
+  // Assigns Sql as setSql does and, once it is laid out, places the boxes Layout names;
+  // the history then starts afresh (opening a saved query).
+  void OpenQuery(const QString& Sql, const QJsonDocument& Layout = QJsonDocument());
+
+  // The position and size of every box, keyed by sub-query, operand and alias (or
+  // object name), as a small JSON document to keep beside the SQL.
+  QJsonDocument SaveLayout() const;
+  // Places the boxes of Layout that the statement has; the others stay where they are.
+  // Returns the number of boxes placed, or -1 with Error set for a document that is not
+  // a layout. Applies to the statement as it stands (call after the load of new SQL).
+  int LoadLayout(const QJsonDocument& Layout, QString* Error = nullptr);
+
+  // The whole diagram of the operand being edited (every box and link, not only the part
+  // scrolled into view), drawn at Scale (1 for screen pixels, 2 for twice as sharp).
+  // A null image when there is no diagram.
+  QImage RenderDiagram(qreal Scale = 1.0);
+  // Writes RenderDiagram(Scale) to Path in the format its extension names (PNG, JPEG,
+  // ...); false with Error set when it cannot.
+  bool ExportImage(const QString& Path, qreal Scale = 1.0, QString* Error = nullptr);
+  // Writes the diagram as an SVG drawing, texts kept as text.
+  bool ExportSvg(const QString& Path, QString* Error = nullptr);
 
   // Drags from outside the component over a diagram (the application's own objects):
   // OnDragOver answers whether a drop at Point (diagram coordinates) is welcome;
