@@ -139,6 +139,7 @@ struct SpareBlocks {
 thread_local SpareBlocks spareBlocks;
 
 // Per-thread buffers of the parser that a parse leaves empty for the next one.
+thread_local std::vector<TqxWayPoint*> spareBlockList;
 thread_local std::vector<std::int32_t> spareKinds;
 thread_local std::vector<const TqxWayPoint*> spareWay;
 }  // namespace
@@ -153,9 +154,15 @@ TqxWayArena::~TqxWayArena() {
     if (!spareBlocks.Give(block))
       FreeBlock(block);
   }
+  if (spareBlockList.capacity() == 0 && blocks_.capacity() <= 64) {
+    blocks_.clear();
+    blocks_.swap(spareBlockList);
+  }
 }
 
 void TqxWayArena::Grow() {
+  if (blocks_.capacity() == 0)
+    blocks_.swap(spareBlockList);
   blocks_.reserve(blocks_.size() + 1);
   void* block = spareBlocks.Take();
   if (block == nullptr)
