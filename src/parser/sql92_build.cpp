@@ -141,8 +141,8 @@ void SQL92Parser::ReadName(int levels, TSQLQualifiedName& name) {
   int count = 0;
   bool quoted = false;
   const auto part = [&]() -> const TqxToken* {
-    GetWayNode();  // identifier or keyword
-    GetWayNode();  // which one
+    Decision();  // identifier or keyword
+    Decision();  // which one
     const TqxToken& token = Get();
     quoted |= token.kind == tkQuotedIdentifier;
     return &token;

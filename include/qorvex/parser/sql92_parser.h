@@ -282,7 +282,7 @@ class SQL92Parser : public TqxBaseParser {
   std::vector<std::int32_t> workedEnds_;
 
   // Building helpers.
-  std::int32_t Decision() { return GetWayNode()->decision; }
+  std::int32_t Decision() { return NextDecision(); }
   std::string NameText(const TqxToken& token) const;
   void NameParts(const TqxToken& token, TastVector<std::string>& parts) const;
   // Reads alias1 and makes the alias node of the form chosen.
