@@ -252,7 +252,6 @@ void TqxBaseParser::WayOverrun() {
 // is replaced by that stretch; the stretches still to finish wait on a stack, which
 // keeps deep nesting off the call stack.
 void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
-  wayIndex = -1;
   tokenIndex = -1;
   t = nullptr;
   maxErrIndex = -1;
@@ -260,6 +259,8 @@ void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
     replayRun_ = runDecisions_.data();
     wayLength_ = static_cast<std::uint32_t>(runDecisions_.size());
     wayFirst_ = nullptr;
+    firstDecision_ = nextDecision_ = replayRun_;
+    endDecision_ = replayRun_ + wayLength_;
     return;
   }
   replayRun_ = nullptr;
@@ -302,6 +303,11 @@ void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
   }
   wayFirst_ = wayBuffer_.data() + pos;
   wayLength_ = static_cast<std::uint32_t>(end - pos);
+  wayDecisions_.resize(wayLength_);
+  for (std::uint32_t i = 0; i < wayLength_; ++i)
+    wayDecisions_[i] = wayFirst_[i]->decision;
+  firstDecision_ = nextDecision_ = wayDecisions_.data();
+  endDecision_ = firstDecision_ + wayLength_;
 }
 
 TqxWayPoint* TqxBaseParser::EndRun(TqxWayPoint* start, std::int32_t tokenIndex) {
@@ -334,12 +340,12 @@ void TqxBaseParser::MakeRunPoints() const {
   wayBuffer_.assign(runMade_.begin(), runMade_.end());
 }
 
-const TqxWayPoint* TqxBaseParser::RunWayNode() {
-  if (wayIndex == 0)
+const TqxWayPoint* TqxBaseParser::RunWayNode(std::size_t index) {
+  if (index == 0)
     return runRoot_;
   MakeRunPoints();
   wayFirst_ = wayBuffer_.data();
-  return wayFirst_[wayIndex];
+  return wayFirst_[index];
 }
 
 std::span<const TqxWayPoint* const> TqxBaseParser::GetWay() const {

@@ -197,17 +197,18 @@ class TqxBaseParser {
   }
   // The next way point of the replayed way; reading past its end raises EqxError.
   const TqxWayPoint* GetWayNode() {
-    if (static_cast<std::uint32_t>(++wayIndex) >= wayLength_) [[unlikely]]
+    if (nextDecision_ == endDecision_) [[unlikely]]
       WayOverrun();
+    const auto index = static_cast<std::size_t>(nextDecision_++ - firstDecision_);
     if (wayFirst_ == nullptr) [[unlikely]]
-      return RunWayNode();
-    return wayFirst_[wayIndex];
+      return RunWayNode(index);
+    return wayFirst_[index];
   }
   // The decision of the next way point (GetWayNode()->decision).
   std::int32_t NextDecision() {
-    if (static_cast<std::uint32_t>(++wayIndex) >= wayLength_) [[unlikely]]
+    if (nextDecision_ == endDecision_) [[unlikely]]
       WayOverrun();
-    return replayRun_ != nullptr ? replayRun_[wayIndex] : wayFirst_[wayIndex]->decision;
+    return *nextDecision_++;
   }
   // Makes the path from the root to `leaf` the way to replay and resets the replay.
   void UnrollWay(const TqxWayPoint* leaf);
@@ -247,7 +248,9 @@ class TqxBaseParser {
   // The way being replayed, root first.
   std::span<const TqxWayPoint* const> GetWay() const;
   // Index of the way point that GetWayNode gave last (-1 before the first).
-  std::int32_t GetWayIndex() const { return wayIndex; }
+  std::int32_t GetWayIndex() const {
+    return static_cast<std::int32_t>(nextDecision_ - firstDecision_) - 1;
+  }
   // A run counts with a point per decision.
   std::size_t GetWayPointCount() const {
     return arena_.Size() + (runLeaf_ != nullptr ? runDecisions_.size() - 2 : 0);
@@ -289,8 +292,6 @@ class TqxBaseParser {
   TastSyntaxProvider* provider;
   std::int32_t tokenIndex = -1;
   const TqxToken* t = nullptr;
-  // Index of the way point that GetWayNode gave last (-1 before the first).
-  std::int32_t wayIndex = -1;
   // Storage of the replayed way: UnrollWay fills it from the back, so the way (root
   // first) is the last wayLength_ entries, starting at wayFirst_ (null while a run is
   // replayed: GetWay and GetWayNode then make its points on demand).
@@ -303,10 +304,15 @@ class TqxBaseParser {
   const TqxWayPoint* runRoot_ = nullptr;
   const TqxWayPoint* runLeaf_ = nullptr;
   const std::int32_t* replayRun_ = nullptr;
+  // The decisions of the replayed way, root first, and the next one to read.
+  std::vector<std::int32_t> wayDecisions_;
+  const std::int32_t* firstDecision_ = nullptr;
+  const std::int32_t* nextDecision_ = nullptr;
+  const std::int32_t* endDecision_ = nullptr;
 
  private:
   [[noreturn]] static void WayOverrun();
-  const TqxWayPoint* RunWayNode();
+  const TqxWayPoint* RunWayNode(std::size_t index);
   // The points of the run, root first, in wayBuffer_ (made once, in runArena_).
   void MakeRunPoints() const;
   mutable TqxWayArena runArena_;
