@@ -139,7 +139,10 @@ struct SpareBlocks {
 thread_local SpareBlocks spareBlocks;
 
 // Per-thread buffers of the parser that a parse leaves empty for the next one.
+thread_local std::vector<TqxWayPoint*> spareBlockList;
 thread_local std::vector<std::int32_t> spareKinds;
+thread_local std::vector<std::int32_t> spareRun;
+thread_local std::vector<std::int32_t> sparePending;
 thread_local std::vector<const TqxWayPoint*> spareWay;
 }  // namespace
 
@@ -153,9 +156,15 @@ TqxWayArena::~TqxWayArena() {
     if (!spareBlocks.Give(block))
       FreeBlock(block);
   }
+  if (spareBlockList.capacity() == 0 && blocks_.capacity() <= 64) {
+    blocks_.clear();
+    blocks_.swap(spareBlockList);
+  }
 }
 
 void TqxWayArena::Grow() {
+  if (blocks_.capacity() == 0)
+    blocks_.swap(spareBlockList);
   blocks_.reserve(blocks_.size() + 1);
   void* block = spareBlocks.Take();
   if (block == nullptr)
@@ -202,6 +211,8 @@ TqxBaseParser::TqxBaseParser(TqxBaseScanner* scanner, TastSyntaxProvider* provid
     : scanner(scanner), provider(provider) {
   kinds_.swap(spareKinds);
   wayBuffer_.swap(spareWay);
+  runDecisions_.swap(spareRun);
+  runPending_.swap(sparePending);
   tokenCount_ = scanner != nullptr ? scanner->GetTokenCount() : 0;
   // The padding is zero, the end token's kind.
   kinds_.resize(static_cast<std::size_t>(tokenCount_) + kKindPadding);
@@ -226,6 +237,10 @@ TqxBaseParser::~TqxBaseParser() {
   }
   if (wayBuffer_.capacity() <= kKeep && spareWay.capacity() == 0)
     wayBuffer_.swap(spareWay);
+  if (runDecisions_.capacity() <= kKeep && spareRun.capacity() == 0)
+    runDecisions_.swap(spareRun);
+  if (runPending_.capacity() <= kKeep && sparePending.capacity() == 0)
+    runPending_.swap(sparePending);
 }
 
 void TqxBaseParser::WayOverrun() {
@@ -237,17 +252,18 @@ void TqxBaseParser::WayOverrun() {
 // is replaced by that stretch; the stretches still to finish wait on a stack, which
 // keeps deep nesting off the call stack.
 void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
-  wayIndex = -1;
   tokenIndex = -1;
   t = nullptr;
   maxErrIndex = -1;
-  if (leaf != nullptr && leaf == straightLeaf_) {
-    straight_ = straightRoot_;
-    wayLength_ = static_cast<std::uint32_t>(leaf - straightRoot_ + 1);
+  if (leaf != nullptr && leaf == runLeaf_) {
+    replayRun_ = runDecisions_.data();
+    wayLength_ = static_cast<std::uint32_t>(runDecisions_.size());
     wayFirst_ = nullptr;
+    firstDecision_ = nextDecision_ = replayRun_;
+    endDecision_ = replayRun_ + wayLength_;
     return;
   }
-  straight_ = nullptr;
+  replayRun_ = nullptr;
   struct Run {
     const TqxWayPoint* at;
     const TqxWayPoint* stop;
@@ -287,24 +303,55 @@ void TqxBaseParser::UnrollWay(const TqxWayPoint* leaf) {
   }
   wayFirst_ = wayBuffer_.data() + pos;
   wayLength_ = static_cast<std::uint32_t>(end - pos);
+  wayDecisions_.resize(wayLength_);
+  for (std::uint32_t i = 0; i < wayLength_; ++i)
+    wayDecisions_[i] = wayFirst_[i]->decision;
+  firstDecision_ = nextDecision_ = wayDecisions_.data();
+  endDecision_ = firstDecision_ + wayLength_;
 }
 
-void TqxBaseParser::SetStraightWay(const TqxWayPoint* root, const TqxWayPoint* leaf,
-                                   std::size_t count) {
-  straightRoot_ = straightLeaf_ = nullptr;
-  if (root->parent == nullptr && BlockOf(root) == BlockOf(leaf) &&
-      static_cast<std::size_t>(leaf - root) == count) {
-    straightRoot_ = root;
-    straightLeaf_ = leaf;
+TqxWayPoint* TqxBaseParser::EndRun(TqxWayPoint* start, std::int32_t tokenIndex) {
+  TqxWayPoint* leaf = start;
+  if (start->parent == nullptr) {
+    leaf = arena_.New(start);
+    runDecisions_.swap(runPending_);
+    runRoot_ = start;
+    runLeaf_ = leaf;
+    runMade_.clear();
+  } else {
+    for (std::size_t i = 1; i < runPending_.size(); ++i)
+      leaf = arena_.New(leaf, runPending_[i]);
   }
+  leaf->tokenIndex = tokenIndex;
+  return leaf;
+}
+
+void TqxBaseParser::MakeRunPoints() const {
+  if (runMade_.empty()) {
+    runMade_.reserve(runDecisions_.size());
+    runMade_.push_back(runRoot_);
+    TqxWayPoint* p = const_cast<TqxWayPoint*>(runRoot_);
+    for (std::size_t i = 1; i < runDecisions_.size(); ++i) {
+      p = runArena_.New(p, runDecisions_[i]);
+      p->tokenIndex = runLeaf_->tokenIndex;
+      runMade_.push_back(p);
+    }
+  }
+  wayBuffer_.assign(runMade_.begin(), runMade_.end());
+}
+
+const TqxWayPoint* TqxBaseParser::RunWayNode(std::size_t index) {
+  if (index == 0)
+    return runRoot_;
+  MakeRunPoints();
+  wayFirst_ = wayBuffer_.data();
+  return wayFirst_[index];
 }
 
 std::span<const TqxWayPoint* const> TqxBaseParser::GetWay() const {
-  if (straight_ == nullptr)
+  if (wayFirst_ != nullptr || replayRun_ == nullptr)
     return {wayFirst_, wayLength_};
-  wayBuffer_.resize(wayLength_);
-  for (std::uint32_t i = 0; i < wayLength_; ++i)
-    wayBuffer_[i] = straight_ + i;
+  MakeRunPoints();
   return {wayBuffer_.data(), wayLength_};
 }
 

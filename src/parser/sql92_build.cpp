@@ -123,21 +123,6 @@ std::string SQL92Parser::stringLiteral() {
   return text;
 }
 
-// An identifier or a keyword used as one: either way two decisions (which of the two,
-// and which identifier form or keyword) and one token, whose text NameParts reads (a
-// keyword's text is kept as typed).
-bool SQL92Parser::namePart(TastVector<std::string>& parts) {
-  GetWayNode();
-  GetWayNode();
-  const TqxToken& token = Get();
-  if (token.kind != tkQuotedIdentifier) {
-    parts.push_back(token.val);
-    return false;
-  }
-  NameParts(token, parts);
-  return true;
-}
-
 namespace {
 // Marks the parts from `from` on as quoted; `quoted` stays empty until a part is.
 void MarkQuoted(std::vector<bool>& quoted, std::size_t from, std::size_t to) {
@@ -146,47 +131,63 @@ void MarkQuoted(std::vector<bool>& quoted, std::size_t from, std::size_t to) {
 }
 }  // namespace
 
-// The nested options [[[part] "."] part "."] ...: first the decisions to enter each
-// level, outermost first, then the parts of the levels entered, in the order written.
-void SQL92Parser::Qualifiers(int levels, TastVector<std::string>& parts,
-                             std::vector<bool>& quoted) {
+// The qualifying parts and the name of dbObject and dbColumn. Unquoted parts, the usual
+// case, are stored straight in the node's order (innermost first).
+void SQL92Parser::ReadName(int levels, TSQLQualifiedName& name) {
   int entered = 0;
   while (entered < levels && Decision() == 1)
     ++entered;
+  const TqxToken* tokens[kColumnQualifiers + 1];  // null for an empty qualifying part
+  int count = 0;
+  bool quoted = false;
+  const auto part = [&]() -> const TqxToken* {
+    Decision();  // identifier or keyword
+    Decision();  // which one
+    const TqxToken& token = Get();
+    quoted |= token.kind == tkQuotedIdentifier;
+    return &token;
+  };
   for (; entered > 0; --entered) {
-    const std::size_t before = parts.size();
-    if (Decision() == 1) {
-      if (namePart(parts))
-        MarkQuoted(quoted, before, parts.size());
-    } else
-      parts.emplace_back();  // an empty qualifying part
-    Get();                   // "."
+    tokens[count++] = Decision() == 1 ? part() : nullptr;
+    Get();  // "."
   }
+  tokens[count++] = part();
+  if (!quoted) {
+    TastVector<std::string> parts;
+    parts.reserve(static_cast<std::size_t>(count));
+    for (int i = count - 1; i >= 0; --i) {
+      if (tokens[i] != nullptr)
+        parts.push_back(tokens[i]->val);
+      else
+        parts.emplace_back();
+    }
+    name.SetStoredParts(std::move(parts));
+    return;
+  }
+  TastVector<std::string> parts;
+  std::vector<bool> quotedParts;
+  for (int i = 0; i < count; ++i) {
+    const std::size_t before = parts.size();
+    if (tokens[i] == nullptr) {
+      parts.emplace_back();
+      continue;
+    }
+    NameParts(*tokens[i], parts);
+    if (tokens[i]->kind == tkQuotedIdentifier)
+      MarkQuoted(quotedParts, before, parts.size());
+  }
+  name.SetWrittenParts(std::move(parts), std::move(quotedParts));
 }
 
 std::unique_ptr<TSQLDatabaseObject> SQL92Parser::dbObject() {
   auto object = Make<TSQLDatabaseObject>(provider);
-  TastVector<std::string> parts;
-  std::vector<bool> quoted;
-  parts.reserve(2);
-  Qualifiers(kObjectQualifiers, parts, quoted);
-  const std::size_t before = parts.size();
-  if (namePart(parts))
-    MarkQuoted(quoted, before, parts.size());
-  object->SetWrittenParts(std::move(parts), std::move(quoted));
+  ReadName(kObjectQualifiers, *object);
   return object;
 }
 
 std::unique_ptr<TSQLObjectColumn> SQL92Parser::dbColumn() {
   auto column = Make<TSQLObjectColumn>(provider);
-  TastVector<std::string> parts;
-  std::vector<bool> quoted;
-  parts.reserve(2);
-  Qualifiers(kColumnQualifiers, parts, quoted);
-  const std::size_t before = parts.size();
-  if (namePart(parts))
-    MarkQuoted(quoted, before, parts.size());
-  column->SetWrittenParts(std::move(parts), std::move(quoted));
+  ReadName(kColumnQualifiers, *column);
   return column;
 }
 
@@ -195,12 +196,10 @@ std::unique_ptr<TSQLObjectColumn> SQL92Parser::dbColumn() {
 std::string SQL92Parser::alias1(bool& quoted) {
   switch (Decision()) {
     case 0: {
-      TastVector<std::string> parts;
-      quoted = identifier(parts);
-      std::string text;
-      for (std::size_t i = 0; i < parts.size(); ++i)
-        text += (i != 0 ? "." : "") + parts[i];
-      return text;
+      Decision();  // which identifier form
+      const TqxToken& token = Get();
+      quoted = token.kind == tkQuotedIdentifier;
+      return quoted ? NameText(token) : token.val;
     }
     case 1:
       quoted = true;

@@ -10,7 +10,8 @@
 // complete, and it is the first way, with the decisions the way calculation records.
 // When the reader meets a text it cannot settle so (an alternative it took dies, a
 // bracket that could open several constructs, an unusual name), it gives up and the way
-// calculation works the text out; the points it made are then marked removed.
+// calculation works the text out from where the reader started. The reader records its
+// decisions in a list, not as way points (see BeginRun).
 #include <charconv>
 #include <string>
 #include <vector>
@@ -47,10 +48,11 @@ constexpr std::int32_t kDirectNesting = SQL92Parser::kMaxNesting - kDirectMargin
 
 class SQL92Parser::DirectReader {
  public:
-  DirectReader(SQL92Parser& parser, TqxWayPoint* start)
-      : p_(parser), kinds_(parser.PaddedKinds() + 1), w_(start) {}
+  DirectReader(SQL92Parser& parser, std::int32_t tokenIndex)
+      : p_(parser), kinds_(parser.PaddedKinds() + 1), at_(tokenIndex) {}
 
-  TqxWayPoint* Leaf() const { return w_; }
+  // The last token consumed.
+  std::int32_t At() const { return at_; }
   bool AtEnd() const { return Next() == tkEof; }
 
   void SelectStatement() {
@@ -70,12 +72,12 @@ class SQL92Parser::DirectReader {
   // ---- tokens and decisions
   // The reader consumes no end token, so it looks at most a few tokens past the end,
   // into the padding of the kinds.
-  std::int32_t Next() const { return kinds_[w_->tokenIndex]; }
-  std::int32_t Ahead(std::int32_t n) const { return kinds_[w_->tokenIndex + n]; }
-  void Mark(std::int32_t decision) { w_ = p_.NewWayPoint(w_, decision); }
+  std::int32_t Next() const { return kinds_[at_]; }
+  std::int32_t Ahead(std::int32_t n) const { return kinds_[at_ + n]; }
+  void Mark(std::int32_t decision) { p_.runPending_.push_back(decision); }
   // The kind of the token after the run of name parts and points that follows.
   std::int32_t AfterNameRun() const {
-    std::int32_t at = w_->tokenIndex;
+    std::int32_t at = at_;
     while (kQualifier.Has(kinds_[at]))
       ++at;
     return kinds_[at];
@@ -83,7 +85,7 @@ class SQL92Parser::DirectReader {
   void Expect(std::int32_t kind) {
     if (Next() != kind)
       throw DirectMiss{};
-    ++w_->tokenIndex;
+    ++at_;
   }
   // A choice among single tokens: the decision is the token's place in `kinds`.
   void TokenOf(const std::int32_t* kinds, std::int32_t count) {
@@ -91,7 +93,7 @@ class SQL92Parser::DirectReader {
     for (std::int32_t i = 0; i < count; ++i) {
       if (kinds[i] == kind) {
         Mark(i);
-        ++w_->tokenIndex;
+        ++at_;
         return;
       }
     }
@@ -107,7 +109,7 @@ class SQL92Parser::DirectReader {
     part();
   }
   void OptToken(std::int32_t kind) {
-    Opt(Next() == kind, [&] { ++w_->tokenIndex; });
+    Opt(Next() == kind, [&] { ++at_; });
   }
   template <class F>
   void Iter(const TqxTokenSet& first, F&& part) {
@@ -152,7 +154,7 @@ class SQL92Parser::DirectReader {
       SelectBlock();
     } else if (kind == tkLParen) {
       Mark(1);
-      ++w_->tokenIndex;
+      ++at_;
       QueryExpression();
       Expect(tkRParen);
     } else {
@@ -164,7 +166,7 @@ class SQL92Parser::DirectReader {
     Opt(kSelectItem.Has(Next()), [&] {
       SelectItem();
       Iter(TqxTokenSet{tkComma}, [&] {
-        ++w_->tokenIndex;
+        ++at_;
         SelectItem();
       });
     });
@@ -182,7 +184,7 @@ class SQL92Parser::DirectReader {
     Expect(tkKwBy);
     OrderByItem();
     Iter(TqxTokenSet{tkComma}, [&] {
-      ++w_->tokenIndex;
+      ++at_;
       OrderByItem();
     });
   }
@@ -214,7 +216,7 @@ class SQL92Parser::DirectReader {
   void Name(int levels);
   void KeywordAsIdentifier() {
     Mark(Next() - kFirstNonReservedKeyword);
-    ++w_->tokenIndex;
+    ++at_;
   }
   void Identifier() { TokenOf(kIdentifierKinds, 2); }
 
@@ -222,14 +224,14 @@ class SQL92Parser::DirectReader {
   void ExpressionsList() {
     Expression();
     Iter(TqxTokenSet{tkComma}, [&] {
-      ++w_->tokenIndex;
+      ++at_;
       Expression();
     });
   }
   void ExpressionAnd() {
     ExpressionNot();
     Iter(TqxTokenSet{tkKwAnd}, [&] {
-      ++w_->tokenIndex;
+      ++at_;
       ExpressionNot();
     });
   }
@@ -266,7 +268,7 @@ class SQL92Parser::DirectReader {
 
   SQL92Parser& p_;
   const std::int32_t* kinds_;  // kinds_[i] is the kind of the token after index i
-  TqxWayPoint* w_;
+  std::int32_t at_;            // the last token consumed
   std::int32_t depth_ = 0;
   // Index of the matching ")" for each "(", worked out when first needed.
   std::vector<std::int32_t> match_;
@@ -279,16 +281,16 @@ void SQL92Parser::DirectReader::SelectBlock() {
   Opt(kSelectMode.Has(Next()), [&] { TokenOf(kSelectModeKinds, 2); });
   SelectList();
   Opt(Next() == tkKwFrom, [&] {
-    ++w_->tokenIndex;
+    ++at_;
     Opt(kTableSource.Has(Next()), [&] { TableSource(); });
   });
   Opt(Next() == tkKwWhere, [&] {
-    ++w_->tokenIndex;
+    ++at_;
     ExpressionLogical();
   });
   Opt(Next() == tkKwGroup, [&] { GroupByList(); });
   Opt(Next() == tkKwHaving, [&] {
-    ++w_->tokenIndex;
+    ++at_;
     ExpressionLogical();
   });
 }
@@ -300,7 +302,7 @@ void SQL92Parser::DirectReader::SelectItem() {
   const std::int32_t kind = Next();
   if (kind == tkStar) {
     Mark(0);
-    ++w_->tokenIndex;
+    ++at_;
   } else if (kSelectItemAliasEquals.Has(kind) && Ahead(1) == tkEqual) {
     Mark(1);
     Alias();
@@ -327,7 +329,7 @@ void SQL92Parser::DirectReader::Alias() {
     Identifier();
   } else if (kind == tkString) {
     Mark(1);
-    ++w_->tokenIndex;
+    ++at_;
   } else if (kKeywordAsIdentifier.Has(kind)) {
     Mark(2);
     KeywordAsIdentifier();
@@ -344,7 +346,7 @@ void SQL92Parser::DirectReader::SubTableSource() {
   const std::int32_t kind = Next();
   if (kind == tkLParen) {
     Mark(0);
-    ++w_->tokenIndex;
+    ++at_;
     const std::int32_t inner = Next();
     if (kTableSource.Has(inner)) {
       Mark(0);
@@ -357,10 +359,10 @@ void SQL92Parser::DirectReader::SubTableSource() {
       OptAs();
       Alias();
       Opt(Next() == tkLParen, [&] {
-        ++w_->tokenIndex;
+        ++at_;
         Alias();
         Iter(TqxTokenSet{tkComma}, [&] {
-          ++w_->tokenIndex;
+          ++at_;
           Alias();
         });
         Expect(tkRParen);
@@ -391,11 +393,11 @@ void SQL92Parser::DirectReader::JoinedTable() {
   const std::int32_t kind = Next();
   if (kind == tkComma) {
     Mark(0);
-    ++w_->tokenIndex;
+    ++at_;
     SubTableSource();
   } else if (kind == tkKwCross) {
     Mark(1);
-    ++w_->tokenIndex;
+    ++at_;
     Expect(tkKwJoin);
     SubTableSource();
   } else {
@@ -403,7 +405,7 @@ void SQL92Parser::DirectReader::JoinedTable() {
     Opt(kJoinKindWord.Has(kind), [&] {
       if (kind == tkKwInner) {
         Mark(0);
-        ++w_->tokenIndex;
+        ++at_;
       } else {
         Mark(1);
         TokenOf(kOuterJoinKinds, 3);
@@ -421,7 +423,7 @@ void SQL92Parser::DirectReader::JoinedTable() {
 }
 
 void SQL92Parser::DirectReader::Name(int levels) {
-  const std::int32_t first = w_->tokenIndex + 1;
+  const std::int32_t first = at_ + 1;
   std::int32_t last = first;
   for (;;) {
     const std::int32_t kind = kinds_[last - 1];
@@ -445,7 +447,7 @@ void SQL92Parser::DirectReader::Name(int levels) {
     const bool keyword = !kIdentifier.Has(kind);
     Mark(keyword ? 1 : 0);
     Mark(keyword ? kind - kFirstNonReservedKeyword : (kind == tkQuotedIdentifier ? 1 : 0));
-    w_->tokenIndex = at == last ? at : at + 1;  // the part, and its "."
+    at_ = at == last ? at : at + 1;  // the part, and its "."
   }
 }
 
@@ -455,7 +457,7 @@ void SQL92Parser::DirectReader::ExpressionLogical() {
   Enter();
   ExpressionAnd();
   Iter(TqxTokenSet{tkKwOr}, [&] {
-    ++w_->tokenIndex;
+    ++at_;
     ExpressionAnd();
   });
   Leave();
@@ -467,7 +469,7 @@ void SQL92Parser::DirectReader::ExpressionNot() {
   if (kind == tkKwNot) {
     Mark(0);
     Enter();
-    ++w_->tokenIndex;
+    ++at_;
     ExpressionNot();
     Leave();
   } else if (kExpressionLogicalTerm.Has(kind)) {
@@ -484,7 +486,7 @@ void SQL92Parser::DirectReader::ExpressionLogicalTerm() {
   const std::int32_t kind = Next();
   if (kind == tkLParen && LogicalBracketsFit()) {
     Mark(0);
-    ++w_->tokenIndex;
+    ++at_;
     ExpressionLogical();
     Expect(tkRParen);
   } else if (kLogicalPredicate.Has(kind)) {
@@ -493,7 +495,7 @@ void SQL92Parser::DirectReader::ExpressionLogicalTerm() {
     Predicate();
   } else if (kind == tkKwExists) {
     Mark(2);
-    ++w_->tokenIndex;
+    ++at_;
     Expect(tkLParen);
     SubSelectStatement();
     Expect(tkRParen);
@@ -522,7 +524,7 @@ bool SQL92Parser::DirectReader::LogicalBracketsFit() {
       }
     }
   }
-  const std::int32_t close = match_[static_cast<std::size_t>(w_->tokenIndex + 1)];
+  const std::int32_t close = match_[static_cast<std::size_t>(at_ + 1)];
   return close >= 0 && kFollowCondition.Has(p_.NextKind(close));
 }
 
@@ -553,7 +555,7 @@ void SQL92Parser::DirectReader::Predicate() {
   }
   if (kind == tkKwIs) {
     Mark(1);
-    ++w_->tokenIndex;
+    ++at_;
     OptToken(tkKwNot);
     Expect(tkKwNull);
     return;
@@ -562,23 +564,23 @@ void SQL92Parser::DirectReader::Predicate() {
   if (word == tkKwLike) {
     Mark(2);
     OptToken(tkKwNot);
-    ++w_->tokenIndex;
+    ++at_;
     Expression();
     Opt(Next() == tkKwEscape, [&] {
-      ++w_->tokenIndex;
+      ++at_;
       Expression();
     });
   } else if (word == tkKwBetween) {
     Mark(3);
     OptToken(tkKwNot);
-    ++w_->tokenIndex;
+    ++at_;
     Expression();
     Expect(tkKwAnd);
     Expression();
   } else if (word == tkKwIn) {
     Mark(4);
     OptToken(tkKwNot);
-    ++w_->tokenIndex;
+    ++at_;
     Expect(tkLParen);
     const std::int32_t inner = Next();
     if (kSubSelectStatement.Has(inner)) {
@@ -640,11 +642,11 @@ void SQL92Parser::DirectReader::ExpressionTerm() {
     const std::int32_t inner = Ahead(1);
     if (kExpression.Has(inner)) {
       Mark(0);
-      ++w_->tokenIndex;
+      ++at_;
       Expression();
     } else if (kSubSelectStatement.Has(inner)) {
       Mark(5);
-      ++w_->tokenIndex;
+      ++at_;
       SubSelectStatement();
     } else {
       throw DirectMiss{};
@@ -675,7 +677,7 @@ void SQL92Parser::DirectReader::ExpressionTerm() {
   } else if (kParameterlessFunction.Has(kind)) {
     Mark(8);
     Mark(kind - tkKwCurrentTimestamp);
-    ++w_->tokenIndex;
+    ++at_;
   } else {
     throw DirectMiss{};
   }
@@ -694,12 +696,12 @@ void SQL92Parser::DirectReader::AggregateFunction() {
     Expression();
   } else {
     Mark(1);
-    ++w_->tokenIndex;
+    ++at_;
     Expect(tkLParen);
     const std::int32_t kind = Next();
     if (kind == tkStar) {
       Mark(0);
-      ++w_->tokenIndex;
+      ++at_;
     } else if (kSelectMode.Has(kind) || kExpression.Has(kind)) {
       Mark(1);
       mode();
@@ -715,7 +717,7 @@ void SQL92Parser::DirectReader::AggregateFunction() {
 //                      | "when" expressionLogical "then" expression { ... } )
 //               [ "else" expression ] "end"
 void SQL92Parser::DirectReader::CaseFunction() {
-  ++w_->tokenIndex;
+  ++at_;
   if (kExpression.Has(Next())) {
     Mark(0);
     Expression();
@@ -741,7 +743,7 @@ void SQL92Parser::DirectReader::CaseFunction() {
     throw DirectMiss{};
   }
   Opt(Next() == tkKwElse, [&] {
-    ++w_->tokenIndex;
+    ++at_;
     Expression();
   });
   Expect(tkKwEnd);
@@ -753,13 +755,13 @@ void SQL92Parser::DirectReader::SQLType() {
   const std::int32_t kind = Next();
   if (kSQLTypeUser.Has(kind)) {
     Mark(0);
-    const std::int32_t start = w_->tokenIndex;
+    const std::int32_t start = at_;
     Opt(Ahead(1) == tkDot, [&] {
       Identifier();
-      ++w_->tokenIndex;
+      ++at_;
     });
     Identifier();
-    if (p_.NameParts(start, w_->tokenIndex) > 2)
+    if (p_.NameParts(start, at_) > 2)
       throw DirectMiss{};
   } else if (kSQLTypeBuiltIn.Has(kind)) {
     Mark(1);
@@ -780,14 +782,14 @@ void SQL92Parser::DirectReader::SQLTypeBuiltIn() {
         Mark(0);
         TokenOf(kType1WordKinds, kType1WordCount);
         if (twoWords)
-          ++w_->tokenIndex;
+          ++at_;
         return;
       }
     }
   }
   for (std::int32_t i = 0; i < kTypeFormCount; ++i) {
     const TypeForm& form = kTypeForms[i];
-    std::int32_t at = w_->tokenIndex;
+    std::int32_t at = at_;
     auto next = [&](std::int32_t k) { return p_.NextKind(at++) == k; };
     bool fits = next(form.words[0]) && (form.words[1] == 0 || next(form.words[1])) &&
                 next(tkLParen) && SizeAt(at + 1);
@@ -801,7 +803,7 @@ void SQL92Parser::DirectReader::SQLTypeBuiltIn() {
       fits = next(form.zone) && next(tkKwTime) && next(tkKwZone);
     if (fits && p_.NextKind(at) == tkRParen) {
       Mark(i + 1);
-      w_->tokenIndex = at;
+      at_ = at;
       return;
     }
   }
@@ -822,9 +824,8 @@ bool SQL92Parser::DirectReader::SizeAt(std::int32_t tokenIndex) const {
 
 bool SQL92Parser::ReadDirect(TqxWayList& ways, DirectEntry entry) {
   TqxWayPoint* start = ways.front();
-  const std::int32_t startToken = start->tokenIndex;
-  const std::size_t pointsBefore = GetWayPointCount();
-  DirectReader reader(*this, start);
+  BeginRun(start);
+  DirectReader reader(*this, start->tokenIndex);
   try {
     switch (entry) {
       case DirectEntry::kSelect:
@@ -844,21 +845,12 @@ bool SQL92Parser::ReadDirect(TqxWayList& ways, DirectEntry entry) {
         break;
     }
     if (reader.AtEnd()) {
-      ways.front() = reader.Leaf();
-      SetStraightWay(start, reader.Leaf(), GetWayPointCount() - pointsBefore);
+      ways.front() = EndRun(start, reader.At());
       return true;
     }
   } catch (const DirectMiss&) {
   }
-  // The points made hang below the start's first new child: removing that child takes
-  // them out of the tree's downward view.
-  start->tokenIndex = startToken;
-  for (TqxWayPoint* p = reader.Leaf(); p != start; p = p->parent) {
-    if (p->parent == start) {
-      p->RemoveFromParent();
-      break;
-    }
-  }
+  // The reading made no way points: the way calculation starts from `start` as it was.
   return false;
 }
 

@@ -45,6 +45,10 @@ TqxChunkPool& ChunkPool() {
   return pool;
 }
 
+// The (empty) chunk list of the thread's last scanner, kept so that a scanner made for
+// every parse does not allocate its list anew.
+thread_local std::vector<TqxToken*> spareChunkList;
+
 }  // namespace
 
 void TqxBaseScanner::StartText(std::string_view text) {
@@ -141,6 +145,8 @@ TqxToken* TqxBaseScanner::NewChunk() {
     FlushBatch(flushed_ + kChunkSize);
     return chunks_.back();
   }
+  if (chunks_.capacity() == 0)
+    chunks_.swap(spareChunkList);
   chunks_.reserve(chunks_.size() + 1);
   chunks_.push_back(ChunkPool().Take());
   return chunks_.back();
@@ -161,6 +167,10 @@ TqxBaseScanner::~TqxBaseScanner() {
     std::destroy_n(chunk, left < kChunkSize ? left : kChunkSize);
     left -= kChunkSize;
     pool.Give(chunk);
+  }
+  if (spareChunkList.capacity() == 0 && chunks_.capacity() <= 64) {
+    chunks_.clear();
+    chunks_.swap(spareChunkList);
   }
 }
 

@@ -44,6 +44,11 @@ class TSQLQualifiedName : public TastNode {
       Quoted_.swap(Quoted);
     }
   }
+  // Replaces all parts by `Parts`, given innermost first, none of them quoted.
+  void SetStoredParts(TastVector<std::string>&& Parts) {
+    Names_.swap(Parts);
+    Quoted_.clear();
+  }
   // Index 0; empty when there are no parts.
   std::string GetObjName() const;
   // Replaces index 0 (adds it when there are no parts), as a bare name unless `Quoted`.

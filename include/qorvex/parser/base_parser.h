@@ -197,9 +197,18 @@ class TqxBaseParser {
   }
   // The next way point of the replayed way; reading past its end raises EqxError.
   const TqxWayPoint* GetWayNode() {
-    if (static_cast<std::uint32_t>(++wayIndex) >= wayLength_) [[unlikely]]
+    if (nextDecision_ == endDecision_) [[unlikely]]
       WayOverrun();
-    return straight_ != nullptr ? straight_ + wayIndex : wayFirst_[wayIndex];
+    const auto index = static_cast<std::size_t>(nextDecision_++ - firstDecision_);
+    if (wayFirst_ == nullptr) [[unlikely]]
+      return RunWayNode(index);
+    return wayFirst_[index];
+  }
+  // The decision of the next way point (GetWayNode()->decision).
+  std::int32_t NextDecision() {
+    if (nextDecision_ == endDecision_) [[unlikely]]
+      WayOverrun();
+    return *nextDecision_++;
   }
   // Makes the path from the root to `leaf` the way to replay and resets the replay.
   void UnrollWay(const TqxWayPoint* leaf);
@@ -239,8 +248,13 @@ class TqxBaseParser {
   // The way being replayed, root first.
   std::span<const TqxWayPoint* const> GetWay() const;
   // Index of the way point that GetWayNode gave last (-1 before the first).
-  std::int32_t GetWayIndex() const { return wayIndex; }
-  std::size_t GetWayPointCount() const { return arena_.Size(); }
+  std::int32_t GetWayIndex() const {
+    return static_cast<std::int32_t>(nextDecision_ - firstDecision_) - 1;
+  }
+  // A run counts with a point per decision.
+  std::size_t GetWayPointCount() const {
+    return arena_.Size() + (runLeaf_ != nullptr ? runDecisions_.size() - 2 : 0);
+  }
 
   // The largest token index at which some way missed an expected token.
   std::int32_t maxErrIndex = 0;
@@ -262,30 +276,47 @@ class TqxBaseParser {
     if (index > maxErrIndex)
       maxErrIndex = index;
   }
-  // Tells UnrollWay that the way from `root` to `leaf` consists of the `count` points
-  // made one after the other after `root`, so that it can be replayed in place when they
-  // lie in one block of the arena.
-  void SetStraightWay(const TqxWayPoint* root, const TqxWayPoint* leaf, std::size_t count);
+  // A way read in one go (the direct reading) is kept as its decisions instead of a
+  // chain of way points: BeginRun starts it below `start`, the decisions are appended to
+  // runPending_, and EndRun makes the leaf that stands for it, at token `tokenIndex`.
+  // Below a root, the leaf is one point and the decisions are replayed from the list
+  // (the parser keeps the last such run); elsewhere the chain of points is made.
+  void BeginRun(const TqxWayPoint* start) {
+    runPending_.clear();
+    runPending_.push_back(start->decision);
+  }
+  TqxWayPoint* EndRun(TqxWayPoint* start, std::int32_t tokenIndex);
+  std::vector<std::int32_t> runPending_;  // the start's decision first
 
   TqxBaseScanner* scanner;
   TastSyntaxProvider* provider;
   std::int32_t tokenIndex = -1;
   const TqxToken* t = nullptr;
-  // Index of the way point that GetWayNode gave last (-1 before the first).
-  std::int32_t wayIndex = -1;
   // Storage of the replayed way: UnrollWay fills it from the back, so the way (root
-  // first) is the last wayLength_ entries, starting at wayFirst_.
-  // (GetWay fills it on demand for a way replayed in place.)
+  // first) is the last wayLength_ entries, starting at wayFirst_ (null while a run is
+  // replayed: GetWay and GetWayNode then make its points on demand).
   mutable std::vector<const TqxWayPoint*> wayBuffer_;
   const TqxWayPoint* const* wayFirst_ = nullptr;
   std::uint32_t wayLength_ = 0;
-  // A way replayed in place: its points, root first, lie one after the other here.
-  const TqxWayPoint* straight_ = nullptr;
-  const TqxWayPoint* straightRoot_ = nullptr;
-  const TqxWayPoint* straightLeaf_ = nullptr;
+  // The run kept: its decisions (the root's first), root and leaf; the decisions of the
+  // run being replayed.
+  std::vector<std::int32_t> runDecisions_;
+  const TqxWayPoint* runRoot_ = nullptr;
+  const TqxWayPoint* runLeaf_ = nullptr;
+  const std::int32_t* replayRun_ = nullptr;
+  // The decisions of the replayed way, root first, and the next one to read.
+  std::vector<std::int32_t> wayDecisions_;
+  const std::int32_t* firstDecision_ = nullptr;
+  const std::int32_t* nextDecision_ = nullptr;
+  const std::int32_t* endDecision_ = nullptr;
 
  private:
   [[noreturn]] static void WayOverrun();
+  const TqxWayPoint* RunWayNode(std::size_t index);
+  // The points of the run, root first, in wayBuffer_ (made once, in runArena_).
+  void MakeRunPoints() const;
+  mutable TqxWayArena runArena_;
+  mutable std::vector<const TqxWayPoint*> runMade_;  // empty until made
   void ExpectEach(TqxWayList& ways, std::int32_t kind);
   TqxWayArena arena_;
   // Token kinds by index, for the way calculation's many look-ahead tests.

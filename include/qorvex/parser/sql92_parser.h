@@ -24,6 +24,7 @@ class TSQLOrderByClause;
 class TSQLOrderByItem;
 class TSQLQualifiedName;
 class TSQLObjectColumn;
+class TSQLQualifiedName;
 class TSQLSelectItems;
 class TSQLSubQueryExpression;
 class TSQLSubQueryExpressions;
@@ -210,11 +211,9 @@ class SQL92Parser : public TqxBaseParser {
   void ExpectSize(TqxWayList& ways);
   // Optional qualifying parts of a name: `levels` nested options of [part] ".".
   void QualifiersWayCalc(TqxWayList& ways, int levels);
-  // `quoted` gets a flag per part appended (kept empty while no part is quoted).
-  void Qualifiers(int levels, TastVector<std::string>& parts, std::vector<bool>& quoted);
+  // dbObject and dbColumn: `levels` optional qualifying parts, then the name.
+  void ReadName(int levels, TSQLQualifiedName& name);
   void namePartWayCalc(TqxWayList& ways);
-  // Appends the parts of one name token; true when it was quoted.
-  bool namePart(TastVector<std::string>& parts);
 
   // Runs the way calculation of a parse entry: first the direct reading, then, when that
   // does not settle the text, the way calculation (twice when the text has no reading).
@@ -283,7 +282,7 @@ class SQL92Parser : public TqxBaseParser {
   std::vector<std::int32_t> workedEnds_;
 
   // Building helpers.
-  std::int32_t Decision() { return GetWayNode()->decision; }
+  std::int32_t Decision() { return NextDecision(); }
   std::string NameText(const TqxToken& token) const;
   void NameParts(const TqxToken& token, TastVector<std::string>& parts) const;
   // Reads alias1 and makes the alias node of the form chosen.
