@@ -558,7 +558,6 @@ TqxQueryBuilderDatasourceFieldsList::TqxQueryBuilderDatasourceFieldsList(
   setEditTriggers(QAbstractItemView::NoEditTriggers);
   setItemDelegate(new TqxFieldRowDelegate(this));
   viewport()->setAutoFillBackground(false);
-  viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
   connect(this, &QListWidget::itemChanged, this, &TqxQueryBuilderDatasourceFieldsList::ClickCheck);
   // Whatever the rows show comes through the model or the selection.
   QAbstractItemModel* rows = model();
