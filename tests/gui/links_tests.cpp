@@ -251,6 +251,67 @@ TEST_F(LinkPainting, AccessStyleDrawsHeavyStubsEndMarksAndCardinalityMarks) {
     EXPECT_EQ(plain.pixel(28, y), kBackground) << y;
 }
 
+// DrawLine fills straight stretches itself: the pixels must be the raster engine's own.
+TEST(LinkLines, DrawLineSetsThePixelsOfTheEnginesPolyline) {
+  const struct {
+    const char* name;
+    TqxQueryBuilderPointArray points;
+  } cases[] = {
+      {"straight", {QPoint(5, 20), QPoint(21, 20), QPoint(60, 20), QPoint(76, 20)}},
+      {"backwards", {QPoint(76, 20), QPoint(60, 20), QPoint(21, 20), QPoint(5, 20)}},
+      {"slanted", {QPoint(5, 10), QPoint(21, 10), QPoint(60, 33), QPoint(76, 33)}},
+      {"steep", {QPoint(30, 2), QPoint(46, 2), QPoint(40, 38), QPoint(56, 38)}},
+      {"loop", {QPoint(40, 8), QPoint(24, 8), QPoint(24, 30), QPoint(40, 30)}},
+  };
+  for (const auto& c : cases) {
+    for (int width : {1, 2}) {
+      for (int offset : {-2, 0, 1}) {
+        QImage drawn(90, 45, QImage::Format_RGB32);
+        drawn.fill(Qt::white);
+        QImage expected = drawn;
+        {
+          QPainter painter(&drawn);
+          painter.translate(3, 2);
+          TqxQueryBuilderLinkPainter::DrawLine(painter, c.points, width, offset, Qt::black);
+        }
+        {
+          QPainter painter(&expected);
+          painter.translate(3, 2);
+          TqxQueryBuilderPointArray moved = c.points;
+          for (QPoint& point : moved)
+            point.ry() += offset;
+          painter.setPen(QPen(Qt::black, width, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+          painter.drawPolyline(moved.data(), 4);
+        }
+        EXPECT_EQ(drawn, expected) << c.name << " width " << width << " offset " << offset;
+      }
+    }
+  }
+}
+
+// The marks are copied from kept images: a link painted elsewhere looks the same.
+TEST_F(LinkPainting, EveryStyleLooksTheSameWherePainted) {
+  TqxLink* link = LeftJoin();
+  TqxQueryBuilderLinkPainterSimple simple(Builder.get());
+  TqxQueryBuilderLinkPainterMSSQL mssql(Builder.get());
+  TqxQueryBuilderLinkPainterAccess access(Builder.get());
+  for (TqxQueryBuilderLinkPainter* painter :
+       std::initializer_list<TqxQueryBuilderLinkPainter*>{&simple, &mssql, &access}) {
+    for (bool focused : {false, true}) {
+      const QImage here = Paint(*painter, focused, link);
+      QImage there(here.width() + 7, here.height() + 11, QImage::Format_RGB32);
+      there.fill(kBackground);
+      {
+        QPainter canvas(&there);
+        canvas.translate(7, 11);
+        painter->PaintLink(canvas, Straight(), focused, csRight, csLeft, link);
+      }
+      EXPECT_EQ(there.copy(7, 11, here.width(), here.height()), here)
+          << painter->PainterStyle() << (focused ? " focused" : "");
+    }
+  }
+}
+
 // ---------------------------------------------------------------------------------------
 // The registry and the builder's painter
 

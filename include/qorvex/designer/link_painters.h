@@ -89,7 +89,8 @@ class TqxQueryBuilderLinkPainterSimple : public TqxQueryBuilderLinkPainter {
 
  private:
   void PaintEndMark(QPainter& Canvas, QPoint At, TqxQueryBuilderLinkConnectType Type,
-                    TqxQueryBuilderLinkConnectToSide Side);
+                    TqxQueryBuilderLinkConnectToSide Side, const QColor& Line,
+                    const QColor& Shapes);
   TqxColor LinkColor_ = clBlack;
   TqxColor LinkShapesColor_ = clWhite;
 };
@@ -137,7 +138,7 @@ class TqxQueryBuilderLinkPainterAccess : public TqxQueryBuilderLinkPainter {
   void PaintCardinalitySymbol(QPainter& Canvas, QPoint At,
                               TqxQueryBuilderLinkCardinality Cardinality);
   void PaintEndMark(QPainter& Canvas, QPoint At, TqxQueryBuilderLinkConnectType Type,
-                    TqxQueryBuilderLinkConnectToSide Side);
+                    TqxQueryBuilderLinkConnectToSide Side, const QColor& Line);
   TqxColor LinkColor_ = clBlack;
 };
 
