@@ -818,6 +818,8 @@ void TqxQueryBuilderDatasourceFieldsList::changeEvent(QEvent* Event) {
     case QEvent::FontChange:
     case QEvent::StyleChange:
     case QEvent::EnabledChange:
+    case QEvent::ActivationChange:  // the palette's active or inactive colours
+    case QEvent::LayoutDirectionChange:
       InvalidateRows();
       break;
     default:
