@@ -7,8 +7,10 @@
 #include <QPalette>
 #include <QPolygon>
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 #include <tuple>
+#include <utility>
 
 #include "qorvex/designer/query_builder.h"
 #include "qorvex/model/datasources.h"
@@ -220,6 +222,55 @@ void TqxQueryBuilderLinkPainterSimple::PaintEndMark(QPainter& Canvas, QPoint At,
 // ---------------------------------------------------------------------------------------
 // MS SQL
 
+namespace {
+
+// The band's rows Lo..Hi (offsets from the line) along the slanted stretch A-B whose
+// run is at least its rise, as one polygon: one span per scanline instead of a stroked
+// line per row. Each column gets the rows a line through the pixel centres would give.
+void FillSlantedRows(QPainter& Canvas, QPoint A, QPoint B, int Lo, int Hi, const QColor& Color) {
+  if (A.x() > B.x())
+    std::swap(A, B);
+  const double slope = static_cast<double>(B.y() - A.y()) / (B.x() - A.x());
+  const QPointF corners[4] = {
+      QPointF(A.x(), A.y() + Lo - slope / 2), QPointF(B.x() + 1, B.y() + Lo + slope / 2),
+      QPointF(B.x() + 1, B.y() + Hi + 1 + slope / 2), QPointF(A.x(), A.y() + Hi + 1 - slope / 2)};
+  Canvas.setBrush(Color);
+  Canvas.drawPolygon(corners, 4);
+}
+
+}  // namespace
+
+// The band of a link that is not focused: straight stretches as rectangles, slanted ones
+// as filled rows where they run wider than they rise, stroked rows where they are steep.
+void TqxQueryBuilderLinkPainterMSSQL::PaintFlatBand(QPainter& Canvas,
+                                                    const TqxQueryBuilderPointArray& Points,
+                                                    const QColor& Band, const QColor& Lines) {
+  const struct {
+    int Lo, Hi;
+    const QColor& Color;
+  } rows[] = {{-1, 1, Band}, {-2, -2, Lines}, {2, 2, Lines}};
+  for (std::size_t i = 0; i + 1 < Points.size(); ++i) {
+    const QPoint a = Points[i];
+    const QPoint b = Points[i + 1];
+    if (Axial(a, b)) {
+      for (const auto& r : rows) {
+        for (int offset = r.Lo; offset <= r.Hi; ++offset)
+          Canvas.fillRect(AxisStretch(a + QPoint(0, offset), b + QPoint(0, offset), 1), r.Color);
+      }
+    } else if (std::abs(b.x() - a.x()) >= std::abs(b.y() - a.y())) {
+      Canvas.setPen(Qt::NoPen);
+      for (const auto& r : rows)
+        FillSlantedRows(Canvas, a, b, r.Lo, r.Hi, r.Color);
+    } else {
+      for (const auto& r : rows) {
+        Canvas.setPen(QPen(r.Color, 1, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+        for (int offset = r.Lo; offset <= r.Hi; ++offset)
+          Canvas.drawLine(a + QPoint(0, offset), b + QPoint(0, offset));
+      }
+    }
+  }
+}
+
 void TqxQueryBuilderLinkPainterMSSQL::PaintLink(QPainter& Canvas,
                                                 const TqxQueryBuilderPointArray& Points,
                                                 bool Focused,
@@ -228,11 +279,15 @@ void TqxQueryBuilderLinkPainterMSSQL::PaintLink(QPainter& Canvas,
                                                 const TqxLink* Link) {
   const QColor band = ToQColor(LinkColor_);
   const QColor lines = ToQColor(LinkLinesColor_);
-  for (int offset = -1; offset <= 1; ++offset)
-    DrawLine(Canvas, Points, 1, offset, band);
-  DrawLine(Canvas, Points, 1, -2, lines);
-  // The focused link has a heavier lower edge.
-  DrawLine(Canvas, Points, Focused ? 2 : 1, 2, lines);
+  if (!Focused && PixelExact(Canvas)) {
+    PaintFlatBand(Canvas, Points, band, lines);
+  } else {
+    for (int offset = -1; offset <= 1; ++offset)
+      DrawLine(Canvas, Points, 1, offset, band);
+    DrawLine(Canvas, Points, 1, -2, lines);
+    // The focused link has a heavier lower edge.
+    DrawLine(Canvas, Points, Focused ? 2 : 1, 2, lines);
+  }
   const QPoint m((Points[0].x() + Points[3].x()) / 2, (Points[0].y() + Points[3].y()) / 2);
   const int d = Points[3].x() < Points[0].x() ? -7 : 7;
   const bool leftOuter = LeftType(Link) == ctOuter;

@@ -251,6 +251,35 @@ TEST_F(LinkPainting, AccessStyleDrawsHeavyStubsEndMarksAndCardinalityMarks) {
     EXPECT_EQ(plain.pixel(28, y), kBackground) << y;
 }
 
+// Along a slanted stretch every column of the band reads edge, three face rows, edge.
+TEST_F(LinkPainting, MSSQLBandKeepsItsRowsAlongASlantedStretch) {
+  TqxQueryBuilderLinkPainterMSSQL painter(Builder.get());
+  const QRgb face = Builder->ToQColor(clBtnFace).rgb();
+  const QRgb black = qRgb(0, 0, 0);
+  for (const TqxQueryBuilderPointArray& points :
+       {TqxQueryBuilderPointArray{QPoint(10, 20), QPoint(26, 20), QPoint(86, 37), QPoint(102, 37)},
+        TqxQueryBuilderPointArray{QPoint(102, 37), QPoint(86, 37), QPoint(26, 20),
+                                  QPoint(10, 20)}}) {
+    QImage image(120, 60, QImage::Format_RGB32);
+    image.fill(kBackground);
+    {
+      QPainter canvas(&image);
+      painter.PaintLink(canvas, points, false, csRight, csLeft, nullptr);
+    }
+    for (int x = 28; x <= 48; ++x) {
+      std::string column;
+      for (int y = 10; y < 50; ++y) {
+        const QRgb p = image.pixel(x, y);
+        column += p == black ? 'E' : p == face ? 'f' : p == kBackground ? '.' : '?';
+      }
+      const auto first = column.find_first_not_of('.');
+      const auto last = column.find_last_not_of('.');
+      ASSERT_NE(first, std::string::npos) << x;
+      EXPECT_EQ(column.substr(first, last - first + 1), "EfffE") << "column " << x;
+    }
+  }
+}
+
 // DrawLine fills straight stretches itself: the pixels must be the raster engine's own.
 TEST(LinkLines, DrawLineSetsThePixelsOfTheEnginesPolyline) {
   const struct {

@@ -113,6 +113,8 @@ class TqxQueryBuilderLinkPainterMSSQL : public TqxQueryBuilderLinkPainter {
   void SetLinkLinesColor(TqxColor Value) { LinkLinesColor_ = Value; }
 
  private:
+  void PaintFlatBand(QPainter& Canvas, const TqxQueryBuilderPointArray& Points, const QColor& Band,
+                     const QColor& Lines);
   TqxColor LinkColor_ = clBtnFace;
   TqxColor LinkColorFocused_ = clBtnShadow;
   TqxColor LinkLinesColor_ = clBlack;
