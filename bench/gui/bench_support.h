@@ -5,6 +5,8 @@
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
+#include <QImage>
+#include <QPainter>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,6 +51,26 @@ struct TqxBenchDesigner {
   TqxEventMetadataProvider Metadata;
   TqxQueryBuilder Builder;
 };
+
+// One full repaint of Widget into Image. Not inlined, so that a profiler can count the
+// instructions of exactly the timed repaints (callgrind --toggle-collect=*RepaintOnce*).
+[[gnu::noinline]] inline void RepaintOnce(QWidget* Widget, QImage& Image) {
+  QPainter painter(&Image);
+  Widget->render(&painter);
+}
+
+// Repaints Widget at every step, after one repaint that fills the caches a shown diagram
+// has filled long before (laid-out texts, pending geometry events).
+inline void RepaintLoop(benchmark::State& State, QWidget* Widget) {
+  QImage image(Widget->size(), QImage::Format_ARGB32_Premultiplied);
+  {
+    QPainter painter(&image);
+    Widget->render(&painter);
+  }
+  for (auto _ : State)
+    RepaintOnce(Widget, image);
+  State.counters["pixels"] = static_cast<double>(Widget->width()) * Widget->height();
+}
 
 // Runs the registered benchmarks on Qt's offscreen platform unless another one is set.
 inline int RunDesignerBenchmarks(int argc, char** argv) {

@@ -79,13 +79,7 @@ void BM_RepaintWorkAreaOf200Boxes(benchmark::State& State) {
   Designer designer;
   designer.Load(JoinedTables(200, "t"));
   designer.Flush();
-  QWidget* canvas = designer.WorkArea()->Canvas();
-  QImage image(canvas->size(), QImage::Format_ARGB32_Premultiplied);
-  for (auto _ : State) {
-    QPainter painter(&image);
-    canvas->render(&painter);
-  }
-  State.counters["pixels"] = static_cast<double>(canvas->width()) * canvas->height();
+  bench::RepaintLoop(State, designer.WorkArea()->Canvas());
 }
 BENCHMARK(BM_RepaintWorkAreaOf200Boxes)->Unit(benchmark::kMillisecond);
 
@@ -94,13 +88,7 @@ void BM_RepaintVisibleWorkAreaOf200Boxes(benchmark::State& State) {
   Designer designer;
   designer.Load(JoinedTables(200, "t"));
   designer.Flush();
-  QWidget* viewport = designer.WorkArea()->viewport();
-  QImage image(viewport->size(), QImage::Format_ARGB32_Premultiplied);
-  for (auto _ : State) {
-    QPainter painter(&image);
-    viewport->render(&painter);
-  }
-  State.counters["pixels"] = static_cast<double>(viewport->width()) * viewport->height();
+  bench::RepaintLoop(State, designer.WorkArea()->viewport());
 }
 BENCHMARK(BM_RepaintVisibleWorkAreaOf200Boxes)->Unit(benchmark::kMillisecond);
 

@@ -99,13 +99,7 @@ void BM_RepaintDiagramWithLinks(benchmark::State& State) {
     State.SkipWithError("the diagram or the style is missing");
     return;
   }
-  QWidget* canvas = diagram.Area->Canvas();
-  QImage image(canvas->size(), QImage::Format_ARGB32_Premultiplied);
-  for (auto _ : State) {
-    QPainter painter(&image);
-    canvas->render(&painter);
-  }
-  State.counters["pixels"] = static_cast<double>(canvas->width()) * canvas->height();
+  bench::RepaintLoop(State, diagram.Area->Canvas());
 }
 BENCHMARK(BM_RepaintDiagramWithLinks)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 

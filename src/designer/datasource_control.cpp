@@ -369,10 +369,28 @@ void TqxQueryBuilderDataSourceControl::paintEvent(QPaintEvent* /*Event*/) {
   const QPalette& pal = palette();
   const QRect outer = rect();
   // Frame: a face-coloured border with a darker outline, then the caption bar.
-  painter.fillRect(outer, pal.color(QPalette::Button));
-  painter.setPen(Active_ ? pal.color(QPalette::Highlight).darker(130) : pal.color(QPalette::Dark));
-  painter.drawRect(outer.adjusted(0, 0, -1, -1));
+  // Only the strips around the caption and the list are filled: the list paints its
+  // whole area itself.
+  const int w = outer.width();
+  const int h = outer.height();
+  const int f = FrameWidth();
+  const QColor line =
+      Active_ ? pal.color(QPalette::Highlight).darker(130) : pal.color(QPalette::Dark);
+  painter.fillRect(0, 0, w, 1, line);
+  painter.fillRect(0, h - 1, w, 1, line);
+  painter.fillRect(0, 1, 1, h - 2, line);
+  painter.fillRect(w - 1, 1, 1, h - 2, line);
+  const QColor face = pal.color(QPalette::Button);
+  if (w <= 2 * f || h <= 2 * f) {
+    painter.fillRect(outer.adjusted(1, 1, -1, -1), face);
+  } else {
+    painter.fillRect(1, 1, w - 2, f - 1, face);
+    painter.fillRect(1, h - f, w - 2, f - 1, face);
+    painter.fillRect(1, f, f - 1, h - 2 * f, face);
+    painter.fillRect(w - f, f, f - 1, h - 2 * f, face);
+  }
   if (WorkArea_ != nullptr && TqxQueryBuilderPrivate::Of(WorkArea_->GetBuilder())->Exporting) {
+    // Exported drawings keep the caption as text.
     painter.save();
     painter.translate(CaptionRect().topLeft());
     DrawCaption(painter, QRect(QPoint(0, 0), CaptionRect().size()));
@@ -380,9 +398,6 @@ void TqxQueryBuilderDataSourceControl::paintEvent(QPaintEvent* /*Event*/) {
   } else {
     painter.drawPixmap(CaptionRect().topLeft(), CaptionImage());
   }
-  // The list is drawn over the box: its background is filled here, once per box, which
-  // is cheaper than each list filling its own.
-  painter.fillRect(List_->geometry(), List_->palette().color(QPalette::Base));
 }
 
 const QPixmap& TqxQueryBuilderDataSourceControl::CaptionImage() {
@@ -561,6 +576,17 @@ TqxQueryBuilderDatasourceFieldsList::TqxQueryBuilderDatasourceFieldsList(
   setItemDelegate(new TqxFieldRowDelegate(this));
   viewport()->setAutoFillBackground(false);
   connect(this, &QListWidget::itemChanged, this, &TqxQueryBuilderDatasourceFieldsList::ClickCheck);
+  // Whatever the rows show comes through the model or the selection.
+  QAbstractItemModel* rows = model();
+  const auto invalidate = [this] { InvalidateRows(); };
+  connect(rows, &QAbstractItemModel::dataChanged, this, invalidate);
+  connect(rows, &QAbstractItemModel::rowsInserted, this, invalidate);
+  connect(rows, &QAbstractItemModel::rowsRemoved, this, invalidate);
+  connect(rows, &QAbstractItemModel::rowsMoved, this, invalidate);
+  connect(rows, &QAbstractItemModel::modelReset, this, invalidate);
+  connect(rows, &QAbstractItemModel::layoutChanged, this, invalidate);
+  connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, invalidate);
+  connect(selectionModel(), &QItemSelectionModel::currentChanged, this, invalidate);
   connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] {
     if (Box_->GetDatasource() != nullptr)
       Box_->GetWorkArea()->RealignLinks(Box_);
@@ -796,6 +822,82 @@ void TqxQueryBuilderDatasourceFieldsList::focusInEvent(QFocusEvent* Event) {
   QListWidget::focusInEvent(Event);
   if (Box_->GetDatasource() != nullptr)
     Box_->GetWorkArea()->SetFocusedControl(Box_);
+}
+
+void TqxQueryBuilderDatasourceFieldsList::focusOutEvent(QFocusEvent* Event) {
+  InvalidateRows();
+  QListWidget::focusOutEvent(Event);
+}
+
+void TqxQueryBuilderDatasourceFieldsList::changeEvent(QEvent* Event) {
+  switch (Event->type()) {
+    case QEvent::PaletteChange:
+    case QEvent::FontChange:
+    case QEvent::StyleChange:
+    case QEvent::EnabledChange:
+    case QEvent::ActivationChange:  // the palette's active or inactive colours
+    case QEvent::LayoutDirectionChange:
+      InvalidateRows();
+      break;
+    default:
+      break;
+  }
+  QListWidget::changeEvent(Event);
+}
+
+void TqxQueryBuilderDatasourceFieldsList::PaintRows(const QSize& Size, qreal Ratio) {
+  RowsImage_ = QImage(Size, QImage::Format_ARGB32_Premultiplied);
+  RowsImage_.setDevicePixelRatio(Ratio);
+  RowsImage_.fill(palette().color(QPalette::Base));
+  RowsImageValid_ = true;
+  RowsImageOffset_ = verticalOffset();
+  RowsImageFocused_ = hasFocus();
+  QPainter painter(&RowsImage_);
+  DrawRows(painter);
+}
+
+void TqxQueryBuilderDatasourceFieldsList::DrawRows(QPainter& painter) {
+  QStyleOptionViewItem common;
+  initViewItemOption(&common);
+  const QRect area = viewport()->rect();
+  const QModelIndex current = currentIndex();
+  QAbstractItemDelegate* delegate = itemDelegate();
+  for (int row = 0; row < count(); ++row) {
+    const QModelIndex index = model()->index(row, 0);
+    QStyleOptionViewItem option = common;
+    option.rect = visualRect(index);
+    if (!option.rect.intersects(area))
+      continue;
+    if (selectionModel()->isSelected(index))
+      option.state |= QStyle::State_Selected;
+    if (index == current && hasFocus())
+      option.state |= QStyle::State_HasFocus;
+    delegate->paint(&painter, option, index);
+  }
+}
+
+void TqxQueryBuilderDatasourceFieldsList::paintEvent(QPaintEvent* /*Event*/) {
+  QWidget* port = viewport();
+  const qreal ratio = port->devicePixelRatioF();
+  const QSize size = port->size() * ratio;
+  if (size.isEmpty())
+    return;
+  // An exported drawing gets the rows themselves: text in SVG, sharp at any scale.
+  TqxQueryBuilderWorkArea* area = Box_ != nullptr ? Box_->GetWorkArea() : nullptr;
+  if (area != nullptr && TqxQueryBuilderPrivate::Of(area->GetBuilder())->Exporting) {
+    QPainter painter(port);
+    painter.fillRect(port->rect(), palette().color(QPalette::Base));
+    DrawRows(painter);
+    return;
+  }
+  if (!RowsImageValid_ || RowsImage_.size() != size || RowsImageOffset_ != verticalOffset() ||
+      RowsImageFocused_ != hasFocus())
+    PaintRows(size, ratio);
+  QPainter painter(port);
+  // The rows image is opaque: a plain copy unless the table colour is translucent.
+  if (palette().color(QPalette::Base).alpha() == 255)
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+  painter.drawImage(0, 0, RowsImage_);
 }
 
 void TqxQueryBuilderDatasourceFieldsList::contextMenuEvent(QContextMenuEvent* Event) {

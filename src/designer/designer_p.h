@@ -6,6 +6,7 @@
 #include <QEvent>
 #include <QFrame>
 #include <QHash>
+#include <QImage>
 #include <QJsonObject>
 #include <QListWidget>
 #include <QPointer>
@@ -354,9 +355,17 @@ class TqxQueryBuilderDatasourceFieldsList : public QListWidget {
   void mouseDoubleClickEvent(QMouseEvent* Event) override;
   void keyPressEvent(QKeyEvent* Event) override;
   void focusInEvent(QFocusEvent* Event) override;
+  void focusOutEvent(QFocusEvent* Event) override;
   void contextMenuEvent(QContextMenuEvent* Event) override;
+  void changeEvent(QEvent* Event) override;
+  // Draws the rows from RowsImage_, laying them out again only when something they show
+  // changed: a diagram repaint then costs one image copy per list.
+  void paintEvent(QPaintEvent* Event) override;
 
  private:
+  void InvalidateRows() { RowsImageValid_ = false; }
+  void PaintRows(const QSize& Size, qreal Ratio);
+  void DrawRows(QPainter& Painter);
   void ClickCheck(QListWidgetItem* Item);
   void UpdateDragCursor(const QPoint& GlobalPos);
   void FinishDrag(const QPoint& GlobalPos);
@@ -369,6 +378,11 @@ class TqxQueryBuilderDatasourceFieldsList : public QListWidget {
   bool Dragging_ = false;
   bool IgnoreRelease_ = false;
   int Syncing_ = 0;
+  // The visible rows as last drawn, for the scroll offset and focus they were drawn with.
+  QImage RowsImage_;
+  bool RowsImageValid_ = false;
+  int RowsImageOffset_ = 0;
+  bool RowsImageFocused_ = false;
 };
 
 // Makes the widgets of model objects and runs their menus and dialogs.

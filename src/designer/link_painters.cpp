@@ -6,6 +6,11 @@
 #include <QPainter>
 #include <QPalette>
 #include <QPolygon>
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <tuple>
+#include <utility>
 
 #include "qorvex/designer/query_builder.h"
 #include "qorvex/model/datasources.h"
@@ -50,13 +55,87 @@ const TqxQueryBuilderLinkPainterClass& TqxQueryBuilderLinkPainterAccess::StaticC
 // ---------------------------------------------------------------------------------------
 // Base
 
+namespace {
+
+// Whether the painter maps one unit to one device pixel without smoothing: then the
+// shapes can be filled as rectangles or copied from kept images, pixel for pixel.
+bool PixelExact(const QPainter& Canvas) {
+  return Canvas.deviceTransform().type() <= QTransform::TxTranslate &&
+         !Canvas.testRenderHint(QPainter::Antialiasing);
+}
+
+// The pixels the raster engine sets for a horizontal or vertical stretch from A to B with
+// a square-capped pen of Width 1 (both ends included) or 2 (one more before the start,
+// and the row or column before the line).
+QRect AxisStretch(QPoint A, QPoint B, int Width) {
+  const QRect span(QPoint(std::min(A.x(), B.x()), std::min(A.y(), B.y())),
+                   QPoint(std::max(A.x(), B.x()), std::max(A.y(), B.y())));
+  if (Width == 1)
+    return span;
+  if (A.y() == B.y())
+    return QRect(span.left() - 1, span.top() - 1, span.width() + 1, 2);
+  return QRect(span.left() - 1, span.top() - 1, 2, span.height() + 1);
+}
+
+bool Axial(QPoint A, QPoint B) {
+  return A.x() == B.x() || A.y() == B.y();
+}
+
+// A small shape drawn around its centre by Draw with a pen of PenColor and a brush of
+// BrushColor. Where the painter is pixel exact, the shape is drawn once into an image
+// kept under Key and copied from then on: a diagram paints the same few marks hundreds
+// of times.
+template <class DrawFn>
+void Stamp(QPainter& Canvas, QPoint At, quint32 Key, int Reach, const QColor& PenColor,
+           const QColor& BrushColor, DrawFn Draw) {
+  if (!PixelExact(Canvas)) {
+    Canvas.setPen(QPen(PenColor, 1));
+    Canvas.setBrush(BrushColor);
+    Draw(Canvas, At);
+    return;
+  }
+  static std::map<std::tuple<quint32, QRgb, QRgb>, QImage> kept;
+  const auto key = std::make_tuple(Key, PenColor.rgba(), BrushColor.rgba());
+  auto found = kept.find(key);
+  if (found == kept.end()) {
+    QImage image(2 * Reach + 1, 2 * Reach + 1, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setPen(QPen(PenColor, 1));
+    painter.setBrush(BrushColor);
+    Draw(painter, QPoint(Reach, Reach));
+    painter.end();
+    found = kept.emplace(key, image).first;
+  }
+  Canvas.drawImage(At - QPoint(Reach, Reach), found->second);
+}
+
+}  // namespace
+
 void TqxQueryBuilderLinkPainter::DrawLine(QPainter& Canvas, const TqxQueryBuilderPointArray& Points,
                                           int Width, int YOffset, const QColor& Color) {
   TqxQueryBuilderPointArray moved = Points;
   for (QPoint& point : moved)
     point.ry() += YOffset;
-  Canvas.setPen(QPen(Color, Width, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
-  Canvas.drawPolyline(moved.data(), static_cast<int>(moved.size()));
+  const QPen pen(Color, Width, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin);
+  // Straight stretches are filled as rectangles, far cheaper than stroking them; a thin
+  // line's slanted stretch is stroked alone, which sets the same pixels.
+  const bool fast = PixelExact(Canvas) &&
+                    (Width == 1 || (Width == 2 && Axial(moved[0], moved[1]) &&
+                                    Axial(moved[1], moved[2]) && Axial(moved[2], moved[3])));
+  if (!fast) {
+    Canvas.setPen(pen);
+    Canvas.drawPolyline(moved.data(), static_cast<int>(moved.size()));
+    return;
+  }
+  for (std::size_t i = 0; i + 1 < moved.size(); ++i) {
+    if (Axial(moved[i], moved[i + 1])) {
+      Canvas.fillRect(AxisStretch(moved[i], moved[i + 1], Width), Color);
+    } else {
+      Canvas.setPen(pen);
+      Canvas.drawLine(moved[i], moved[i + 1]);
+    }
+  }
 }
 
 QColor TqxQueryBuilderLinkPainter::ToQColor(TqxColor Color) const {
@@ -98,6 +177,15 @@ void DrawCircle(QPainter& Canvas, int X1, int Y1, int X2, int Y2) {
                            QPoint(std::max(X1, X2), std::max(Y1, Y2))));
 }
 
+// Keys of the kept marks: the style, the end's join kind and side, and extra flags.
+enum TqxMarkKey : quint32 {
+  kSimpleMark = 0x100,
+  kAccessMark = 0x200,
+  kMSSQLMark = 0x300,
+  kOuterEnd = 0x1,
+  kRightSide = 0x2,
+};
+
 }  // namespace
 
 // ---------------------------------------------------------------------------------------
@@ -111,24 +199,77 @@ void TqxQueryBuilderLinkPainterSimple::PaintLink(QPainter& Canvas,
                                                  const TqxLink* Link) {
   const QColor line = ToQColor(LinkColor_);
   DrawLine(Canvas, Points, Focused ? 2 : 1, 0, line);
-  Canvas.setBrush(ToQColor(LinkShapesColor_));
-  Canvas.setPen(QPen(line, 1));
-  PaintEndMark(Canvas, Points[0], LeftType(Link), LeftSide);
-  PaintEndMark(Canvas, Points[3], RightType(Link), RightSide);
+  const QColor shapes = ToQColor(LinkShapesColor_);
+  PaintEndMark(Canvas, Points[0], LeftType(Link), LeftSide, line, shapes);
+  PaintEndMark(Canvas, Points[3], RightType(Link), RightSide, line, shapes);
 }
 
 void TqxQueryBuilderLinkPainterSimple::PaintEndMark(QPainter& Canvas, QPoint At,
                                                     TqxQueryBuilderLinkConnectType Type,
-                                                    TqxQueryBuilderLinkConnectToSide Side) {
+                                                    TqxQueryBuilderLinkConnectToSide Side,
+                                                    const QColor& Line, const QColor& Shapes) {
   const int d = Side == csRight ? 8 : -8;
-  if (Type == ctOuter)
-    DrawTriangle(Canvas, At, d);
-  else
-    DrawCircle(Canvas, At.x(), At.y() - 4, At.x() + d, At.y() + 4);
+  const quint32 key =
+      kSimpleMark | (Type == ctOuter ? kOuterEnd : 0) | (Side == csRight ? kRightSide : 0);
+  Stamp(Canvas, At, key, 9, Line, Shapes, [&](QPainter& P, QPoint C) {
+    if (Type == ctOuter)
+      DrawTriangle(P, C, d);
+    else
+      DrawCircle(P, C.x(), C.y() - 4, C.x() + d, C.y() + 4);
+  });
 }
 
 // ---------------------------------------------------------------------------------------
 // MS SQL
+
+namespace {
+
+// The band's rows Lo..Hi (offsets from the line) along the slanted stretch A-B whose
+// run is at least its rise, as one polygon: one span per scanline instead of a stroked
+// line per row. Each column gets the rows a line through the pixel centres would give.
+void FillSlantedRows(QPainter& Canvas, QPoint A, QPoint B, int Lo, int Hi, const QColor& Color) {
+  if (A.x() > B.x())
+    std::swap(A, B);
+  const double slope = static_cast<double>(B.y() - A.y()) / (B.x() - A.x());
+  const QPointF corners[4] = {
+      QPointF(A.x(), A.y() + Lo - slope / 2), QPointF(B.x() + 1, B.y() + Lo + slope / 2),
+      QPointF(B.x() + 1, B.y() + Hi + 1 + slope / 2), QPointF(A.x(), A.y() + Hi + 1 - slope / 2)};
+  Canvas.setBrush(Color);
+  Canvas.drawPolygon(corners, 4);
+}
+
+}  // namespace
+
+// The band of a link that is not focused: straight stretches as rectangles, slanted ones
+// as filled rows where they run wider than they rise, stroked rows where they are steep.
+void TqxQueryBuilderLinkPainterMSSQL::PaintFlatBand(QPainter& Canvas,
+                                                    const TqxQueryBuilderPointArray& Points,
+                                                    const QColor& Band, const QColor& Lines) {
+  const struct {
+    int Lo, Hi;
+    const QColor& Color;
+  } rows[] = {{-1, 1, Band}, {-2, -2, Lines}, {2, 2, Lines}};
+  for (std::size_t i = 0; i + 1 < Points.size(); ++i) {
+    const QPoint a = Points[i];
+    const QPoint b = Points[i + 1];
+    if (Axial(a, b)) {
+      for (const auto& r : rows) {
+        for (int offset = r.Lo; offset <= r.Hi; ++offset)
+          Canvas.fillRect(AxisStretch(a + QPoint(0, offset), b + QPoint(0, offset), 1), r.Color);
+      }
+    } else if (std::abs(b.x() - a.x()) >= std::abs(b.y() - a.y())) {
+      Canvas.setPen(Qt::NoPen);
+      for (const auto& r : rows)
+        FillSlantedRows(Canvas, a, b, r.Lo, r.Hi, r.Color);
+    } else {
+      for (const auto& r : rows) {
+        Canvas.setPen(QPen(r.Color, 1, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+        for (int offset = r.Lo; offset <= r.Hi; ++offset)
+          Canvas.drawLine(a + QPoint(0, offset), b + QPoint(0, offset));
+      }
+    }
+  }
+}
 
 void TqxQueryBuilderLinkPainterMSSQL::PaintLink(QPainter& Canvas,
                                                 const TqxQueryBuilderPointArray& Points,
@@ -138,27 +279,36 @@ void TqxQueryBuilderLinkPainterMSSQL::PaintLink(QPainter& Canvas,
                                                 const TqxLink* Link) {
   const QColor band = ToQColor(LinkColor_);
   const QColor lines = ToQColor(LinkLinesColor_);
-  for (int offset = -1; offset <= 1; ++offset)
-    DrawLine(Canvas, Points, 1, offset, band);
-  DrawLine(Canvas, Points, 1, -2, lines);
-  // The focused link has a heavier lower edge.
-  DrawLine(Canvas, Points, Focused ? 2 : 1, 2, lines);
-  Canvas.setBrush(ToQColor(Focused ? LinkColorFocused_ : LinkColor_));
-  Canvas.setPen(QPen(lines, 1));
+  if (!Focused && PixelExact(Canvas)) {
+    PaintFlatBand(Canvas, Points, band, lines);
+  } else {
+    for (int offset = -1; offset <= 1; ++offset)
+      DrawLine(Canvas, Points, 1, offset, band);
+    DrawLine(Canvas, Points, 1, -2, lines);
+    // The focused link has a heavier lower edge.
+    DrawLine(Canvas, Points, Focused ? 2 : 1, 2, lines);
+  }
   const QPoint m((Points[0].x() + Points[3].x()) / 2, (Points[0].y() + Points[3].y()) / 2);
   const int d = Points[3].x() < Points[0].x() ? -7 : 7;
-  auto half = [&](int Dx) {
-    const QPoint rect[4] = {QPoint(m.x(), m.y() - 7), QPoint(m.x() + Dx, m.y() - 7),
-                            QPoint(m.x() + Dx, m.y() + 7), QPoint(m.x(), m.y() + 7)};
-    Canvas.drawPolygon(rect, 4);
-  };
-  if (LeftType(Link) == ctOuter)
-    half(-d);
-  if (RightType(Link) == ctOuter)
-    half(d);
-  const QPoint diamond[4] = {QPoint(m.x(), m.y() - 7), QPoint(m.x() + 7, m.y()),
-                             QPoint(m.x(), m.y() + 7), QPoint(m.x() - 7, m.y())};
-  Canvas.drawPolygon(diamond, 4);
+  const bool leftOuter = LeftType(Link) == ctOuter;
+  const bool rightOuter = RightType(Link) == ctOuter;
+  const quint32 key =
+      kMSSQLMark | (leftOuter ? 0x1 : 0) | (rightOuter ? 0x2 : 0) | (d < 0 ? 0x4 : 0);
+  Stamp(Canvas, m, key, 8, lines, ToQColor(Focused ? LinkColorFocused_ : LinkColor_),
+        [&](QPainter& P, QPoint C) {
+          auto half = [&](int Dx) {
+            const QPoint rect[4] = {QPoint(C.x(), C.y() - 7), QPoint(C.x() + Dx, C.y() - 7),
+                                    QPoint(C.x() + Dx, C.y() + 7), QPoint(C.x(), C.y() + 7)};
+            P.drawPolygon(rect, 4);
+          };
+          if (leftOuter)
+            half(-d);
+          if (rightOuter)
+            half(d);
+          const QPoint diamond[4] = {QPoint(C.x(), C.y() - 7), QPoint(C.x() + 7, C.y()),
+                                     QPoint(C.x(), C.y() + 7), QPoint(C.x() - 7, C.y())};
+          P.drawPolygon(diamond, 4);
+        });
 }
 
 // ---------------------------------------------------------------------------------------
@@ -177,19 +327,22 @@ void TqxQueryBuilderLinkPainterAccess::PaintLink(QPainter& Canvas,
   const QColor line = ToQColor(LinkColor_);
   DrawLine(Canvas, Points, Focused ? 2 : 1, 0, line);
   // The stubs at the boxes are always heavy.
-  Canvas.setPen(QPen(line, 2, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
-  Canvas.drawLine(Points[0], Points[1]);
-  Canvas.drawLine(Points[3], Points[2]);
+  if (PixelExact(Canvas)) {
+    Canvas.fillRect(AxisStretch(Points[0], Points[1], 2), line);
+    Canvas.fillRect(AxisStretch(Points[3], Points[2], 2), line);
+  } else {
+    Canvas.setPen(QPen(line, 2, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+    Canvas.drawLine(Points[0], Points[1]);
+    Canvas.drawLine(Points[3], Points[2]);
+  }
   if (Link != nullptr) {
     PaintCardinalitySymbol(Canvas, QPoint((Points[0].x() + Points[1].x()) / 2, Points[0].y()),
                            Link->GetLeftCardinality());
     PaintCardinalitySymbol(Canvas, QPoint((Points[3].x() + Points[2].x()) / 2, Points[3].y()),
                            Link->GetRightCardinality());
   }
-  Canvas.setBrush(line);
-  Canvas.setPen(QPen(line, 1));
-  PaintEndMark(Canvas, Points[0], LeftType(Link), LeftSide);
-  PaintEndMark(Canvas, Points[3], RightType(Link), RightSide);
+  PaintEndMark(Canvas, Points[0], LeftType(Link), LeftSide, line);
+  PaintEndMark(Canvas, Points[3], RightType(Link), RightSide, line);
 }
 
 void TqxQueryBuilderLinkPainterAccess::PaintCardinalitySymbol(
@@ -203,11 +356,16 @@ void TqxQueryBuilderLinkPainterAccess::PaintCardinalitySymbol(
 
 void TqxQueryBuilderLinkPainterAccess::PaintEndMark(QPainter& Canvas, QPoint At,
                                                     TqxQueryBuilderLinkConnectType Type,
-                                                    TqxQueryBuilderLinkConnectToSide Side) {
-  if (Type == ctOuter)
-    DrawTriangle(Canvas, At, Side == csRight ? 4 : -4);
-  else
-    DrawCircle(Canvas, At.x(), At.y() - 3, At.x() + (Side == csRight ? 6 : -6), At.y() + 3);
+                                                    TqxQueryBuilderLinkConnectToSide Side,
+                                                    const QColor& Line) {
+  const quint32 key =
+      kAccessMark | (Type == ctOuter ? kOuterEnd : 0) | (Side == csRight ? kRightSide : 0);
+  Stamp(Canvas, At, key, 7, Line, Line, [&](QPainter& P, QPoint C) {
+    if (Type == ctOuter)
+      DrawTriangle(P, C, Side == csRight ? 4 : -4);
+    else
+      DrawCircle(P, C.x(), C.y() - 3, C.x() + (Side == csRight ? 6 : -6), C.y() + 3);
+  });
 }
 
 // ---------------------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 // input that must change nothing.
 #include <QImage>
 #include <QMenu>
+#include <QScrollBar>
 #include <map>
 
 #include "gui/designer_fixture.h"
@@ -37,6 +38,55 @@ TEST_F(Editing, TickingStarAndFieldsWritesTheSelectListOnce) {
   EXPECT_EQ(Sql().find("c.Name"), std::string::npos) << Sql();
   EXPECT_EQ(changed.last().at(0).toString().toStdString(), Sql());
   EXPECT_EQ(list->item(2)->checkState(), Qt::Unchecked);
+}
+
+// The rows are drawn from a kept image: it must follow every change of what they show.
+TEST_F(Editing, TheRowsShownFollowTicksSelectionAndScrolling) {
+  Load("select c.Name from Customers c");
+  Box* box = BoxOf("Customers c");
+  ASSERT_NE(box, nullptr);
+  auto* list = box->GetFieldsList();
+  const QColor base = list->palette().color(QPalette::Base);
+  auto shot = [&] { return list->viewport()->grab().toImage(); };
+  // Dark pixels inside a row's check box: its tick.
+  auto ticked = [&](const QImage& Image, int Row) {
+    const QRect check = list->CheckRect(Row).adjusted(2, 2, -2, -2);
+    int ink = 0;
+    for (int y = check.top(); y <= check.bottom(); ++y)
+      for (int x = check.left(); x <= check.right(); ++x)
+        ink += qGray(Image.pixel(x, y)) < 100 ? 1 : 0;
+    return ink > 0;
+  };
+  auto banded = [&](const QImage& Image, int Row) {
+    const QRect row = list->visualItemRect(list->item(Row));
+    return Image.pixelColor(row.right() - 2, row.center().y()) != base;
+  };
+  QImage image = shot();
+  EXPECT_TRUE(ticked(image, 2));
+  EXPECT_FALSE(ticked(image, 3));
+  // Ticked from the select list's side.
+  TqxDatasource* ds = box->GetDatasource();
+  ASSERT_TRUE(TqxQueryBuilderPrivate::Run(
+      Builder.get(), [&] { Operand()->GetSelectList()->AddField(ds, "Country"); }));
+  Settle();
+  image = shot();
+  EXPECT_TRUE(ticked(image, 3)) << Sql();
+  // The current row's band moves with it.
+  list->setCurrentRow(1);
+  image = shot();
+  EXPECT_TRUE(banded(image, 1));
+  list->setCurrentRow(2);
+  image = shot();
+  EXPECT_FALSE(banded(image, 1));
+  EXPECT_TRUE(banded(image, 2));
+  // A short box scrolls its list: the rows move under their check boxes.
+  box->ProposeGeometry(QRect(box->pos(), QSize(box->width(), box->height() - 25)));
+  Settle();
+  ASSERT_GT(list->verticalScrollBar()->maximum(), 0);
+  list->verticalScrollBar()->setValue(list->verticalScrollBar()->maximum());
+  image = shot();
+  EXPECT_TRUE(ticked(image, 3));
+  EXPECT_TRUE(banded(image, 2));
 }
 
 TEST_F(Editing, AFieldDroppedOnAnotherBoxJoinsThem) {

@@ -251,6 +251,96 @@ TEST_F(LinkPainting, AccessStyleDrawsHeavyStubsEndMarksAndCardinalityMarks) {
     EXPECT_EQ(plain.pixel(28, y), kBackground) << y;
 }
 
+// Along a slanted stretch every column of the band reads edge, three face rows, edge.
+TEST_F(LinkPainting, MSSQLBandKeepsItsRowsAlongASlantedStretch) {
+  TqxQueryBuilderLinkPainterMSSQL painter(Builder.get());
+  const QRgb face = Builder->ToQColor(clBtnFace).rgb();
+  const QRgb black = qRgb(0, 0, 0);
+  for (const TqxQueryBuilderPointArray& points :
+       {TqxQueryBuilderPointArray{QPoint(10, 20), QPoint(26, 20), QPoint(86, 37), QPoint(102, 37)},
+        TqxQueryBuilderPointArray{QPoint(102, 37), QPoint(86, 37), QPoint(26, 20),
+                                  QPoint(10, 20)}}) {
+    QImage image(120, 60, QImage::Format_RGB32);
+    image.fill(kBackground);
+    {
+      QPainter canvas(&image);
+      painter.PaintLink(canvas, points, false, csRight, csLeft, nullptr);
+    }
+    for (int x = 28; x <= 48; ++x) {
+      std::string column;
+      for (int y = 10; y < 50; ++y) {
+        const QRgb p = image.pixel(x, y);
+        column += p == black ? 'E' : p == face ? 'f' : p == kBackground ? '.' : '?';
+      }
+      const auto first = column.find_first_not_of('.');
+      const auto last = column.find_last_not_of('.');
+      ASSERT_NE(first, std::string::npos) << x;
+      EXPECT_EQ(column.substr(first, last - first + 1), "EfffE") << "column " << x;
+    }
+  }
+}
+
+// DrawLine fills straight stretches itself: the pixels must be the raster engine's own.
+TEST(LinkLines, DrawLineSetsThePixelsOfTheEnginesPolyline) {
+  const struct {
+    const char* name;
+    TqxQueryBuilderPointArray points;
+  } cases[] = {
+      {"straight", {QPoint(5, 20), QPoint(21, 20), QPoint(60, 20), QPoint(76, 20)}},
+      {"backwards", {QPoint(76, 20), QPoint(60, 20), QPoint(21, 20), QPoint(5, 20)}},
+      {"slanted", {QPoint(5, 10), QPoint(21, 10), QPoint(60, 33), QPoint(76, 33)}},
+      {"steep", {QPoint(30, 2), QPoint(46, 2), QPoint(40, 38), QPoint(56, 38)}},
+      {"loop", {QPoint(40, 8), QPoint(24, 8), QPoint(24, 30), QPoint(40, 30)}},
+  };
+  for (const auto& c : cases) {
+    for (int width : {1, 2}) {
+      for (int offset : {-2, 0, 1}) {
+        QImage drawn(90, 45, QImage::Format_RGB32);
+        drawn.fill(Qt::white);
+        QImage expected = drawn;
+        {
+          QPainter painter(&drawn);
+          painter.translate(3, 2);
+          TqxQueryBuilderLinkPainter::DrawLine(painter, c.points, width, offset, Qt::black);
+        }
+        {
+          QPainter painter(&expected);
+          painter.translate(3, 2);
+          TqxQueryBuilderPointArray moved = c.points;
+          for (QPoint& point : moved)
+            point.ry() += offset;
+          painter.setPen(QPen(Qt::black, width, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+          painter.drawPolyline(moved.data(), 4);
+        }
+        EXPECT_EQ(drawn, expected) << c.name << " width " << width << " offset " << offset;
+      }
+    }
+  }
+}
+
+// The marks are copied from kept images: a link painted elsewhere looks the same.
+TEST_F(LinkPainting, EveryStyleLooksTheSameWherePainted) {
+  TqxLink* link = LeftJoin();
+  TqxQueryBuilderLinkPainterSimple simple(Builder.get());
+  TqxQueryBuilderLinkPainterMSSQL mssql(Builder.get());
+  TqxQueryBuilderLinkPainterAccess access(Builder.get());
+  for (TqxQueryBuilderLinkPainter* painter :
+       std::initializer_list<TqxQueryBuilderLinkPainter*>{&simple, &mssql, &access}) {
+    for (bool focused : {false, true}) {
+      const QImage here = Paint(*painter, focused, link);
+      QImage there(here.width() + 7, here.height() + 11, QImage::Format_RGB32);
+      there.fill(kBackground);
+      {
+        QPainter canvas(&there);
+        canvas.translate(7, 11);
+        painter->PaintLink(canvas, Straight(), focused, csRight, csLeft, link);
+      }
+      EXPECT_EQ(there.copy(7, 11, here.width(), here.height()), here)
+          << painter->PainterStyle() << (focused ? " focused" : "");
+    }
+  }
+}
+
 // ---------------------------------------------------------------------------------------
 // The registry and the builder's painter
 

@@ -89,7 +89,8 @@ class TqxQueryBuilderLinkPainterSimple : public TqxQueryBuilderLinkPainter {
 
  private:
   void PaintEndMark(QPainter& Canvas, QPoint At, TqxQueryBuilderLinkConnectType Type,
-                    TqxQueryBuilderLinkConnectToSide Side);
+                    TqxQueryBuilderLinkConnectToSide Side, const QColor& Line,
+                    const QColor& Shapes);
   TqxColor LinkColor_ = clBlack;
   TqxColor LinkShapesColor_ = clWhite;
 };
@@ -112,6 +113,8 @@ class TqxQueryBuilderLinkPainterMSSQL : public TqxQueryBuilderLinkPainter {
   void SetLinkLinesColor(TqxColor Value) { LinkLinesColor_ = Value; }
 
  private:
+  void PaintFlatBand(QPainter& Canvas, const TqxQueryBuilderPointArray& Points, const QColor& Band,
+                     const QColor& Lines);
   TqxColor LinkColor_ = clBtnFace;
   TqxColor LinkColorFocused_ = clBtnShadow;
   TqxColor LinkLinesColor_ = clBlack;
@@ -137,7 +140,7 @@ class TqxQueryBuilderLinkPainterAccess : public TqxQueryBuilderLinkPainter {
   void PaintCardinalitySymbol(QPainter& Canvas, QPoint At,
                               TqxQueryBuilderLinkCardinality Cardinality);
   void PaintEndMark(QPainter& Canvas, QPoint At, TqxQueryBuilderLinkConnectType Type,
-                    TqxQueryBuilderLinkConnectToSide Side);
+                    TqxQueryBuilderLinkConnectToSide Side, const QColor& Line);
   TqxColor LinkColor_ = clBlack;
 };
 
