@@ -2,10 +2,18 @@
 
 #include <QMainWindow>
 #include <QString>
+#include <memory>
 #include <string>
 
+#include "connection.h"
+
+class QAction;
+class QKeySequence;
+class QPoint;
 class QActionGroup;
+class QDockWidget;
 class QLabel;
+class QMenu;
 class QPlainTextEdit;
 class QTimer;
 
@@ -14,9 +22,12 @@ namespace qorvex {
 class TqxBaseMetadataProvider;
 class TqxBaseSyntaxProvider;
 class TqxQueryBuilder;
+class TqxObjectBrowser;
+class TqxResultsPane;
 
 // The designer's main window: the query builder above a SQL text pane, kept in step both
-// ways, and a status bar for errors.
+// ways, the database's objects beside them, the results of running the statement below,
+// and a status bar telling what was done.
 class TqxDesignerWindow : public QMainWindow {
   Q_OBJECT
  public:
@@ -32,6 +43,28 @@ class TqxDesignerWindow : public QMainWindow {
   bool SetLinkStyle(const std::string& UserName);
   QActionGroup* LinkStyleActions() const { return LinkStyles_; }
 
+  // Opens a database and makes it the builder's metadata; the diagram's boxes read their
+  // columns again. False, with the database's message in Error, when it cannot be opened
+  // (the current connection stays). Remember adds it to the recent connections.
+  bool OpenConnection(const TqxConnectionSpec& Spec, QString* Error = nullptr,
+                      bool Remember = true);
+  const TqxDesignerConnection* Connection() const { return Connection_.get(); }
+  TqxObjectBrowser* Browser() const { return Browser_; }
+  TqxResultsPane* Results() const { return Results_; }
+  // Adds a table or view (its name as SQL writes it) to the diagram being edited: at
+  // Point of the diagram when given, else at a free place; WithLinks joins it along the
+  // foreign keys. False when the model refused it (the status bar says why).
+  bool AddObject(const QString& SQLName, bool WithLinks, const QPoint* Point = nullptr);
+  // Runs the statement in the SQL pane on the connection (F5); false when nothing started.
+  bool RunQuery();
+  // Opens the properties of the focused box (F2), where its alias is renamed.
+  bool RenameFocused();
+  // Shows Text in the status bar (also what the status bar shows now).
+  void ShowStatus(const QString& Text);
+  QString StatusText() const;
+  // The window's command by its object name ("actionRun", ...), else null.
+  QAction* Action(const char* Name) const;
+
  public slots:
   // A datasource whose fields the metadata provider could not give.
   void ShowMetadataError(const QString& Datasource, const QString& Message);
@@ -46,6 +79,13 @@ class TqxDesignerWindow : public QMainWindow {
   void MarkError(int Line, int Column);
   void ClearMark();
   void SyncLinkStyleMenu();
+  void CreateActions();
+  void FillRecentMenu();
+  void ChooseSQLite();
+  void ChooseODBC();
+  void ShowPreferences();
+  void RefreshMetadata();
+  QAction* MakeAction(const char* Name, const QString& Text, const QKeySequence& Keys);
 
   TqxBaseSyntaxProvider* Syntax_;
   TqxQueryBuilder* Builder_;
@@ -53,6 +93,13 @@ class TqxDesignerWindow : public QMainWindow {
   QTimer* Pause_;
   QLabel* Status_;
   QActionGroup* LinkStyles_ = nullptr;
+  TqxBaseMetadataProvider* StartMetadata_;
+  std::unique_ptr<TqxDesignerConnection> Connection_;
+  TqxObjectBrowser* Browser_ = nullptr;
+  QDockWidget* BrowserDock_ = nullptr;
+  TqxResultsPane* Results_ = nullptr;
+  QDockWidget* ResultsDock_ = nullptr;
+  QMenu* RecentMenu_ = nullptr;
   bool SettingText_ = false;
   bool LoadingFromPane_ = false;
   // The application-wide focus signal, let go before the window's children are freed.

@@ -76,6 +76,10 @@ class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
   // The style texts of the registered painters, in registration order.
   void GetUserNames(const std::function<void(const std::string&)>& Callback) const;
 
+  // The model object of the focused box or link on the active operand's diagram; null
+  // when neither has the focus.
+  TqxQueryBuilderControlOwner* GetFocusedObject() const;
+
   // Drags from outside the component over a diagram (the application's own objects):
   // OnDragOver answers whether a drop at Point (diagram coordinates) is welcome;
   // OnDragDrop receives it.
