@@ -26,11 +26,15 @@
 namespace qorvex {
 
 namespace {
-// Rows are handed to the window in batches of at most this many, or sooner when this
-// much time has passed, so that the first rows show at once and the event queue stays
-// short.
+// Rows are handed to the window in batches of this many, or sooner when this much time
+// has passed, so that the first rows show at once. While the window has not taken the
+// batches already sent, rows gather in the next one (up to kMaxBatchRows): a flood of
+// posted batches would be handled in one go and keep the window from its timers and
+// input.
 constexpr int kBatchRows = 500;
 constexpr int kBatchMs = 40;
+constexpr int kMaxPending = 2;
+constexpr int kMaxBatchRows = 20000;
 
 QString DatabaseMessage(const QSqlError& Error) {
   // The driver's text is the database's own; Qt's adds what it was doing.
@@ -108,6 +112,8 @@ QVariant TqxResultsModel::headerData(int Section, Qt::Orientation Orientation, i
 // long step is interrupted on.
 struct TqxResultsPane::Shared {
   std::atomic<bool> cancel{false};
+  // Batches posted and not yet shown.
+  std::atomic<int> pending{0};
   std::mutex lock;
 #if QORVEX_SQLITE_AVAILABLE
   sqlite3* sqlite = nullptr;
@@ -243,8 +249,15 @@ bool TqxResultsPane::Run(const TqxRunTarget& Target, const QString& Sql) {
               row << query.value(i);
             batch.push_back(std::move(row));
             ++fetched;
-            if (static_cast<int>(batch.size()) >= kBatchRows || sinceBatch.elapsed() >= kBatchMs)
+            const int size = static_cast<int>(batch.size());
+            if (size >= kMaxBatchRows) {
+              while (shared->pending.load() >= kMaxPending && !shared->cancel.load())
+                QThread::msleep(2);
               post();
+            } else if ((size >= kBatchRows || sinceBatch.elapsed() >= kBatchMs) &&
+                       shared->pending.load() < kMaxPending) {
+              post();
+            }
           }
           post();
           // A step that failed after the first row ends the loop like the last row does.
