@@ -129,7 +129,8 @@ TqxConnectionDialog::TqxConnectionDialog(QWidget* Parent) : QDialog(Parent) {
     item->setData(Qt::UserRole, QStringLiteral("Driver={%1};").arg(driver.name));
   }
   if (DataSources_->count() == 0)
-    DataSources_->addItem(QStringLiteral("(none configured)"));
+    (new QListWidgetItem(QStringLiteral("(none configured)"), DataSources_))
+        ->setFlags(Qt::NoItemFlags);
 
   auto* form = new QFormLayout;
   String_ = new QLineEdit(this);

@@ -187,8 +187,8 @@ void TqxDesignerWindow::CreateActions() {
       MakeAction("actionOpenSQLite", QStringLiteral("Open &SQLite Database..."), QKeySequence());
   QAction* openODBC =
       MakeAction("actionOpenODBC", QStringLiteral("Open &ODBC Connection..."), QKeySequence());
-  QAction* refresh =
-      MakeAction("actionRefresh", QStringLiteral("Re&fresh Objects"), QKeySequence::Refresh);
+  QAction* refresh = MakeAction("actionRefresh", QStringLiteral("Re&fresh Objects"),
+                                QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R));
   QAction* quit = MakeAction("actionQuit", QStringLiteral("&Quit"), QKeySequence::Quit);
   QAction* preferences = MakeAction("actionPreferences", QStringLiteral("&Preferences..."),
                                     QKeySequence(Qt::CTRL | Qt::Key_Comma));

@@ -72,10 +72,12 @@ class ProgramOnDatabase : public DesignerTest {
   std::vector<TqxDatasource*> Datasources() const {
     return Qb()->GetActiveUnionSubquery()->GetDatasources();
   }
-  // Runs what the SQL pane holds and waits for the end.
+  // Runs what the SQL pane holds with F5 and waits for the end.
   bool Run(const QString& Sql) {
     Window->Editor()->setPlainText(Sql);
-    if (!Window->RunQuery())
+    QSignalSpy started(Window->Results(), &TqxResultsPane::started);
+    QTest::keyClick(Window->Editor(), Qt::Key_F5);
+    if (started.count() != 1)
       return false;
     QElapsedTimer clock;
     clock.start();
