@@ -5,6 +5,7 @@
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFutureWatcher>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -18,6 +19,7 @@
 #include <QTextBlock>
 #include <QTimer>
 #include <QTreeWidget>
+#include <QtConcurrent>
 
 #include "connection_dialog.h"
 #include "object_browser.h"
@@ -251,11 +253,7 @@ void TqxDesignerWindow::FillRecentMenu() {
         spec.kind == TqxConnectionSpec::ckSQLite ? spec.target : spec.DisplayName();
     QAction* action =
         RecentMenu_->addAction(number < 10 ? QStringLiteral("&%1 %2").arg(number).arg(text) : text);
-    connect(action, &QAction::triggered, this, [this, spec] {
-      QString error;
-      if (!OpenConnection(spec, &error))
-        QMessageBox::warning(this, QStringLiteral("Open Connection"), error);
-    });
+    connect(action, &QAction::triggered, this, [this, spec] { OpenConnectionInBackground(spec); });
   }
   RecentMenu_->setEnabled(number > 0);
 }
@@ -277,9 +275,7 @@ void TqxDesignerWindow::ChooseODBC() {
     dialog.SetConnectionString(Connection_->Spec().target);
   if (dialog.exec() != QDialog::Accepted)
     return;
-  QString error;
-  if (!OpenConnection({TqxConnectionSpec::ckODBC, dialog.ConnectionString()}, &error))
-    QMessageBox::warning(this, QStringLiteral("Open ODBC Connection"), error);
+  OpenConnectionInBackground({TqxConnectionSpec::ckODBC, dialog.ConnectionString()});
 }
 
 bool TqxDesignerWindow::OpenConnection(const TqxConnectionSpec& Spec, QString* Error,
@@ -294,16 +290,56 @@ bool TqxDesignerWindow::OpenConnection(const TqxConnectionSpec& Spec, QString* E
       *Error = message;
     return false;
   }
+  UseConnection(std::move(opened), Remember);
+  return true;
+}
+
+void TqxDesignerWindow::OpenConnectionInBackground(const TqxConnectionSpec& Spec) {
+  if (Connecting_)
+    return;
+  // A driver may take long to connect (a server that does not answer): the window
+  // stays usable meanwhile.
+  struct Outcome {
+    std::unique_ptr<TqxDesignerConnection> connection;
+    QString error;
+  };
+  auto* watcher = new QFutureWatcher<std::shared_ptr<Outcome>>(this);
+  Connecting_ = true;
+  ShowStatus(QStringLiteral("Connecting to %1...").arg(Spec.DisplayName()));
+  connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, Spec] {
+    watcher->deleteLater();
+    Connecting_ = false;
+    const std::shared_ptr<Outcome> outcome = watcher->result();
+    if (outcome->connection == nullptr) {
+      ShowStatus(QStringLiteral("Cannot open %1: %2").arg(Spec.DisplayName(), outcome->error));
+      QMessageBox::warning(this, QStringLiteral("Open Connection"), outcome->error);
+      return;
+    }
+    UseConnection(std::move(outcome->connection), true);
+  });
+  watcher->setFuture(QtConcurrent::run([Spec] {
+    auto outcome = std::make_shared<Outcome>();
+    try {
+      outcome->connection = TqxDesignerConnection::Open(Spec);
+    } catch (const std::exception& error) {
+      outcome->error = QString::fromStdString(error.what());
+    }
+    return outcome;
+  }));
+}
+
+void TqxDesignerWindow::UseConnection(std::unique_ptr<TqxDesignerConnection> Opened,
+                                      bool Remember) {
+  const TqxConnectionSpec spec = Opened->Spec();
   // The builder lets go of the old provider before it is freed.
-  Builder_->SetMetadataProvider(opened->Provider());
-  Browser_->SetMetadata(opened->Provider(), Builder_->GetASTSyntaxProvider());
-  Connection_ = std::move(opened);
+  Builder_->SetMetadataProvider(Opened->Provider());
+  Browser_->SetMetadata(Opened->Provider(), Builder_->GetASTSyntaxProvider());
+  Connection_ = std::move(Opened);
   RefreshMetadata();
   if (Remember)
-    RememberConnection(Spec);
-  setWindowTitle(QStringLiteral("Qorvex Designer - %1").arg(Spec.DisplayName()));
-  ShowStatus(QStringLiteral("Connected to %1").arg(Spec.DisplayName()));
-  return true;
+    RememberConnection(spec);
+  setWindowTitle(QStringLiteral("Qorvex Designer - %1").arg(spec.DisplayName()));
+  ShowStatus(QStringLiteral("Connected to %1").arg(spec.DisplayName()));
 }
 
 void TqxDesignerWindow::RefreshMetadata() {

@@ -48,6 +48,10 @@ class TqxDesignerWindow : public QMainWindow {
   // (the current connection stays). Remember adds it to the recent connections.
   bool OpenConnection(const TqxConnectionSpec& Spec, QString* Error = nullptr,
                       bool Remember = true);
+  // The same from a worker thread, for the menus: the window stays usable while a driver
+  // connects; a failure is shown in a message box.
+  void OpenConnectionInBackground(const TqxConnectionSpec& Spec);
+  bool IsConnecting() const { return Connecting_; }
   const TqxDesignerConnection* Connection() const { return Connection_.get(); }
   TqxObjectBrowser* Browser() const { return Browser_; }
   TqxResultsPane* Results() const { return Results_; }
@@ -85,6 +89,7 @@ class TqxDesignerWindow : public QMainWindow {
   void ChooseODBC();
   void ShowPreferences();
   void RefreshMetadata();
+  void UseConnection(std::unique_ptr<TqxDesignerConnection> Opened, bool Remember);
   QAction* MakeAction(const char* Name, const QString& Text, const QKeySequence& Keys);
 
   TqxBaseSyntaxProvider* Syntax_;
@@ -100,6 +105,7 @@ class TqxDesignerWindow : public QMainWindow {
   TqxResultsPane* Results_ = nullptr;
   QDockWidget* ResultsDock_ = nullptr;
   QMenu* RecentMenu_ = nullptr;
+  bool Connecting_ = false;
   bool SettingText_ = false;
   bool LoadingFromPane_ = false;
   // The application-wide focus signal, let go before the window's children are freed.

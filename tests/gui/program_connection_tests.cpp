@@ -295,9 +295,17 @@ TEST_F(ProgramOnDatabase, ODBCDialogListsDriversAndTests) {
   EXPECT_NE(dialog.TestResult()->text(), "Connected.");
   EXPECT_FALSE(dialog.TestResult()->text().isEmpty());
 
-  // The same database through ODBC: objects from the catalogue, rows through QODBC.
-  ASSERT_TRUE(
-      Window->OpenConnection({TqxConnectionSpec::ckODBC, "Driver={SQLite3};Database=" + Path}));
+  // The same database through ODBC, connected from the menu's worker: objects from the
+  // catalogue, rows through QODBC.
+  Window->OpenConnectionInBackground(
+      {TqxConnectionSpec::ckODBC, "Driver={SQLite3};Database=" + Path});
+  EXPECT_TRUE(Window->IsConnecting());
+  QElapsedTimer clock;
+  clock.start();
+  while (Window->IsConnecting() && clock.elapsed() < 10000)
+    QApplication::processEvents(QEventLoop::AllEvents, 20);
+  ASSERT_NE(Window->Connection(), nullptr);
+  EXPECT_EQ(Window->Connection()->Spec().kind, TqxConnectionSpec::ckODBC);
   EXPECT_NE(Window->Browser()->FindObject("Orders"), nullptr);
   ASSERT_TRUE(Run("select * from Orders where Total > 10"));
   EXPECT_EQ(Rows(), 3) << Window->Results()->ErrorText().toStdString();
