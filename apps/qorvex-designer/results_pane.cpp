@@ -1,5 +1,8 @@
 #include "results_pane.h"
 
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -16,6 +19,7 @@
 #include <QThread>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 
@@ -81,6 +85,8 @@ QVariant TqxResultsModel::data(const QModelIndex& Index, int Role) const {
   const QVariantList& row = Rows_[static_cast<std::size_t>(Index.row())];
   const QVariant& value = Index.column() < row.size() ? row.at(Index.column()) : QVariant();
   switch (Role) {
+    case Qt::EditRole:
+      return value;
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
       return value.isNull() ? QStringLiteral("NULL") : value;
@@ -153,6 +159,13 @@ TqxResultsPane::TqxResultsPane(QWidget* Parent) : QWidget(Parent) {
   Message_ = new QPlainTextEdit(Pages_);
   Message_->setReadOnly(true);
   Message_->setStyleSheet(QStringLiteral("color: #a00000;"));
+  // Ctrl+C copies the selected cells as tab-separated lines, as spreadsheets read them.
+  auto* copy = new QAction(QStringLiteral("&Copy"), Table_);
+  copy->setShortcut(QKeySequence::Copy);
+  copy->setShortcutContext(Qt::WidgetShortcut);
+  Table_->addAction(copy);
+  Table_->setContextMenuPolicy(Qt::ActionsContextMenu);
+  connect(copy, &QAction::triggered, this, [this] { CopySelection(); });
   Pages_->addWidget(Table_);
   Pages_->addWidget(Message_);
   layout->addWidget(Pages_, 1);
@@ -181,6 +194,37 @@ TqxResultsPane::~TqxResultsPane() {
     Thread_->wait();
     delete Thread_;
   }
+}
+
+QString TqxResultsPane::SelectionText() const {
+  QModelIndexList cells = Table_->selectionModel()->selectedIndexes();
+  if (cells.isEmpty())
+    return {};
+  std::sort(cells.begin(), cells.end(), [](const QModelIndex& A, const QModelIndex& B) {
+    return A.row() != B.row() ? A.row() < B.row() : A.column() < B.column();
+  });
+  QString text;
+  int row = cells.front().row();
+  bool first = true;
+  for (const QModelIndex& cell : cells) {
+    if (cell.row() != row) {
+      text += QLatin1Char('\n');
+      row = cell.row();
+      first = true;
+    }
+    if (!first)
+      text += QLatin1Char('\t');
+    first = false;
+    const QVariant value = cell.data(Qt::EditRole);
+    text += value.isNull() ? QString() : value.toString();
+  }
+  return text;
+}
+
+void TqxResultsPane::CopySelection() const {
+  const QString text = SelectionText();
+  if (!text.isEmpty())
+    QGuiApplication::clipboard()->setText(text);
 }
 
 QString TqxResultsPane::Summary() const {

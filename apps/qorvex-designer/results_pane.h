@@ -65,6 +65,9 @@ class TqxResultsPane : public QWidget {
   QPushButton* CancelButton() const { return Cancel_; }
   // The count and time line under the table.
   QString Summary() const;
+  // The selected cells, a line per row and a tab between columns (Ctrl+C copies it).
+  QString SelectionText() const;
+  void CopySelection() const;
   // The database's message of the last failed run, else empty.
   QString ErrorText() const { return Error_; }
 

@@ -175,12 +175,19 @@ TEST_F(ProgramOnDatabase, RunsTheStatementAndCountsRows) {
   Open();
   ASSERT_TRUE(
       Run("select c.Name, o.Total from Customers c inner join Orders o on "
-          "c.Id = o.CustomerId where o.Total > 10"));
+          "c.Id = o.CustomerId where o.Total > 10 order by o.Total"));
   EXPECT_EQ(Rows(), 3);
   EXPECT_EQ(Window->Results()->Model()->headerData(1, Qt::Horizontal, Qt::DisplayRole), "Total");
   EXPECT_TRUE(Window->Results()->Summary().startsWith("3 rows in"))
       << Window->Results()->Summary().toStdString();
   EXPECT_TRUE(Window->Results()->ErrorText().isEmpty());
+
+  // Selected cells copy as tab-separated lines.
+  QTableView* table = Window->Results()->Table();
+  table->selectionModel()->select(
+      QItemSelection(table->model()->index(0, 0), table->model()->index(1, 1)),
+      QItemSelectionModel::Select);
+  EXPECT_EQ(Window->Results()->SelectionText(), "Cy\t12\nAnn\t20");
 
   // Nulls show as such; the diagram's own statement runs just as well.
   ASSERT_TRUE(Run("select null as Empty"));
