@@ -127,8 +127,10 @@ QString TqxDesignerConnection::QtDatabaseName() const {
 }
 
 QString TqxDesignerConnection::QtConnectOptions() const {
-  return Spec_.kind == TqxConnectionSpec::ckSQLite ? QStringLiteral("QSQLITE_OPEN_READONLY")
-                                                   : QString();
+  // ODBC's access mode is a hint the driver may follow; SQLite's flag is a promise.
+  return Spec_.kind == TqxConnectionSpec::ckSQLite
+             ? QStringLiteral("QSQLITE_OPEN_READONLY")
+             : QStringLiteral("SQL_ATTR_ACCESS_MODE=SQL_MODE_READ_ONLY");
 }
 
 QStringList RecentConnectionKeys() {

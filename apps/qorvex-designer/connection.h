@@ -16,7 +16,7 @@ struct TqxConnectionSpec {
   QString target;
 
   QString Key() const;
-  // Null kind/target when the key is not one of ours.
+  // False when the key is not one the recent list writes.
   static bool FromKey(const QString& Key, TqxConnectionSpec& Spec);
   // What a person reads: the file's name, or the data source.
   QString DisplayName() const;
