@@ -86,6 +86,7 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
 
   // View: the link styles, one checked.
   QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
+  view->setObjectName(QStringLiteral("menuView"));
   LinkStyles_ = new QActionGroup(this);
   LinkStyles_->setExclusive(true);
   Builder_->GetUserNames([this, view](const std::string& Name) {
@@ -107,6 +108,7 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
   ResultsDock_->toggleViewAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_2));
 
   QMenu* query = menuBar()->addMenu(QStringLiteral("&Query"));
+  query->setObjectName(QStringLiteral("menuQuery"));
   query->addAction(Action("actionAddTable"));
   query->addAction(Action("actionRename"));
   query->addAction(Action("actionApply"));
@@ -114,6 +116,7 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
   query->addAction(Action("actionRun"));
   query->addAction(Action("actionCancel"));
   QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+  help->setObjectName(QStringLiteral("menuHelp"));
   help->addAction(Action("actionAbout"));
 
   TqxPreferences::Load().ApplyTo(Builder_);
@@ -127,6 +130,8 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
 
   connect(Browser_, &TqxObjectBrowser::addRequested, this,
           [this](const QString& Name) { AddObject(Name, true); });
+  connect(Browser_, &TqxObjectBrowser::addAloneRequested, this,
+          [this](const QString& Name) { AddObject(Name, false); });
   connect(Browser_, &TqxObjectBrowser::metadataError, this, &TqxDesignerWindow::ShowStatus);
   // Objects dragged from the browser are dropped onto the diagram through the builder.
   Builder_->OnDragOver = [](TqxQueryBuilder*, const QMimeData* Data, TqxUnionSubQuery*, QPoint) {
@@ -180,6 +185,10 @@ QAction* TqxDesignerWindow::MakeAction(const char* Name, const QString& Text,
   return action;
 }
 
+QMenu* TqxDesignerWindow::Menu(const char* Name) const {
+  return menuBar()->findChild<QMenu*>(QLatin1String(Name), Qt::FindDirectChildrenOnly);
+}
+
 QAction* TqxDesignerWindow::Action(const char* Name) const {
   return findChild<QAction*>(QLatin1String(Name), Qt::FindDirectChildrenOnly);
 }
@@ -208,6 +217,7 @@ void TqxDesignerWindow::CreateActions() {
   QAction* about = MakeAction("actionAbout", QStringLiteral("&About Qorvex..."), QKeySequence());
 
   QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
+  file->setObjectName(QStringLiteral("menuFile"));
   file->addAction(openSQLite);
   file->addAction(openODBC);
   RecentMenu_ = file->addMenu(QStringLiteral("Recent &Connections"));
@@ -217,6 +227,7 @@ void TqxDesignerWindow::CreateActions() {
   file->addSeparator();
   file->addAction(quit);
   QMenu* edit = menuBar()->addMenu(QStringLiteral("&Edit"));
+  edit->setObjectName(QStringLiteral("menuEdit"));
   edit->addAction(preferences);
 
   connect(openSQLite, &QAction::triggered, this, &TqxDesignerWindow::ChooseSQLite);

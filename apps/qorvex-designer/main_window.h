@@ -66,6 +66,9 @@ class TqxDesignerWindow : public QMainWindow {
   // Shows Text in the status bar (also what the status bar shows now).
   void ShowStatus(const QString& Text);
   QString StatusText() const;
+  // A menu of the menu bar by its object name ("menuFile", "menuEdit", "menuView",
+  // "menuQuery", "menuHelp"), for commands added to it later; else null.
+  QMenu* Menu(const char* Name) const;
   // The window's command by its object name ("actionRun", ...), else null.
   QAction* Action(const char* Name) const;
 

@@ -1,5 +1,6 @@
 #include "object_browser.h"
 
+#include <QAction>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -73,6 +74,27 @@ TqxObjectBrowser::TqxObjectBrowser(QWidget* Parent) : QWidget(Parent) {
   connect(Tree_, &QTreeWidget::itemExpanded, this, &TqxObjectBrowser::LoadColumns);
   connect(Tree_, &QTreeWidget::itemDoubleClicked, this,
           [this](QTreeWidgetItem* Item) { Activated(Item); });
+  // The same commands on the context menu (and its key): with or without the links.
+  auto* add = new QAction(QStringLiteral("&Add with Foreign-Key Links"), Tree_);
+  auto* addAlone = new QAction(QStringLiteral("Add &Without Links"), Tree_);
+  Tree_->addAction(add);
+  Tree_->addAction(addAlone);
+  Tree_->setContextMenuPolicy(Qt::ActionsContextMenu);
+  auto current = [this]() -> QTreeWidgetItem* {
+    QTreeWidgetItem* item = Tree_->currentItem();
+    return item != nullptr && item->type() == itObject ? item : nullptr;
+  };
+  connect(add, &QAction::triggered, this, [this, current] { Activated(current()); });
+  connect(addAlone, &QAction::triggered, this, [this, current] {
+    if (QTreeWidgetItem* item = current())
+      emit addAloneRequested(item->data(0, irSQLName).toString());
+  });
+  connect(Tree_, &QTreeWidget::currentItemChanged, this, [add, addAlone, current] {
+    add->setEnabled(current() != nullptr);
+    addAlone->setEnabled(current() != nullptr);
+  });
+  add->setEnabled(false);
+  addAlone->setEnabled(false);
   static_cast<ObjectTree*>(Tree_)->OnReturn = [this](QTreeWidgetItem* Item) { Activated(Item); };
   // Return in the filter goes to the first object shown.
   connect(Filter_, &QLineEdit::returnPressed, this, [this] {

@@ -37,6 +37,8 @@ class TqxObjectBrowser : public QWidget {
  signals:
   // An object was double clicked (or Return pressed on it).
   void addRequested(const QString& SQLName);
+  // "Add Without Links" of the context menu.
+  void addAloneRequested(const QString& SQLName);
   // The metadata provider failed; Message is its text.
   void metadataError(const QString& Message);
 
