@@ -22,18 +22,18 @@ constexpr const char* kRecentKey = "connections/recent";
 constexpr int kRecentMax = 8;
 }  // namespace
 
-QString TqxConnectionSpec::Key() const {
+QString TqxConnectionInfo::Key() const {
   return (kind == ckSQLite ? QStringLiteral("sqlite:") : QStringLiteral("odbc:")) + target;
 }
 
-bool TqxConnectionSpec::FromKey(const QString& Key, TqxConnectionSpec& Spec) {
+bool TqxConnectionInfo::FromKey(const QString& Key, TqxConnectionInfo& Info) {
   if (Key.startsWith(QStringLiteral("sqlite:")))
-    Spec = {ckSQLite, Key.mid(7)};
+    Info = {ckSQLite, Key.mid(7)};
   else if (Key.startsWith(QStringLiteral("odbc:")))
-    Spec = {ckODBC, Key.mid(5)};
+    Info = {ckODBC, Key.mid(5)};
   else
     return false;
-  return !Spec.target.isEmpty();
+  return !Info.target.isEmpty();
 }
 
 namespace {
@@ -49,7 +49,7 @@ QString WithoutPassword(const QString& Target) {
 }
 }  // namespace
 
-QString TqxConnectionSpec::DisplayName() const {
+QString TqxConnectionInfo::DisplayName() const {
   return kind == ckSQLite ? QFileInfo(target).fileName() : WithoutPassword(target);
 }
 
@@ -71,28 +71,28 @@ struct TqxDesignerConnection::Handles {
   }
 };
 
-std::unique_ptr<TqxDesignerConnection> TqxDesignerConnection::Open(const TqxConnectionSpec& Spec) {
+std::unique_ptr<TqxDesignerConnection> TqxDesignerConnection::Open(const TqxConnectionInfo& Info) {
   std::unique_ptr<TqxDesignerConnection> c(new TqxDesignerConnection);
-  c->Spec_ = Spec;
+  c->Info_ = Info;
   c->Handles_ = std::make_unique<Handles>();
   Handles& h = *c->Handles_;
-  if (Spec.kind == TqxConnectionSpec::ckSQLite) {
+  if (Info.kind == TqxConnectionInfo::ckSQLite) {
 #if QORVEX_SQLITE_AVAILABLE
-    if (!QFileInfo(Spec.target).isFile())
-      throw std::runtime_error("no such database file: " + Spec.target.toStdString());
+    if (!QFileInfo(Info.target).isFile())
+      throw std::runtime_error("no such database file: " + Info.target.toStdString());
     sqlite3* raw = nullptr;
     const int rc =
-        sqlite3_open_v2(Spec.target.toUtf8().constData(), &raw, SQLITE_OPEN_READONLY, nullptr);
+        sqlite3_open_v2(Info.target.toUtf8().constData(), &raw, SQLITE_OPEN_READONLY, nullptr);
     h.Database.reset(raw);
     if (rc != SQLITE_OK)
-      throw std::runtime_error(Spec.target.toStdString() + ": " + sqlite3_errmsg(raw));
+      throw std::runtime_error(Info.target.toStdString() + ": " + sqlite3_errmsg(raw));
     // Opening is lazy in SQLite: reading the schema tells a database from another file.
     char* message = nullptr;
     if (sqlite3_exec(raw, "select count(*) from sqlite_master", nullptr, nullptr, &message) !=
         SQLITE_OK) {
       const std::string text = message != nullptr ? message : sqlite3_errmsg(raw);
       sqlite3_free(message);
-      throw std::runtime_error(Spec.target.toStdString() + ": " + text);
+      throw std::runtime_error(Info.target.toStdString() + ": " + text);
     }
     h.SQLite = std::make_unique<TqxSQLiteConnection>(raw);
     h.Provider = std::make_unique<TqxSQLiteMetadataProvider>(h.SQLite.get());
@@ -101,7 +101,7 @@ std::unique_ptr<TqxDesignerConnection> TqxDesignerConnection::Open(const TqxConn
 #endif
   } else {
 #if QORVEX_ODBC_AVAILABLE
-    h.ODBC = std::make_unique<TqxODBCConnection>(Spec.target.toStdString());
+    h.ODBC = std::make_unique<TqxODBCConnection>(Info.target.toStdString());
     h.ODBC->Open();
     h.Provider = std::make_unique<TqxODBCMetadataProvider>(h.ODBC.get());
 #else
@@ -118,17 +118,17 @@ TqxBaseMetadataProvider* TqxDesignerConnection::Provider() const {
 }
 
 QString TqxDesignerConnection::QtDriver() const {
-  return Spec_.kind == TqxConnectionSpec::ckSQLite ? QStringLiteral("QSQLITE")
+  return Info_.kind == TqxConnectionInfo::ckSQLite ? QStringLiteral("QSQLITE")
                                                    : QStringLiteral("QODBC");
 }
 
 QString TqxDesignerConnection::QtDatabaseName() const {
-  return Spec_.target;
+  return Info_.target;
 }
 
 QString TqxDesignerConnection::QtConnectOptions() const {
   // ODBC's access mode is a hint the driver may follow; SQLite's flag is a promise.
-  return Spec_.kind == TqxConnectionSpec::ckSQLite
+  return Info_.kind == TqxConnectionInfo::ckSQLite
              ? QStringLiteral("QSQLITE_OPEN_READONLY")
              : QStringLiteral("SQL_ATTR_ACCESS_MODE=SQL_MODE_READ_ONLY");
 }
@@ -138,11 +138,11 @@ QStringList RecentConnectionKeys() {
   return settings.value(QLatin1String(kRecentKey)).toStringList();
 }
 
-void RememberConnection(const TqxConnectionSpec& Spec) {
+void RememberConnection(const TqxConnectionInfo& Info) {
   // Passwords are not written to the settings file; a recent entry asks the driver
   // without one.
-  TqxConnectionSpec kept = Spec;
-  if (kept.kind == TqxConnectionSpec::ckODBC)
+  TqxConnectionInfo kept = Info;
+  if (kept.kind == TqxConnectionInfo::ckODBC)
     kept.target = WithoutPassword(kept.target);
   QStringList keys = RecentConnectionKeys();
   keys.removeAll(kept.Key());

@@ -10,17 +10,17 @@ class TqxBaseMetadataProvider;
 
 // Where a database is: an SQLite file or an ODBC connection string ("DSN=..." or
 // "Driver=...;..."). Its key ("sqlite:PATH", "odbc:STRING") is what the recent list stores.
-struct TqxConnectionSpec {
+struct TqxConnectionInfo {
   enum Kind { ckSQLite, ckODBC };
   Kind kind = ckSQLite;
   QString target;
 
   QString Key() const;
   // False when the key is not one the recent list writes.
-  static bool FromKey(const QString& Key, TqxConnectionSpec& Spec);
+  static bool FromKey(const QString& Key, TqxConnectionInfo& Info);
   // What a person reads: the file's name, or the data source.
   QString DisplayName() const;
-  bool operator==(const TqxConnectionSpec& Other) const {
+  bool operator==(const TqxConnectionInfo& Other) const {
     return kind == Other.kind && target == Other.target;
   }
 };
@@ -31,10 +31,10 @@ struct TqxConnectionSpec {
 class TqxDesignerConnection {
  public:
   // Opens the database; raises std::runtime_error with the database's message.
-  static std::unique_ptr<TqxDesignerConnection> Open(const TqxConnectionSpec& Spec);
+  static std::unique_ptr<TqxDesignerConnection> Open(const TqxConnectionInfo& Info);
   ~TqxDesignerConnection();
 
-  const TqxConnectionSpec& Spec() const { return Spec_; }
+  const TqxConnectionInfo& Info() const { return Info_; }
   TqxBaseMetadataProvider* Provider() const;
   // Qt SQL driver, database name and connect options for a connection of its own.
   QString QtDriver() const;
@@ -44,12 +44,12 @@ class TqxDesignerConnection {
  private:
   TqxDesignerConnection() = default;
   struct Handles;
-  TqxConnectionSpec Spec_;
+  TqxConnectionInfo Info_;
   std::unique_ptr<Handles> Handles_;
 };
 
 // The recently opened connections, newest first, kept in QSettings.
 QStringList RecentConnectionKeys();
-void RememberConnection(const TqxConnectionSpec& Spec);
+void RememberConnection(const TqxConnectionInfo& Info);
 
 }  // namespace qorvex

@@ -148,19 +148,19 @@ int main(int argc, char** argv) {
 
   qorvex::TqxDesignerWindow window(&syntax, &noDatabase, QString::fromStdString(options.sqlFile));
   if (!options.kind.empty()) {
-    const qorvex::TqxConnectionSpec spec{options.kind == "--sqlite"
-                                             ? qorvex::TqxConnectionSpec::ckSQLite
-                                             : qorvex::TqxConnectionSpec::ckODBC,
+    const qorvex::TqxConnectionInfo info{options.kind == "--sqlite"
+                                             ? qorvex::TqxConnectionInfo::ckSQLite
+                                             : qorvex::TqxConnectionInfo::ckODBC,
                                          QString::fromStdString(options.target)};
     QString error;
     // A screenshot leaves the list of recent connections as it is.
-    if (!window.OpenConnection(spec, &error, options.screenshot.empty())) {
+    if (!window.OpenConnection(info, &error, options.screenshot.empty())) {
       std::fprintf(stderr, "qorvex-designer: %s\n", error.toUtf8().constData());
       return 1;
     }
     if (!options.sqlFile.empty())
       window.setWindowTitle(QStringLiteral("Qorvex Designer - %1 - %2")
-                                .arg(QString::fromStdString(options.sqlFile), spec.DisplayName()));
+                                .arg(QString::fromStdString(options.sqlFile), info.DisplayName()));
   }
   bool rejected = false;
   QObject::connect(window.Builder(), &qorvex::TqxQueryBuilder::sqlError,

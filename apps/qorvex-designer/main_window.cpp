@@ -256,15 +256,15 @@ void TqxDesignerWindow::FillRecentMenu() {
   RecentMenu_->clear();
   int number = 0;
   for (const QString& key : RecentConnectionKeys()) {
-    TqxConnectionSpec spec;
-    if (!TqxConnectionSpec::FromKey(key, spec))
+    TqxConnectionInfo info;
+    if (!TqxConnectionInfo::FromKey(key, info))
       continue;
     ++number;
     const QString text =
-        spec.kind == TqxConnectionSpec::ckSQLite ? spec.target : spec.DisplayName();
+        info.kind == TqxConnectionInfo::ckSQLite ? info.target : info.DisplayName();
     QAction* action =
         RecentMenu_->addAction(number < 10 ? QStringLiteral("&%1 %2").arg(number).arg(text) : text);
-    connect(action, &QAction::triggered, this, [this, spec] { OpenConnectionInBackground(spec); });
+    connect(action, &QAction::triggered, this, [this, info] { OpenConnectionInBackground(info); });
   }
   RecentMenu_->setEnabled(number > 0);
 }
@@ -276,27 +276,27 @@ void TqxDesignerWindow::ChooseSQLite() {
   if (file.isEmpty())
     return;
   QString error;
-  if (!OpenConnection({TqxConnectionSpec::ckSQLite, file}, &error))
+  if (!OpenConnection({TqxConnectionInfo::ckSQLite, file}, &error))
     QMessageBox::warning(this, QStringLiteral("Open SQLite Database"), error);
 }
 
 void TqxDesignerWindow::ChooseODBC() {
   TqxConnectionDialog dialog(this);
-  if (Connection_ != nullptr && Connection_->Spec().kind == TqxConnectionSpec::ckODBC)
-    dialog.SetConnectionString(Connection_->Spec().target);
+  if (Connection_ != nullptr && Connection_->Info().kind == TqxConnectionInfo::ckODBC)
+    dialog.SetConnectionString(Connection_->Info().target);
   if (dialog.exec() != QDialog::Accepted)
     return;
-  OpenConnectionInBackground({TqxConnectionSpec::ckODBC, dialog.ConnectionString()});
+  OpenConnectionInBackground({TqxConnectionInfo::ckODBC, dialog.ConnectionString()});
 }
 
-bool TqxDesignerWindow::OpenConnection(const TqxConnectionSpec& Spec, QString* Error,
+bool TqxDesignerWindow::OpenConnection(const TqxConnectionInfo& Info, QString* Error,
                                        bool Remember) {
   std::unique_ptr<TqxDesignerConnection> opened;
   try {
-    opened = TqxDesignerConnection::Open(Spec);
+    opened = TqxDesignerConnection::Open(Info);
   } catch (const std::exception& error) {
     const QString message = QString::fromStdString(error.what());
-    ShowStatus(QStringLiteral("Cannot open %1: %2").arg(Spec.DisplayName(), message));
+    ShowStatus(QStringLiteral("Cannot open %1: %2").arg(Info.DisplayName(), message));
     if (Error != nullptr)
       *Error = message;
     return false;
@@ -305,7 +305,7 @@ bool TqxDesignerWindow::OpenConnection(const TqxConnectionSpec& Spec, QString* E
   return true;
 }
 
-void TqxDesignerWindow::OpenConnectionInBackground(const TqxConnectionSpec& Spec) {
+void TqxDesignerWindow::OpenConnectionInBackground(const TqxConnectionInfo& Info) {
   if (Connecting_)
     return;
   // A driver may take long to connect (a server that does not answer): the window
@@ -316,22 +316,22 @@ void TqxDesignerWindow::OpenConnectionInBackground(const TqxConnectionSpec& Spec
   };
   auto* watcher = new QFutureWatcher<std::shared_ptr<Outcome>>(this);
   Connecting_ = true;
-  ShowStatus(QStringLiteral("Connecting to %1...").arg(Spec.DisplayName()));
-  connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, Spec] {
+  ShowStatus(QStringLiteral("Connecting to %1...").arg(Info.DisplayName()));
+  connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, Info] {
     watcher->deleteLater();
     Connecting_ = false;
     const std::shared_ptr<Outcome> outcome = watcher->result();
     if (outcome->connection == nullptr) {
-      ShowStatus(QStringLiteral("Cannot open %1: %2").arg(Spec.DisplayName(), outcome->error));
+      ShowStatus(QStringLiteral("Cannot open %1: %2").arg(Info.DisplayName(), outcome->error));
       QMessageBox::warning(this, QStringLiteral("Open Connection"), outcome->error);
       return;
     }
     UseConnection(std::move(outcome->connection), true);
   });
-  watcher->setFuture(QtConcurrent::run([Spec] {
+  watcher->setFuture(QtConcurrent::run([Info] {
     auto outcome = std::make_shared<Outcome>();
     try {
-      outcome->connection = TqxDesignerConnection::Open(Spec);
+      outcome->connection = TqxDesignerConnection::Open(Info);
     } catch (const std::exception& error) {
       outcome->error = QString::fromStdString(error.what());
     }
@@ -341,16 +341,16 @@ void TqxDesignerWindow::OpenConnectionInBackground(const TqxConnectionSpec& Spec
 
 void TqxDesignerWindow::UseConnection(std::unique_ptr<TqxDesignerConnection> Opened,
                                       bool Remember) {
-  const TqxConnectionSpec spec = Opened->Spec();
+  const TqxConnectionInfo info = Opened->Info();
   // The builder lets go of the old provider before it is freed.
   Builder_->SetMetadataProvider(Opened->Provider());
   Browser_->SetMetadata(Opened->Provider(), Builder_->GetASTSyntaxProvider());
   Connection_ = std::move(Opened);
   RefreshMetadata();
   if (Remember)
-    RememberConnection(spec);
-  setWindowTitle(QStringLiteral("Qorvex Designer - %1").arg(spec.DisplayName()));
-  ShowStatus(QStringLiteral("Connected to %1").arg(spec.DisplayName()));
+    RememberConnection(info);
+  setWindowTitle(QStringLiteral("Qorvex Designer - %1").arg(info.DisplayName()));
+  ShowStatus(QStringLiteral("Connected to %1").arg(info.DisplayName()));
 }
 
 void TqxDesignerWindow::RefreshMetadata() {
@@ -417,7 +417,7 @@ bool TqxDesignerWindow::RunQuery() {
       sql);
   if (started)
     ShowStatus(
-        QStringLiteral("Running the statement on %1").arg(Connection_->Spec().DisplayName()));
+        QStringLiteral("Running the statement on %1").arg(Connection_->Info().DisplayName()));
   return started;
 }
 

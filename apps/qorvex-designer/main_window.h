@@ -46,11 +46,11 @@ class TqxDesignerWindow : public QMainWindow {
   // Opens a database and makes it the builder's metadata; the diagram's boxes read their
   // columns again. False, with the database's message in Error, when it cannot be opened
   // (the current connection stays). Remember adds it to the recent connections.
-  bool OpenConnection(const TqxConnectionSpec& Spec, QString* Error = nullptr,
+  bool OpenConnection(const TqxConnectionInfo& Info, QString* Error = nullptr,
                       bool Remember = true);
   // The same from a worker thread, for the menus: the window stays usable while a driver
   // connects; a failure is shown in a message box.
-  void OpenConnectionInBackground(const TqxConnectionSpec& Spec);
+  void OpenConnectionInBackground(const TqxConnectionInfo& Info);
   bool IsConnecting() const { return Connecting_; }
   const TqxDesignerConnection* Connection() const { return Connection_.get(); }
   TqxObjectBrowser* Browser() const { return Browser_; }

@@ -50,7 +50,7 @@ void BM_ProgramShowsSampleQuery(benchmark::State& State) {
   for (auto _ : State) {
     TqxDesignerWindow window(&syntax, &none, QString());
     window.resize(1100, 760);
-    window.OpenConnection({TqxConnectionSpec::ckSQLite, database}, nullptr, false);
+    window.OpenConnection({TqxConnectionInfo::ckSQLite, database}, nullptr, false);
     window.show();
     window.Editor()->setPlainText(sql);
     window.ApplyText();

@@ -67,7 +67,7 @@ class ProgramOnDatabase : public DesignerTest {
     sqlite3_free(message);
     sqlite3_close(db);
   }
-  void Open() { ASSERT_TRUE(Window->OpenConnection({TqxConnectionSpec::ckSQLite, Path})); }
+  void Open() { ASSERT_TRUE(Window->OpenConnection({TqxConnectionInfo::ckSQLite, Path})); }
   TqxQueryBuilder* Qb() const { return Window->Builder(); }
   std::vector<TqxDatasource*> Datasources() const {
     return Qb()->GetActiveUnionSubquery()->GetDatasources();
@@ -265,15 +265,15 @@ TEST_F(ProgramOnDatabase, ConnectionsAreCheckedAndRemembered) {
   file.close();
   for (const QString& bad : {other, text}) {
     QString error;
-    EXPECT_FALSE(Window->OpenConnection({TqxConnectionSpec::ckSQLite, bad}, &error));
+    EXPECT_FALSE(Window->OpenConnection({TqxConnectionInfo::ckSQLite, bad}, &error));
     EXPECT_FALSE(error.isEmpty());
   }
   EXPECT_FALSE(QFile::exists(other)) << "a missing file is not created";
-  EXPECT_EQ(Window->Connection()->Spec().target, Path) << "a failed open keeps the connection";
+  EXPECT_EQ(Window->Connection()->Info().target, Path) << "a failed open keeps the connection";
   EXPECT_EQ(RecentConnectionKeys(), QStringList{"sqlite:" + Path});
 
   // ODBC passwords are not written to the settings.
-  RememberConnection({TqxConnectionSpec::ckODBC, "DSN=shop;UID=me;PWD=secret"});
+  RememberConnection({TqxConnectionInfo::ckODBC, "DSN=shop;UID=me;PWD=secret"});
   EXPECT_EQ(RecentConnectionKeys(), (QStringList{"odbc:DSN=shop;UID=me", "sqlite:" + Path}));
 }
 
@@ -308,14 +308,14 @@ TEST_F(ProgramOnDatabase, ODBCDialogListsDriversAndTests) {
   // The same database through ODBC, connected from the menu's worker: objects from the
   // catalogue, rows through QODBC.
   Window->OpenConnectionInBackground(
-      {TqxConnectionSpec::ckODBC, "Driver={SQLite3};Database=" + Path});
+      {TqxConnectionInfo::ckODBC, "Driver={SQLite3};Database=" + Path});
   EXPECT_TRUE(Window->IsConnecting());
   QElapsedTimer clock;
   clock.start();
   while (Window->IsConnecting() && clock.elapsed() < 10000)
     QApplication::processEvents(QEventLoop::AllEvents, 20);
   ASSERT_NE(Window->Connection(), nullptr);
-  EXPECT_EQ(Window->Connection()->Spec().kind, TqxConnectionSpec::ckODBC);
+  EXPECT_EQ(Window->Connection()->Info().kind, TqxConnectionInfo::ckODBC);
   EXPECT_NE(Window->Browser()->FindObject("Orders"), nullptr);
   ASSERT_TRUE(Run("select * from Orders where Total > 10"));
   EXPECT_EQ(Rows(), 3) << Window->Results()->ErrorText().toStdString();
