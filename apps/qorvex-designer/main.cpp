@@ -1,7 +1,8 @@
 // qorvex-designer: a query builder on a database, with the SQL text beside the diagram.
 //
 //   qorvex-designer [--sqlite FILE | --odbc CONNECTION] [FILE.sql]
-//                   [--screenshot FILE.png [--size WxH]] [--link-style NAME] [--help]
+//                   [--screenshot FILE.png [--size WxH]] [--link-style NAME] [--run]
+//                   [--help]
 //
 // --screenshot loads the statement, lays it out, renders the whole window off screen into
 // the PNG file and exits.
@@ -11,6 +12,7 @@
 #include <QPixmap>
 #include <QPlainTextEdit>
 #include <QScreen>
+#include <QTimer>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -22,31 +24,26 @@
 #include "qorvex/metadata/event_provider.h"
 #include "qorvex/syntax/components.h"
 #include "query_files.h"
-#if QORVEX_SQLITE_AVAILABLE
-#include "qorvex/metadata/sqlite_provider.h"
-#endif
-#if QORVEX_ODBC_AVAILABLE
-#include "qorvex/metadata/odbc_provider.h"
-#endif
+#include "results_pane.h"
 
 namespace {
 
 constexpr const char* kUsage =
     "usage: qorvex-designer [--sqlite FILE | --odbc CONNECTION] [FILE.sql]\n"
     "                       [--screenshot FILE.png [--size WxH]] [--link-style NAME]\n"
-    "                       [--help]\n"
+    "                       [--run] [--help]\n"
     "\n"
     "Shows a SELECT statement as a diagram that you edit; the SQL pane below follows every\n"
     "edit, and text typed there is applied after a short pause or with Ctrl+Return.\n"
     "\n"
     "  --sqlite FILE        read tables, views, columns and foreign keys from an SQLite file\n"
     "  --odbc CONNECTION    the same from an ODBC connection string\n"
-    "  FILE.sql             the statement to open, laid out as FILE.sql.layout.json\n"
-    "                       says when that file exists (File > Save writes both)\n"
+    "  FILE.sql             the statement to open\n"
     "  --screenshot PNG     lay the statement out, render the window into PNG and exit\n"
     "  --size WxH           window size for --screenshot (default 1100x760)\n"
     "  --link-style NAME    draw the joins as \"Simple\", \"MS SQL Style\" or \"Access Style\"\n"
     "                       (the default; also in the View menu)\n"
+    "  --run                run the statement on the database once it is shown (F5)\n"
     "  --help               this text\n";
 
 struct Options {
@@ -55,6 +52,7 @@ struct Options {
   std::string sqlFile;
   std::string screenshot;
   std::string linkStyle;
+  bool run = false;
   int width = 1100;
   int height = 760;
   bool help = false;
@@ -82,6 +80,8 @@ Options ReadOptions(int argc, char** argv) {
       o.target = value();
     } else if (arg == "--screenshot") {
       o.screenshot = value();
+    } else if (arg == "--run") {
+      o.run = true;
     } else if (arg == "--link-style") {
       o.linkStyle = value();
     } else if (arg == "--size") {
@@ -103,44 +103,6 @@ Options ReadOptions(int argc, char** argv) {
     }
   }
   return o;
-}
-
-// The metadata provider with the connection it reads from.
-struct Metadata {
-#if QORVEX_SQLITE_AVAILABLE
-  std::unique_ptr<qorvex::TqxSQLiteConnection> SQLite;
-#endif
-#if QORVEX_ODBC_AVAILABLE
-  std::unique_ptr<qorvex::TqxODBCConnection> ODBC;
-#endif
-  std::unique_ptr<qorvex::TqxBaseMetadataProvider> Provider;
-};
-
-Metadata OpenMetadata(const Options& o) {
-  using namespace qorvex;
-  Metadata m;
-  if (o.kind.empty()) {
-    m.Provider = std::make_unique<TqxEventMetadataProvider>();
-  } else if (o.kind == "--sqlite") {
-#if QORVEX_SQLITE_AVAILABLE
-    if (!QFile::exists(QString::fromStdString(o.target)))
-      throw std::runtime_error("no such database file: " + o.target);
-    m.SQLite = std::make_unique<TqxSQLiteConnection>(o.target);
-    m.SQLite->Open();
-    m.Provider = std::make_unique<TqxSQLiteMetadataProvider>(m.SQLite.get());
-#else
-    throw UsageError{"this build has no SQLite support"};
-#endif
-  } else {
-#if QORVEX_ODBC_AVAILABLE
-    m.ODBC = std::make_unique<TqxODBCConnection>(o.target);
-    m.ODBC->Open();
-    m.Provider = std::make_unique<TqxODBCMetadataProvider>(m.ODBC.get());
-#else
-    throw UsageError{"this build has no ODBC support"};
-#endif
-  }
-  return m;
 }
 
 QString ReadSql(const std::string& Path) {
@@ -171,22 +133,35 @@ int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName(QStringLiteral("qorvex-designer"));
 
+  QApplication::setOrganizationName(QStringLiteral("qorvex"));
+
   qorvex::TqxSQL92SyntaxProvider syntax;
-  Metadata metadata;
+  // The metadata before a database is opened: no objects.
+  qorvex::TqxEventMetadataProvider noDatabase;
   try {
-    metadata = OpenMetadata(options);
     if (!options.sqlFile.empty())
       ReadSql(options.sqlFile);  // an unreadable file fails before any window shows
-  } catch (const UsageError& error) {
-    std::fprintf(stderr, "qorvex-designer: %s\n%s", error.message.c_str(), kUsage);
-    return 2;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "qorvex-designer: %s\n", error.what());
     return 1;
   }
 
-  qorvex::TqxDesignerWindow window(&syntax, metadata.Provider.get(),
-                                   QString::fromStdString(options.sqlFile));
+  qorvex::TqxDesignerWindow window(&syntax, &noDatabase, QString::fromStdString(options.sqlFile));
+  if (!options.kind.empty()) {
+    const qorvex::TqxConnectionInfo info{options.kind == "--sqlite"
+                                             ? qorvex::TqxConnectionInfo::ckSQLite
+                                             : qorvex::TqxConnectionInfo::ckODBC,
+                                         QString::fromStdString(options.target)};
+    QString error;
+    // A screenshot leaves the list of recent connections as it is.
+    if (!window.OpenConnection(info, &error, options.screenshot.empty())) {
+      std::fprintf(stderr, "qorvex-designer: %s\n", error.toUtf8().constData());
+      return 1;
+    }
+    if (!options.sqlFile.empty())
+      window.setWindowTitle(QStringLiteral("Qorvex Designer - %1 - %2")
+                                .arg(QString::fromStdString(options.sqlFile), info.DisplayName()));
+  }
   bool rejected = false;
   QObject::connect(window.Builder(), &qorvex::TqxQueryBuilder::sqlError,
                    [&](const QString&, const QString& errors) {
@@ -215,13 +190,17 @@ int main(int argc, char** argv) {
     if (!warning.isEmpty())
       std::fprintf(stderr, "qorvex-designer: %s\n", warning.toUtf8().constData());
   }
+  if (options.run)
+    QTimer::singleShot(0, &window, [&window] { window.RunQuery(); });
   if (options.screenshot.empty())
     return app.exec();
 
-  // Let the load message arrive and the layout settle, then render.
+  // Let the load message arrive, the rows come and the layout settle, then render.
   QElapsedTimer clock;
   clock.start();
-  while (window.Builder()->IsSQLLoading() && clock.elapsed() < 5000)
+  while ((window.Builder()->IsSQLLoading() || (options.run && clock.elapsed() < 100) ||
+          window.Results()->IsRunning()) &&
+         clock.elapsed() < 10000)
     QApplication::processEvents(QEventLoop::AllEvents, 50);
   for (int i = 0; i < 5; ++i)
     QApplication::processEvents();

@@ -364,6 +364,19 @@ void TqxQueryBuilder::setSplitterHeight(int Value) {
   TqxQueryBuilderPrivate::Run(this, [&] { SetSplitterHeight(Value); });
 }
 
+TqxQueryBuilderControlOwner* TqxQueryBuilder::GetFocusedObject() const {
+  const TqxUnionSubQuery* operand = GetActiveUnionSubquery();
+  const auto* control =
+      operand != nullptr ? dynamic_cast<TqxWidgetControl*>(operand->GetWorkArea()) : nullptr;
+  const auto* page =
+      control != nullptr ? qobject_cast<TqxUnionSubQueryTabSheet*>(control->GetWidget()) : nullptr;
+  const auto* focused =
+      page != nullptr && page->GetWorkArea() != nullptr
+          ? qobject_cast<TqxWorkAreaControl*>(page->GetWorkArea()->GetFocusedControl())
+          : nullptr;
+  return focused != nullptr ? focused->GetOwnerObject() : nullptr;
+}
+
 TqxQueryBuilderLinkPainter* TqxQueryBuilder::GetLinkPainter() const {
   return d_->LinkPainter.get();
 }

@@ -107,6 +107,10 @@ class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
   // Writes the diagram as an SVG drawing, texts kept as text.
   bool ExportSvg(const QString& Path, QString* Error = nullptr);
 
+  // The model object of the focused box or link on the active operand's diagram; null
+  // when neither has the focus.
+  TqxQueryBuilderControlOwner* GetFocusedObject() const;
+
   // Drags from outside the component over a diagram (the application's own objects):
   // OnDragOver answers whether a drop at Point (diagram coordinates) is welcome;
   // OnDragDrop receives it.
