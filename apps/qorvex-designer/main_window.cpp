@@ -125,7 +125,9 @@ TqxDesignerWindow::TqxDesignerWindow(TqxBaseSyntaxProvider* Syntax,
   SyncLinkStyleMenu();
 
   // SQL: the editor's commands.
-  QMenu* sql = menuBar()->addMenu(QStringLiteral("&SQL"));
+  // Before Help, which stays last.
+  auto* sql = new QMenu(QStringLiteral("&SQL"), menuBar());
+  menuBar()->insertMenu(Menu("menuHelp")->menuAction(), sql);
   sql->setObjectName(QStringLiteral("menuSQL"));
   sql->addAction(Action("actionApply"));
   sql->addSeparator();
