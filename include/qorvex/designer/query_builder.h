@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "qorvex/model/query_builder.h"
+#include "qorvex/widgets_export.h"
 
 class QMimeData;
 
@@ -21,7 +22,7 @@ class TqxQueryBuilderPrivate;
 // as tabs, each union operand as a diagram of datasource boxes above the select-list pane.
 // Assigning SQL lays the statement out (after the event loop delivers the load); every
 // edit on screen goes through the model, which writes the SQL anew and emits sqlChanged.
-class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
+class QORVEX_WIDGETS_EXPORT TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
   Q_OBJECT
   Q_PROPERTY(QString SQL READ sql WRITE setSql NOTIFY sqlChanged)
   Q_PROPERTY(bool SnapToGrid READ GetSnapToGrid WRITE SetSnapToGrid)
