@@ -2,6 +2,8 @@
 # include lines: one node per header folder, an edge where a folder's headers include
 # another's, nodes grouped by the library that builds them. Run with cmake -P, given
 # HEADERS (include/qorvex) and OUT.
+cmake_minimum_required(VERSION 3.25)
+get_filename_component(HEADERS "${HEADERS}" ABSOLUTE)
 file(GLOB headers RELATIVE ${HEADERS} ${HEADERS}/*/*.h)
 
 # The metadata folder belongs to three libraries: one node per provider header.
