@@ -57,6 +57,11 @@ class QORVEX_WIDGETS_EXPORT TqxQueryBuilder : public QWidget, public TqxBaseQuer
   void setBkImage(const QPixmap& Value);
   QColor bkColor() const;
   void setBkColor(const QColor& Value);
+  // The setters that code generated from a Qt Designer form calls: "set" and the name of
+  // the property.
+  void setSQL(const QString& Text) { setSql(Text); }
+  void setSnapToGrid(bool Value) { SetSnapToGrid(Value); }
+  void setDefColumnsPaneHeight(int Value) { SetDefColumnsPaneHeight(Value); }
 
   // A colour of the model (RGB or a system colour) as this widget's palette shows it.
   QColor ToQColor(TqxColor Color) const;
