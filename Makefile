@@ -5,7 +5,7 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 FUZZ_SECONDS ?= 60
 EXAMPLE ?= examples/example.sql
 
-.PHONY: all deps configure build run test test-asan bench fuzz format format-check clean
+.PHONY: all deps configure build run test test-asan bench fuzz docs format format-check clean
 
 all: build
 
@@ -31,6 +31,9 @@ test-asan: deps
 
 bench: build
 	@scripts/bench.sh
+
+docs: configure
+	@cmake --build --preset default --target docs
 
 fuzz: deps
 	@cmake --preset fuzz >/dev/null

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "command.h"
+#include "qorvex/version.h"
 
 namespace qorvex::tool {
 namespace {
@@ -20,6 +21,7 @@ std::map<std::string, Command>& Commands() {
 
 void PrintUsage(std::ostream& os) {
   os << "usage: qorvex-sql COMMAND [OPTIONS] [FILE]\n"
+        "       qorvex-sql --version\n"
         "Reads FILE, or standard input when FILE is absent or \"-\".\n"
         "commands:\n";
   for (const auto& [name, cmd] : Commands())
@@ -80,6 +82,10 @@ int main(int argc, char** argv) {
   std::string name = argv[1];
   if (name == "help" || name == "--help" || name == "-h") {
     PrintUsage(std::cout);
+    return kExitOk;
+  }
+  if (name == "--version" || name == "version") {
+    std::cout << "qorvex-sql " << QORVEX_VERSION_STRING << "\n";
     return kExitOk;
   }
   auto it = Commands().find(name);

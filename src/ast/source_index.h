@@ -10,6 +10,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "qorvex/sql_export.h"
+
 namespace qorvex {
 
 class TSQLFromSource;
@@ -22,7 +24,8 @@ namespace ast {
 // are equal ignoring ASCII case, so a bucket holds every candidate; the candidates are
 // still compared through the provider, in list order. Small blocks are not indexed.
 // Scopes nest like the stack they describe and are undone in reverse order.
-class TSQLFromSourceBlockIndex {
+// Not public, but exported: the model's select list binds names with it too.
+class QORVEX_SQL_EXPORT TSQLFromSourceBlockIndex {
  public:
   TSQLFromSourceBlockIndex(const std::vector<TSQLFromSource*>& List, std::size_t Begin);
   ~TSQLFromSourceBlockIndex();

@@ -20,10 +20,7 @@
 #include "qorvex/model/datasources.h"
 #include "qorvex/model/query.h"
 #include "qorvex/model/select_list.h"
-
-#ifndef QORVEX_VERSION
-#define QORVEX_VERSION "0"
-#endif
+#include "qorvex/version.h"
 
 namespace qorvex {
 
@@ -192,7 +189,7 @@ QString AboutText() {
   return QStringLiteral(
              "<b>Qorvex %1</b><br>A visual SQL query builder: one SELECT statement as a "
              "diagram that you edit, with its SQL kept in step.<br>Built with Qt %2.")
-      .arg(QStringLiteral(QORVEX_VERSION), QString::fromLatin1(qVersion()));
+      .arg(QStringLiteral(QORVEX_VERSION_STRING), QString::fromLatin1(qVersion()));
 }
 
 void TqxDesignerControlFactory::ShowAbout() {

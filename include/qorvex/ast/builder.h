@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "qorvex/core/metaclass.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -17,7 +18,7 @@ using TSQLBuilderClass = TqxClassOf<TSQLBuilder, std::string*>;
 // number, string literal) and layout requests; it never writes two separating spaces in
 // a row, a space right after a line break, or two line breaks in a row, so nodes may
 // ask for layout freely.
-class TSQLBuilder {
+class QORVEX_SQL_EXPORT TSQLBuilder {
   QX_ROOT_CLASS(TSQLBuilderClass)
 
  public:
@@ -63,7 +64,7 @@ class TSQLBuilder {
 };
 
 // A builder writing to a string stream that its creator owns.
-class TSQLBuilderStream : public TSQLBuilder {
+class QORVEX_SQL_EXPORT TSQLBuilderStream : public TSQLBuilder {
   QX_CLASS(TSQLBuilderClass)
 
  public:
@@ -78,7 +79,7 @@ class TSQLBuilderStream : public TSQLBuilder {
 };
 
 // Plain SQL text with CR LF line breaks.
-class TSQLBuilderPlainText : public TSQLBuilderStream {
+class QORVEX_SQL_EXPORT TSQLBuilderPlainText : public TSQLBuilderStream {
   QX_CLASS(TSQLBuilderClass)
 
  public:
@@ -98,7 +99,7 @@ class TSQLBuilderPlainText : public TSQLBuilderStream {
 
 // An HTML fragment: keywords bold and lower-cased, identifiers italic, symbols coloured.
 // It has no number or string-literal output: writing one raises EqxError.
-class TSQLBuilderHTML : public TSQLBuilderStream {
+class QORVEX_SQL_EXPORT TSQLBuilderHTML : public TSQLBuilderStream {
   QX_CLASS(TSQLBuilderClass)
 
  public:

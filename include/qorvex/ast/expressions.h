@@ -10,6 +10,7 @@
 #include "qorvex/ast/names.h"
 #include "qorvex/ast/node.h"
 #include "qorvex/ast/types.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -20,7 +21,7 @@ class TSQLSubSelectStatement;
 // Functions and operators
 
 // One argument of a function call.
-class TSQLFunctionParamExpression : public TastNode {
+class QORVEX_SQL_EXPORT TSQLFunctionParamExpression : public TastNode {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, Expression)
 
@@ -35,7 +36,7 @@ class TSQLFunctionParamExpression : public TastNode {
 };
 
 // A named argument, written name=expression.
-class TSQLFunctionParamNamedExpression : public TSQLFunctionParamExpression {
+class QORVEX_SQL_EXPORT TSQLFunctionParamNamedExpression : public TSQLFunctionParamExpression {
   QX_CLASS(TastClass)
 
  public:
@@ -48,7 +49,7 @@ class TSQLFunctionParamNamedExpression : public TSQLFunctionParamExpression {
 };
 
 // The argument list of a function call (TSQLFunctionParamExpression items).
-class TSQLFunctionParams : public TastNodeWithList {
+class QORVEX_SQL_EXPORT TSQLFunctionParams : public TastNodeWithList {
   QX_CLASS(TastClass)
 
  public:
@@ -57,7 +58,7 @@ class TSQLFunctionParams : public TastNodeWithList {
 
 // A function call: name(arguments), the name optionally qualified (schema.f). The
 // arguments are the Params child; the inherited item list is not used.
-class TSQLFunction : public TastNodeWithList {
+class QORVEX_SQL_EXPORT TSQLFunction : public TastNodeWithList {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLFunctionParams, Params)
 
@@ -79,7 +80,7 @@ class TSQLFunction : public TastNodeWithList {
 };
 
 // An operator's text, such as "=", "<>" or "+", written as a symbol.
-class TSQLOperator : public TastNode {
+class QORVEX_SQL_EXPORT TSQLOperator : public TastNode {
   QX_CLASS(TastClass)
 
  public:
@@ -99,7 +100,7 @@ class TSQLOperator : public TastNode {
 // Base of every value and condition expression. The logical operations serve the
 // criteria grid, which shows a condition as an expression plus the rest of the
 // condition.
-class TSQLExpressionItem : public TastNode {
+class QORVEX_SQL_EXPORT TSQLExpressionItem : public TastNode {
   QX_CLASS(TastClass)
 
  public:
@@ -144,10 +145,10 @@ using TSQLConstantValue = std::variant<std::monostate, bool, std::int64_t, doubl
 // The string form written for a constant: null "NULL", booleans "True"/"False", integers
 // in decimal, floating-point numbers in the shortest form that reads back to the same
 // value, text as it is.
-std::string ConstantValueToString(const TSQLConstantValue& Value);
+QORVEX_SQL_EXPORT std::string ConstantValueToString(const TSQLConstantValue& Value);
 
 // A literal, written as a number token.
-class TSQLExpressionConstant : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionConstant : public TSQLExpressionItem {
   QX_CLASS(TastClass)
 
  public:
@@ -163,7 +164,7 @@ class TSQLExpressionConstant : public TSQLExpressionItem {
 };
 
 // A variable, with its prefix character, written as a number token.
-class TSQLExpressionVariable : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionVariable : public TSQLExpressionItem {
   QX_CLASS(TastClass)
 
  public:
@@ -176,7 +177,7 @@ class TSQLExpressionVariable : public TSQLExpressionItem {
 };
 
 // A column reference.
-class TSQLExpressionColumn : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionColumn : public TSQLExpressionItem {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLObjectColumn, Column)
 
@@ -192,7 +193,7 @@ class TSQLExpressionColumn : public TSQLExpressionItem {
 };
 
 // A function written without brackets, such as CURRENT_USER.
-class TSQLExpressionParameterlessFunction : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionParameterlessFunction : public TSQLExpressionItem {
   QX_CLASS(TastClass)
 
  public:
@@ -205,7 +206,7 @@ class TSQLExpressionParameterlessFunction : public TSQLExpressionItem {
 };
 
 // A function call used as a value.
-class TSQLExpressionFunction : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionFunction : public TSQLExpressionItem {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLFunction, Function)
 
@@ -221,7 +222,7 @@ class TSQLExpressionFunction : public TSQLExpressionItem {
 };
 
 // A scalar sub-query: (statement).
-class TSQLExpressionSelect : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionSelect : public TSQLExpressionItem {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLSubSelectStatement, SubQuery)
 
@@ -237,7 +238,7 @@ class TSQLExpressionSelect : public TSQLExpressionItem {
 };
 
 // One WHEN ... THEN ... branch of a CASE.
-class TSQLCaseFunctionItem : public TastNode {
+class QORVEX_SQL_EXPORT TSQLCaseFunctionItem : public TastNode {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, When)
   QX_CHILD_NODE(TSQLExpressionItem, Then)
@@ -252,7 +253,7 @@ class TSQLCaseFunctionItem : public TastNode {
 };
 
 // CASE [operand] WHEN ... THEN ... [ELSE ...] END.
-class TSQLExpressionCaseFunction : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionCaseFunction : public TSQLExpressionItem {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, Operand)
   QX_CHILD_NODE(TSQLExpressionItem, Else)
@@ -277,7 +278,7 @@ class TSQLExpressionCaseFunction : public TSQLExpressionItem {
 };
 
 // An aggregate over the star: name(*).
-class TSQLExpressionAggregate : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionAggregate : public TSQLExpressionItem {
   QX_CLASS(TastClass)
 
  public:
@@ -290,7 +291,7 @@ class TSQLExpressionAggregate : public TSQLExpressionItem {
 };
 
 // An aggregate of one argument: name(argument).
-class TSQLExpressionAggregate1Param : public TSQLExpressionAggregate {
+class QORVEX_SQL_EXPORT TSQLExpressionAggregate1Param : public TSQLExpressionAggregate {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, Argument)
 
@@ -307,7 +308,8 @@ class TSQLExpressionAggregate1Param : public TSQLExpressionAggregate {
 
 // An aggregate of one argument with a set quantifier: 1 writes DISTINCT before the
 // argument, any other value nothing.
-class TSQLExpressionAggregate1ParamWPrefix : public TSQLExpressionAggregate1Param {
+class QORVEX_SQL_EXPORT TSQLExpressionAggregate1ParamWPrefix
+    : public TSQLExpressionAggregate1Param {
   QX_CLASS(TastClass)
 
  public:
@@ -321,7 +323,7 @@ class TSQLExpressionAggregate1ParamWPrefix : public TSQLExpressionAggregate1Para
 };
 
 // An aggregate with an argument list: name(arguments).
-class TSQLExpressionAggregateWParams : public TSQLExpressionAggregate {
+class QORVEX_SQL_EXPORT TSQLExpressionAggregateWParams : public TSQLExpressionAggregate {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLFunctionParams, Params)
 
@@ -340,7 +342,7 @@ class TSQLExpressionAggregateWParams : public TSQLExpressionAggregate {
 // Expressions over one inner expression
 
 // An expression built around one inner expression (for operations, the left operand).
-class TSQLExpressionExpressionItem : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionExpressionItem : public TSQLExpressionItem {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, Inner)
 
@@ -356,7 +358,7 @@ class TSQLExpressionExpressionItem : public TSQLExpressionItem {
 };
 
 // An operation on a left operand (the inner expression): its own condition for the grid.
-class TSQLExpressionOperation : public TSQLExpressionExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionOperation : public TSQLExpressionExpressionItem {
   QX_CLASS(TastClass)
 
  public:
@@ -369,7 +371,7 @@ class TSQLExpressionOperation : public TSQLExpressionExpressionItem {
 };
 
 // A predicate.
-class TSQLExpressionLogicalOperation : public TSQLExpressionOperation {
+class QORVEX_SQL_EXPORT TSQLExpressionLogicalOperation : public TSQLExpressionOperation {
   QX_CLASS(TastClass)
 
  public:
@@ -378,7 +380,7 @@ class TSQLExpressionLogicalOperation : public TSQLExpressionOperation {
 };
 
 // operand IS [NOT].
-class TSQLExpressionIs : public TSQLExpressionLogicalOperation {
+class QORVEX_SQL_EXPORT TSQLExpressionIs : public TSQLExpressionLogicalOperation {
   QX_CLASS(TastClass)
 
  public:
@@ -391,7 +393,7 @@ class TSQLExpressionIs : public TSQLExpressionLogicalOperation {
 };
 
 // operand IS [NOT] NULL.
-class TSQLExpressionIsNull : public TSQLExpressionIs {
+class QORVEX_SQL_EXPORT TSQLExpressionIsNull : public TSQLExpressionIs {
   QX_CLASS(TastClass)
 
  public:
@@ -400,7 +402,7 @@ class TSQLExpressionIsNull : public TSQLExpressionIs {
 };
 
 // operand [NOT] IN.
-class TSQLExpressionIn : public TSQLExpressionLogicalOperation {
+class QORVEX_SQL_EXPORT TSQLExpressionIn : public TSQLExpressionLogicalOperation {
   QX_CLASS(TastClass)
 
  public:
@@ -415,7 +417,7 @@ class TSQLExpressionIn : public TSQLExpressionLogicalOperation {
 class TSQLExpressionsList;
 
 // operand [NOT] IN (value, ...).
-class TSQLExpressionInSet : public TSQLExpressionIn {
+class QORVEX_SQL_EXPORT TSQLExpressionInSet : public TSQLExpressionIn {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionsList, List)
 
@@ -430,7 +432,7 @@ class TSQLExpressionInSet : public TSQLExpressionIn {
 };
 
 // operand [NOT] IN (statement).
-class TSQLExpressionInSubQuery : public TSQLExpressionIn {
+class QORVEX_SQL_EXPORT TSQLExpressionInSubQuery : public TSQLExpressionIn {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLSubSelectStatement, SubQuery)
 
@@ -446,7 +448,7 @@ class TSQLExpressionInSubQuery : public TSQLExpressionIn {
 };
 
 // operand [Not] keyword pattern [Escape escape]; the keyword is kept as parsed.
-class TSQLExpressionLikeTemplate : public TSQLExpressionLogicalOperation {
+class QORVEX_SQL_EXPORT TSQLExpressionLikeTemplate : public TSQLExpressionLogicalOperation {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, Pattern)
   QX_CHILD_NODE(TSQLExpressionItem, Escape)
@@ -465,7 +467,7 @@ class TSQLExpressionLikeTemplate : public TSQLExpressionLogicalOperation {
 };
 
 // Cast(operand As type).
-class TSQLExpressionCast : public TSQLExpressionOperation {
+class QORVEX_SQL_EXPORT TSQLExpressionCast : public TSQLExpressionOperation {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLType, Type)
 
@@ -480,7 +482,7 @@ class TSQLExpressionCast : public TSQLExpressionOperation {
 };
 
 // An operation with an operator node.
-class TSQLExpressionOperator : public TSQLExpressionOperation {
+class QORVEX_SQL_EXPORT TSQLExpressionOperator : public TSQLExpressionOperation {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLOperator, Operator)
 
@@ -497,7 +499,7 @@ class TSQLExpressionOperator : public TSQLExpressionOperation {
 };
 
 // A prefix operator: -operand.
-class TSQLExpressionOperatorPrefix : public TSQLExpressionOperator {
+class QORVEX_SQL_EXPORT TSQLExpressionOperatorPrefix : public TSQLExpressionOperator {
   QX_CLASS(TastClass)
 
  public:
@@ -506,7 +508,7 @@ class TSQLExpressionOperatorPrefix : public TSQLExpressionOperator {
 };
 
 // A postfix operator: operand followed by the operator.
-class TSQLExpressionOperatorPostfix : public TSQLExpressionOperator {
+class QORVEX_SQL_EXPORT TSQLExpressionOperatorPostfix : public TSQLExpressionOperator {
   QX_CLASS(TastClass)
 
  public:
@@ -516,7 +518,7 @@ class TSQLExpressionOperatorPostfix : public TSQLExpressionOperator {
 
 // A two-operand operator written tight: left+right, a=1. The inner expression is the
 // left operand.
-class TSQLExpressionOperatorBinary : public TSQLExpressionOperator {
+class QORVEX_SQL_EXPORT TSQLExpressionOperatorBinary : public TSQLExpressionOperator {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, Right)
 
@@ -535,7 +537,7 @@ class TSQLExpressionOperatorBinary : public TSQLExpressionOperator {
 // with the comparison operator (for example a postfix operator node "a>"); the
 // quantifier follows without a space: 0 All, 1 Some, 2 Any. The inherited operator
 // field is not written.
-class TSQLExpressionCompWithSet : public TSQLExpressionOperator {
+class QORVEX_SQL_EXPORT TSQLExpressionCompWithSet : public TSQLExpressionOperator {
   QX_CLASS(TastClass)
 
  public:
@@ -559,7 +561,7 @@ class TSQLExpressionCompWithSet : public TSQLExpressionOperator {
 };
 
 // operand op All|Some|Any(statement).
-class TSQLExpressionCompWithSubQuery : public TSQLExpressionCompWithSet {
+class QORVEX_SQL_EXPORT TSQLExpressionCompWithSubQuery : public TSQLExpressionCompWithSet {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLSubSelectStatement, SubQuery)
 
@@ -575,7 +577,7 @@ class TSQLExpressionCompWithSubQuery : public TSQLExpressionCompWithSet {
 };
 
 // operand op All|Some|Any(set expression).
-class TSQLExpressionCompWithSetExpression : public TSQLExpressionCompWithSet {
+class QORVEX_SQL_EXPORT TSQLExpressionCompWithSetExpression : public TSQLExpressionCompWithSet {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, SetExpression)
 
@@ -589,7 +591,7 @@ class TSQLExpressionCompWithSetExpression : public TSQLExpressionCompWithSet {
 };
 
 // operand [Not] Between low And high.
-class TSQLExpressionBetween : public TSQLExpressionOperation {
+class QORVEX_SQL_EXPORT TSQLExpressionBetween : public TSQLExpressionOperation {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, Low)
   QX_CHILD_NODE(TSQLExpressionItem, High)
@@ -608,7 +610,7 @@ class TSQLExpressionBetween : public TSQLExpressionOperation {
 };
 
 // (inner).
-class TSQLExpressionBrackets : public TSQLExpressionExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionBrackets : public TSQLExpressionExpressionItem {
   QX_CLASS(TastClass)
 
  public:
@@ -622,7 +624,7 @@ class TSQLExpressionBrackets : public TSQLExpressionExpressionItem {
 };
 
 // inner.field: a field of a composite value.
-class TSQLExpressionFieldSelection : public TSQLExpressionExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionFieldSelection : public TSQLExpressionExpressionItem {
   QX_CLASS(TastClass)
 
  public:
@@ -635,7 +637,7 @@ class TSQLExpressionFieldSelection : public TSQLExpressionExpressionItem {
 };
 
 // Not inner.
-class TSQLExpressionNot : public TSQLExpressionExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionNot : public TSQLExpressionExpressionItem {
   QX_CLASS(TastClass)
 
  public:
@@ -653,7 +655,7 @@ class TSQLExpressionNot : public TSQLExpressionExpressionItem {
 // Other predicates and lists
 
 // Exists(statement).
-class TSQLExpressionExists : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionExists : public TSQLExpressionItem {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLSubSelectStatement, SubQuery)
 
@@ -670,7 +672,7 @@ class TSQLExpressionExists : public TSQLExpressionItem {
 };
 
 // (first,second) Overlaps (third,fourth).
-class TSQLExpressionOverlaps : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionOverlaps : public TSQLExpressionItem {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, First)
   QX_CHILD_NODE(TSQLExpressionItem, Second)
@@ -690,7 +692,7 @@ class TSQLExpressionOverlaps : public TSQLExpressionItem {
 };
 
 // An owning list of expressions, written comma-separated.
-class TSQLExpressionItemsList : public TSQLExpressionItem {
+class QORVEX_SQL_EXPORT TSQLExpressionItemsList : public TSQLExpressionItem {
   QX_CLASS(TastClass)
 
  public:
@@ -717,7 +719,7 @@ class TSQLExpressionItemsList : public TSQLExpressionItem {
 };
 
 // Conditions joined by one logical operator, written without added brackets.
-class TSQLExpressionLogicalCollection : public TSQLExpressionItemsList {
+class QORVEX_SQL_EXPORT TSQLExpressionLogicalCollection : public TSQLExpressionItemsList {
   QX_CLASS(TastClass)
 
  public:
@@ -733,7 +735,7 @@ class TSQLExpressionLogicalCollection : public TSQLExpressionItemsList {
 };
 
 // Conditions joined by AND.
-class TSQLExpressionAnd : public TSQLExpressionLogicalCollection {
+class QORVEX_SQL_EXPORT TSQLExpressionAnd : public TSQLExpressionLogicalCollection {
   QX_CLASS(TastClass)
 
  public:
@@ -742,7 +744,7 @@ class TSQLExpressionAnd : public TSQLExpressionLogicalCollection {
 };
 
 // Conditions joined by OR.
-class TSQLExpressionOr : public TSQLExpressionLogicalCollection {
+class QORVEX_SQL_EXPORT TSQLExpressionOr : public TSQLExpressionLogicalCollection {
   QX_CLASS(TastClass)
 
  public:
@@ -751,7 +753,7 @@ class TSQLExpressionOr : public TSQLExpressionLogicalCollection {
 };
 
 // A comma-separated list of expressions (IN lists, GROUP BY).
-class TSQLExpressionsList : public TastNodeWithList {
+class QORVEX_SQL_EXPORT TSQLExpressionsList : public TastNodeWithList {
   QX_CLASS(TastClass)
 
  public:
@@ -766,18 +768,18 @@ class TSQLExpressionsList : public TastNodeWithList {
 
 // True when both are none, or both exist and their one-line texts are equal ignoring
 // ASCII letter case.
-bool IsExpressionsEqual(const TSQLExpressionItem* A, const TSQLExpressionItem* B);
+QORVEX_SQL_EXPORT bool IsExpressionsEqual(const TSQLExpressionItem* A, const TSQLExpressionItem* B);
 
 // Normalises a condition: strips a double NOT, moves NOT into AND/OR (De Morgan) and
 // flattens nested AND in AND and OR in OR, dropping empty collections. Returns the new
 // root (possibly none); dropped nodes are freed. An OR that ends up directly inside an
 // AND, or an AND/OR negated as a whole, is given brackets so that the text keeps its
 // meaning.
-std::unique_ptr<TSQLExpressionItem> SimplifyLogicalExpression(
+QORVEX_SQL_EXPORT std::unique_ptr<TSQLExpressionItem> SimplifyLogicalExpression(
     std::unique_ptr<TSQLExpressionItem> E);
 
 // What the query model runs on a WHERE or HAVING condition before loading it.
-std::unique_ptr<TSQLExpressionItem> PrepareLogicalExpressionForLoading(
+QORVEX_SQL_EXPORT std::unique_ptr<TSQLExpressionItem> PrepareLogicalExpressionForLoading(
     std::unique_ptr<TSQLExpressionItem> E);
 
 }  // namespace qorvex

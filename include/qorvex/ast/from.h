@@ -7,6 +7,7 @@
 #include "qorvex/ast/child.h"
 #include "qorvex/ast/names.h"
 #include "qorvex/ast/node.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -15,7 +16,7 @@ class TSQLFunction;
 class TSQLSubSelectStatement;
 
 // The alias of a FROM source or a select item. This base form writes the bare name.
-class TSQLAlias : public TastNode {
+class QORVEX_SQL_EXPORT TSQLAlias : public TastNode {
   QX_CLASS(TastClass)
 
  public:
@@ -35,7 +36,7 @@ class TSQLAlias : public TastNode {
 };
 
 // The select-item form "alias=expression".
-class TSQLAliasAliasEqualsObject : public TSQLAlias {
+class QORVEX_SQL_EXPORT TSQLAliasAliasEqualsObject : public TSQLAlias {
   QX_CLASS(TastClass)
 
  public:
@@ -43,7 +44,7 @@ class TSQLAliasAliasEqualsObject : public TSQLAlias {
 };
 
 // An alias written after its object.
-class TSQLAliasObjectAlias : public TSQLAlias {
+class QORVEX_SQL_EXPORT TSQLAliasObjectAlias : public TSQLAlias {
   QX_CLASS(TastClass)
 
  public:
@@ -51,7 +52,7 @@ class TSQLAliasObjectAlias : public TSQLAlias {
 };
 
 // An alias written after its object and introduced by AS.
-class TSQLAliasObjectAsAlias : public TSQLAliasObjectAlias {
+class QORVEX_SQL_EXPORT TSQLAliasObjectAsAlias : public TSQLAliasObjectAlias {
   QX_CLASS(TastClass)
 
  public:
@@ -61,7 +62,7 @@ class TSQLAliasObjectAsAlias : public TSQLAliasObjectAlias {
 
 // How a FROM source is joined to the one before it. IsLeftOuter/IsRightOuter tell which
 // side keeps all its rows.
-class TSQLJoinKind : public TastNode {
+class QORVEX_SQL_EXPORT TSQLJoinKind : public TastNode {
   QX_CLASS(TastClass)
 
  public:
@@ -71,7 +72,7 @@ class TSQLJoinKind : public TastNode {
 };
 
 // Writes CROSS JOIN.
-class TSQLJoinKindCross : public TSQLJoinKind {
+class QORVEX_SQL_EXPORT TSQLJoinKindCross : public TSQLJoinKind {
   QX_CLASS(TastClass)
 
  public:
@@ -80,7 +81,7 @@ class TSQLJoinKindCross : public TSQLJoinKind {
 };
 
 // Writes INNER JOIN.
-class TSQLJoinKindInner : public TSQLJoinKind {
+class QORVEX_SQL_EXPORT TSQLJoinKindInner : public TSQLJoinKind {
   QX_CLASS(TastClass)
 
  public:
@@ -90,7 +91,7 @@ class TSQLJoinKindInner : public TSQLJoinKind {
 
 // An outer join. Outer records whether the word OUTER was written; it changes only the
 // spelling.
-class TSQLJoinKindOuter : public TSQLJoinKind {
+class QORVEX_SQL_EXPORT TSQLJoinKindOuter : public TSQLJoinKind {
   QX_CLASS(TastClass)
 
  public:
@@ -106,7 +107,7 @@ class TSQLJoinKindOuter : public TSQLJoinKind {
 };
 
 // Writes LEFT [OUTER] JOIN: every row of the left source is kept.
-class TSQLJoinKindLeft : public TSQLJoinKindOuter {
+class QORVEX_SQL_EXPORT TSQLJoinKindLeft : public TSQLJoinKindOuter {
   QX_CLASS(TastClass)
 
  public:
@@ -116,7 +117,7 @@ class TSQLJoinKindLeft : public TSQLJoinKindOuter {
 };
 
 // Writes RIGHT [OUTER] JOIN: every row of the right source is kept.
-class TSQLJoinKindRight : public TSQLJoinKindOuter {
+class QORVEX_SQL_EXPORT TSQLJoinKindRight : public TSQLJoinKindOuter {
   QX_CLASS(TastClass)
 
  public:
@@ -126,7 +127,7 @@ class TSQLJoinKindRight : public TSQLJoinKindOuter {
 };
 
 // Writes FULL [OUTER] JOIN: the rows of both sources are kept.
-class TSQLJoinKindFull : public TSQLJoinKindOuter {
+class QORVEX_SQL_EXPORT TSQLJoinKindFull : public TSQLJoinKindOuter {
   QX_CLASS(TastClass)
 
  public:
@@ -138,7 +139,7 @@ class TSQLJoinKindFull : public TSQLJoinKindOuter {
 
 // One source of a FROM clause: its field names (filled from the metadata provider), the
 // join kind and ON condition that attach it to the source before it, and its alias.
-class TSQLFromSource : public TastNode {
+class QORVEX_SQL_EXPORT TSQLFromSource : public TastNode {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLJoinKind, JoinKind)
   QX_CHILD_NODE(TSQLExpressionItem, JoinCondition)
@@ -178,7 +179,7 @@ class TSQLFromSource : public TastNode {
 
 // A derived table: a bracketed statement, with an optional list of column aliases
 // written after its alias, as in "(SELECT 1) x (c)".
-class TSQLFromQuery : public TSQLFromSource {
+class QORVEX_SQL_EXPORT TSQLFromQuery : public TSQLFromSource {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLSubSelectStatement, SubQuery)
 
@@ -203,7 +204,7 @@ class TSQLFromQuery : public TSQLFromSource {
 };
 
 // A table-valued function call.
-class TSQLFromFunction : public TSQLFromSource {
+class QORVEX_SQL_EXPORT TSQLFromFunction : public TSQLFromSource {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLFunction, Function)
 
@@ -217,7 +218,7 @@ class TSQLFromFunction : public TSQLFromSource {
 };
 
 // A function built into the dialect, used as a FROM source.
-class TSQLFromBuiltInFunction : public TSQLFromFunction {
+class QORVEX_SQL_EXPORT TSQLFromBuiltInFunction : public TSQLFromFunction {
   QX_CLASS(TastClass)
 
  public:
@@ -225,7 +226,7 @@ class TSQLFromBuiltInFunction : public TSQLFromFunction {
 };
 
 // A table or view.
-class TSQLFromObject : public TSQLFromSource {
+class QORVEX_SQL_EXPORT TSQLFromObject : public TSQLFromSource {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLDatabaseObject, DatabaseObject)
 
@@ -241,7 +242,7 @@ class TSQLFromObject : public TSQLFromSource {
 };
 
 // A table variable.
-class TSQLFromVariable : public TSQLFromSource {
+class QORVEX_SQL_EXPORT TSQLFromVariable : public TSQLFromSource {
   QX_CLASS(TastClass)
 
  public:
@@ -256,7 +257,7 @@ class TSQLFromVariable : public TSQLFromSource {
 // A chain of joined sources; a source may itself be a TSQLFromItem, which is written
 // in brackets. Each joined source writes its join operator, a line break (multi-line)
 // or a space, one forced space, itself and its ON condition.
-class TSQLFromItem : public TSQLFromSource {
+class QORVEX_SQL_EXPORT TSQLFromItem : public TSQLFromSource {
   QX_CLASS(TastClass)
 
  public:
@@ -288,10 +289,11 @@ class TSQLFromItem : public TSQLFromSource {
 
 // Pairs every source of From, nested groups included, with the source at the same place
 // in To (a copy of From), for RemapFromSourceReferences.
-void PairFromSources(const TSQLFromItem& From, TSQLFromItem& To, TSQLFromSourceMap& Map);
+QORVEX_SQL_EXPORT void PairFromSources(const TSQLFromItem& From, TSQLFromItem& To,
+                                       TSQLFromSourceMap& Map);
 
 // The FROM clause of one SELECT block.
-class TSQLFromClause : public TSQLFromItem {
+class QORVEX_SQL_EXPORT TSQLFromClause : public TSQLFromItem {
   QX_CLASS(TastClass)
 
  public:

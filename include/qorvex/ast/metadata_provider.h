@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "qorvex/core/component.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -13,7 +14,7 @@ class TSQLDatabaseObject;
 // One foreign key between two tables. The column lists pair by position: the i-th
 // foreign-key column refers to the i-th primary-key column. Each table is a database
 // object with a single name part (the bare table name).
-class TSQLMetadataRelation {
+class QORVEX_SQL_EXPORT TSQLMetadataRelation {
  public:
   TSQLMetadataRelation();
   ~TSQLMetadataRelation();
@@ -30,7 +31,7 @@ using TSQLMetadataRelations = std::vector<std::unique_ptr<TSQLMetadataRelation>>
 // What the designer asks about the database: table and view names, the result columns
 // of a statement, and the foreign keys of a table. The designer never talks to a
 // database itself; a provider answers these four questions.
-class TqxBaseMetadataProvider : public TqxComponent {
+class QORVEX_SQL_EXPORT TqxBaseMetadataProvider : public TqxComponent {
  public:
   // Replace `Names` with bare object names in the order the source delivers them.
   // `System` asks for system tables as well.

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "qorvex/ast/node.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -18,7 +19,7 @@ class TSQLFromSource;
 
 // A dotted name such as db.schema.table. The parts are kept innermost first: index 0 is
 // the object name, higher indexes are ever outer prefixes.
-class TSQLQualifiedName : public TastNode {
+class QORVEX_SQL_EXPORT TSQLQualifiedName : public TastNode {
   QX_CLASS(TastClass)
 
  public:
@@ -102,7 +103,7 @@ class TSQLQualifiedName : public TastNode {
 // through the syntax provider. A name that finds nothing keeps its current
 // binding, so a name bound by hand is not lost; RemoveReferencesToFromSource clears a
 // binding to a source that goes away.
-class TSQLDatabaseObject : public TSQLQualifiedName {
+class QORVEX_SQL_EXPORT TSQLDatabaseObject : public TSQLQualifiedName {
   QX_CLASS(TastClass)
 
  public:
@@ -139,7 +140,7 @@ class TSQLDatabaseObject : public TSQLQualifiedName {
 // of the innermost block that has such a field (the sources' field lists, read from the
 // metadata); while that is not certain it keeps whatever binding it has and writes its
 // own name when unbound.
-class TSQLObjectColumn : public TSQLDatabaseObject {
+class QORVEX_SQL_EXPORT TSQLObjectColumn : public TSQLDatabaseObject {
   QX_CLASS(TastClass)
 
  public:
@@ -163,6 +164,6 @@ using TSQLFromSourceMap = std::vector<std::pair<const TSQLFromSource*, TSQLFromS
 
 // Rebinds every name under Root that is bound to a source listed first in a pair to the
 // second of that pair.
-void RemapFromSourceReferences(TastExtender& Root, const TSQLFromSourceMap& Map);
+QORVEX_SQL_EXPORT void RemapFromSourceReferences(TastExtender& Root, const TSQLFromSourceMap& Map);
 
 }  // namespace qorvex

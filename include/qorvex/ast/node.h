@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "qorvex/core/metaclass.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -24,8 +25,8 @@ class TqxQueryBuilderControlOwner;  // model object; opaque to the syntax tree
 // Memory for the containers inside nodes (child lists, name parts), taken from the same
 // per-thread recycled blocks as the nodes themselves: a tree is built and freed a node
 // at a time, and most of these containers hold a handful of entries.
-void* AllocateTreeBlock(std::size_t Size);
-void FreeTreeBlock(void* Block, std::size_t Size) noexcept;
+QORVEX_SQL_EXPORT void* AllocateTreeBlock(std::size_t Size);
+QORVEX_SQL_EXPORT void FreeTreeBlock(void* Block, std::size_t Size) noexcept;
 
 template <class T>
 class TastAllocator {
@@ -60,7 +61,7 @@ using TSQLProxyClass =
 // object, a word of extender data, and the recursive tree walks. A walk reaches every
 // child that GetMyChildren lists; a node lists its extender first, so walks reach
 // extenders too.
-class TastExtender {
+class QORVEX_SQL_EXPORT TastExtender {
   QX_ROOT_CLASS(TastClass)
 
  public:
@@ -118,7 +119,7 @@ class TastExtender {
 // A tree node: writes itself as SQL through a builder, copies itself, and can be edited.
 // Nodes are created through their class reference or NewNode, so that the extender
 // registered for the node's class is attached once the dynamic class is final.
-class TastNode : public TastExtender {
+class QORVEX_SQL_EXPORT TastNode : public TastExtender {
   QX_CLASS(TastClass)
 
  public:
@@ -155,7 +156,7 @@ class TastNode : public TastExtender {
 };
 
 // A node owning an ordered list of child nodes, written comma-separated.
-class TastNodeWithList : public TastNode {
+class QORVEX_SQL_EXPORT TastNodeWithList : public TastNode {
   QX_CLASS(TastClass)
 
  public:

@@ -9,6 +9,7 @@
 #include "qorvex/ast/from.h"
 #include "qorvex/ast/names.h"
 #include "qorvex/ast/node.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -16,7 +17,7 @@ namespace qorvex {
 // Select list, grouping and ordering
 
 // One entry of a select list. The base writes nothing.
-class TSQLSelectItem : public TastNode {
+class QORVEX_SQL_EXPORT TSQLSelectItem : public TastNode {
   QX_CLASS(TastClass)
 
  public:
@@ -24,7 +25,7 @@ class TSQLSelectItem : public TastNode {
 };
 
 // The bare asterisk.
-class TSQLSelectItemAllColumns : public TSQLSelectItem {
+class QORVEX_SQL_EXPORT TSQLSelectItemAllColumns : public TSQLSelectItem {
   QX_CLASS(TastClass)
 
  public:
@@ -33,7 +34,7 @@ class TSQLSelectItemAllColumns : public TSQLSelectItem {
 };
 
 // qualifier.* : all columns of one source.
-class TSQLSelectItemAllTableColumns : public TSQLSelectItem {
+class QORVEX_SQL_EXPORT TSQLSelectItemAllTableColumns : public TSQLSelectItem {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLDatabaseObject, Qualifier)
 
@@ -49,7 +50,7 @@ class TSQLSelectItemAllTableColumns : public TSQLSelectItem {
 
 // An expression with an optional alias: "alias=expression" for the alias-equals form,
 // otherwise "expression [AS] alias".
-class TSQLSelectItemExpression : public TSQLSelectItem {
+class QORVEX_SQL_EXPORT TSQLSelectItemExpression : public TSQLSelectItem {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, Expression)
   QX_CHILD_NODE(TSQLAlias, Alias)
@@ -65,7 +66,7 @@ class TSQLSelectItemExpression : public TSQLSelectItem {
 };
 
 // The select list (TSQLSelectItem items).
-class TSQLSelectItems : public TastNodeWithList {
+class QORVEX_SQL_EXPORT TSQLSelectItems : public TastNodeWithList {
   QX_CLASS(TastClass)
 
  public:
@@ -73,7 +74,7 @@ class TSQLSelectItems : public TastNodeWithList {
 };
 
 // GROUP BY with its expressions; writes its own line break and keywords.
-class TSQLGroupByList : public TSQLExpressionsList {
+class QORVEX_SQL_EXPORT TSQLGroupByList : public TSQLExpressionsList {
   QX_CLASS(TastClass)
 
  public:
@@ -82,7 +83,7 @@ class TSQLGroupByList : public TSQLExpressionsList {
 };
 
 // One ORDER BY entry; ascending order writes no keyword.
-class TSQLOrderByItem : public TastNode {
+class QORVEX_SQL_EXPORT TSQLOrderByItem : public TastNode {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLExpressionItem, Expression)
 
@@ -98,7 +99,7 @@ class TSQLOrderByItem : public TastNode {
 };
 
 // The ORDER BY entries (TSQLOrderByItem items), without the keywords.
-class TSQLOrderByClause : public TastNodeWithList {
+class QORVEX_SQL_EXPORT TSQLOrderByClause : public TastNodeWithList {
   QX_CLASS(TastClass)
 
  public:
@@ -106,7 +107,7 @@ class TSQLOrderByClause : public TastNodeWithList {
 };
 
 // The set quantifier after SELECT. The default mode writes nothing.
-class TSQLSubQuerySelectMode : public TastNode {
+class QORVEX_SQL_EXPORT TSQLSubQuerySelectMode : public TastNode {
   QX_CLASS(TastClass)
 
  public:
@@ -114,7 +115,7 @@ class TSQLSubQuerySelectMode : public TastNode {
 };
 
 // No quantifier written: the statement as read without ALL or DISTINCT.
-class TSQLSubQuerySelectModeDefault : public TSQLSubQuerySelectMode {
+class QORVEX_SQL_EXPORT TSQLSubQuerySelectModeDefault : public TSQLSubQuerySelectMode {
   QX_CLASS(TastClass)
 
  public:
@@ -122,7 +123,7 @@ class TSQLSubQuerySelectModeDefault : public TSQLSubQuerySelectMode {
 };
 
 // Writes ALL.
-class TSQLSubQuerySelectModeAll : public TSQLSubQuerySelectMode {
+class QORVEX_SQL_EXPORT TSQLSubQuerySelectModeAll : public TSQLSubQuerySelectMode {
   QX_CLASS(TastClass)
 
  public:
@@ -131,7 +132,7 @@ class TSQLSubQuerySelectModeAll : public TSQLSubQuerySelectMode {
 };
 
 // Writes DISTINCT.
-class TSQLSubQuerySelectModeDistinct : public TSQLSubQuerySelectMode {
+class QORVEX_SQL_EXPORT TSQLSubQuerySelectModeDistinct : public TSQLSubQuerySelectMode {
   QX_CLASS(TastClass)
 
  public:
@@ -144,7 +145,7 @@ class TSQLSubQuerySelectModeDistinct : public TSQLSubQuerySelectMode {
 
 // One operand of a chain of SELECT blocks, with the set operator that joins it to the
 // operand before it (lower-case "union" unless set) and its ALL flag.
-class TSQLSubQueryExpression : public TastNode {
+class QORVEX_SQL_EXPORT TSQLSubQueryExpression : public TastNode {
   QX_CLASS(TastClass)
 
  public:
@@ -164,7 +165,7 @@ class TSQLSubQueryExpression : public TastNode {
 // One SELECT block. Every clause may be missing; the clauses are written in the fixed
 // order select list, FROM, WHERE, GROUP BY, HAVING, ORDER BY. Binding pushes the
 // block's FROM sources (after a null block marker) for the walk over its children.
-class TSQLSubQuerySelectExpression : public TSQLSubQueryExpression {
+class QORVEX_SQL_EXPORT TSQLSubQuerySelectExpression : public TSQLSubQueryExpression {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLSubQuerySelectMode, SelectMode)
   QX_CHILD_NODE(TSQLSelectItems, SelectItems)
@@ -188,7 +189,7 @@ class TSQLSubQuerySelectExpression : public TSQLSubQueryExpression {
 
 // A chain of operands joined by set operators; an operand that is itself a chain is a
 // bracketed group. The list operations are virtual so that a proxy can refuse them.
-class TSQLSubQueryExpressions : public TSQLSubQueryExpression {
+class QORVEX_SQL_EXPORT TSQLSubQueryExpressions : public TSQLSubQueryExpression {
   QX_CLASS(TastClass)
 
  public:
@@ -215,7 +216,7 @@ class TSQLSubQueryExpressions : public TSQLSubQueryExpression {
 };
 
 // A statement: the chain plus an ORDER BY for the whole chain.
-class TSQLSubSelectStatement : public TSQLSubQueryExpressions {
+class QORVEX_SQL_EXPORT TSQLSubSelectStatement : public TSQLSubQueryExpressions {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLOrderByClause, OrderBy)
 
@@ -231,7 +232,7 @@ class TSQLSubSelectStatement : public TSQLSubQueryExpressions {
 };
 
 // The top-level statement.
-class TSQLSelectStatement : public TSQLSubSelectStatement {
+class QORVEX_SQL_EXPORT TSQLSelectStatement : public TSQLSubSelectStatement {
   QX_CLASS(TastClass)
 
  public:
@@ -246,7 +247,7 @@ class TSQLSelectStatement : public TSQLSubSelectStatement {
 // A concrete proxy class declares QX_CLASS(TastClass) and QX_PROXY_CLASS() in its body
 // and QX_DEFINE_PROXY_CLASS(Cls, Parent) in its source file; Cls::ProxyStaticClass() is
 // then the TSQLProxyClass to hand to MoveSubQueryInProxy.
-class TSQLSubSelectStatementProxy : public TSQLSubSelectStatement {
+class QORVEX_SQL_EXPORT TSQLSubSelectStatementProxy : public TSQLSubSelectStatement {
   QX_CLASS(TastClass)
 
  public:
@@ -292,9 +293,10 @@ class TSQLSubSelectStatementProxy : public TSQLSubSelectStatement {
 
 // Replaces the statement held in `SubQuery` by a proxy of ProxyClass that takes it over.
 // A missing statement or one that already is a proxy is left alone.
-void MoveStatementInProxy(std::unique_ptr<TSQLSubSelectStatement>& SubQuery,
-                          TastSyntaxProvider* SyntaxProvider, TqxQueryBuilderControlOwner* Owner,
-                          const TSQLProxyClass& ProxyClass);
+QORVEX_SQL_EXPORT void MoveStatementInProxy(std::unique_ptr<TSQLSubSelectStatement>& SubQuery,
+                                            TastSyntaxProvider* SyntaxProvider,
+                                            TqxQueryBuilderControlOwner* Owner,
+                                            const TSQLProxyClass& ProxyClass);
 
 }  // namespace qorvex
 

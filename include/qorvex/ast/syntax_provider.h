@@ -7,6 +7,7 @@
 
 #include "qorvex/ast/node.h"
 #include "qorvex/core/metaclass.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -26,7 +27,7 @@ using TqxParserClass = TqxClassOf<TqxBaseParser, TqxBaseScanner*, TastSyntaxProv
 
 // One entry of a provider's extender registry: nodes of NodeClass (and, failing a nearer
 // entry, of its descendants) get an extender of ExtenderClass.
-struct TastClassToExtenderEntry {
+struct QORVEX_SQL_EXPORT TastClassToExtenderEntry {
   const TastClass* NodeClass = nullptr;
   const TastClass* ExtenderClass = nullptr;
 };
@@ -35,7 +36,7 @@ struct TastClassToExtenderEntry {
 // quoting, aggregate names, operators offered to the user, feature flags, the parse entry
 // points and the registry of extenders that change how nodes print. Every node holds the
 // provider that created it; the provider must outlive its nodes.
-class TastSyntaxProvider {
+class QORVEX_SQL_EXPORT TastSyntaxProvider {
  public:
   TastSyntaxProvider();
   TastSyntaxProvider(const TastSyntaxProvider&) = delete;

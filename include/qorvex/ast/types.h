@@ -7,11 +7,12 @@
 #include "qorvex/ast/child.h"
 #include "qorvex/ast/names.h"
 #include "qorvex/ast/node.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
 // The target type of a CAST. The base writes nothing.
-class TSQLType : public TastNode {
+class QORVEX_SQL_EXPORT TSQLType : public TastNode {
   QX_CLASS(TastClass)
 
  public:
@@ -21,7 +22,7 @@ class TSQLType : public TastNode {
 // A built-in type of one or more words, one of which may carry a size and a scale, as
 // in NUMERIC(10,2) or CHARACTER VARYING(20). A word without size is followed by a
 // space, the last one too.
-class TSQLTypeBuiltIn : public TSQLType {
+class QORVEX_SQL_EXPORT TSQLTypeBuiltIn : public TSQLType {
   QX_CLASS(TastClass)
 
  public:
@@ -42,7 +43,7 @@ class TSQLTypeBuiltIn : public TSQLType {
 };
 
 // A user-defined type, by its qualified name.
-class TSQLTypeUser : public TSQLType {
+class QORVEX_SQL_EXPORT TSQLTypeUser : public TSQLType {
   QX_CLASS(TastClass)
   QX_CHILD_NODE(TSQLQualifiedName, Name)
 

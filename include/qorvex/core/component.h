@@ -6,6 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "qorvex/sql_export.h"
+
 namespace qorvex {
 
 enum class TOperation { opInsert, opRemove };
@@ -15,7 +17,7 @@ enum class TOperation { opInsert, opRemove };
 // those references valid: after a.FreeNotification(&b), whichever of the two is
 // destroyed first tells the other through Notification(self, opRemove), and the other
 // clears its reference there.
-class TqxComponent {
+class QORVEX_SQL_EXPORT TqxComponent {
  public:
   TqxComponent() = default;
   TqxComponent(const TqxComponent&) = delete;

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "qorvex/core/errors.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -11,7 +12,7 @@ namespace qorvex {
 // factory. It gives class names, "derives from", the distance to an ancestor and
 // creation by class without RTTI. Descriptors are unique per class, so identity of
 // the descriptor is identity of the class.
-class TqxClass {
+class QORVEX_SQL_EXPORT TqxClass {
  public:
   constexpr TqxClass(std::string_view name, const TqxClass* parent) noexcept
       : name_(name), parent_(parent) {}

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "qorvex/model/types.h"
+#include "qorvex/widgets_export.h"
 
 class QCheckBox;
 class QComboBox;
@@ -36,19 +37,21 @@ class TqxObjectListModel;
 // Sizes of the dialogs are designed in pixels at 96 dpi with an 8-point font whose lines
 // are 13 pixels high; DialogScale is the factor for the font a widget really uses (which
 // follows the screen's dpi and the system font).
-double DialogScale(const QWidget* Widget);
-int DialogScaled(const QWidget* Widget, int Pixels);
+QORVEX_WIDGETS_EXPORT double DialogScale(const QWidget* Widget);
+QORVEX_WIDGETS_EXPORT int DialogScaled(const QWidget* Widget, int Pixels);
 
 // Whether Name can be written bare in SQL: letters, digits and underscores, not starting
 // with a digit, and not a word the dialect reserves.
-bool IsPlainSQLName(const std::string& Name, const TastSyntaxProvider* Syntax);
+QORVEX_WIDGETS_EXPORT bool IsPlainSQLName(const std::string& Name,
+                                          const TastSyntaxProvider* Syntax);
 // Name between the dialect's quotes, a closing quote inside it doubled.
-std::string QuoteSQLName(const std::string& Name, const TastSyntaxProvider* Syntax);
+QORVEX_WIDGETS_EXPORT std::string QuoteSQLName(const std::string& Name,
+                                               const TastSyntaxProvider* Syntax);
 
 // Base of the modal dialogs that edit one model object: loads the object, runs modally,
 // asks CheckCanClose before an OK close (an exception there is shown and keeps the
 // dialog open) and saves on OK.
-class TqxQBPropertiesForm : public QDialog {
+class QORVEX_WIDGETS_EXPORT TqxQBPropertiesForm : public QDialog {
   Q_OBJECT
  public:
   explicit TqxQBPropertiesForm(QWidget* Parent = nullptr);
@@ -81,11 +84,13 @@ class TqxQBPropertiesForm : public QDialog {
 // Creates the properties dialog registered under a class name (as a syntax provider's
 // GetEditPropsFormClass gives it); null for an unknown name.
 using TqxPropertiesFormFactory = std::function<TqxQBPropertiesForm*(QWidget* Parent)>;
-void RegisterPropertiesFormClass(const std::string& ClassName, TqxPropertiesFormFactory Factory);
-TqxQBPropertiesForm* CreatePropertiesForm(const std::string& ClassName, QWidget* Parent);
+QORVEX_WIDGETS_EXPORT void RegisterPropertiesFormClass(const std::string& ClassName,
+                                                       TqxPropertiesFormFactory Factory);
+QORVEX_WIDGETS_EXPORT TqxQBPropertiesForm* CreatePropertiesForm(const std::string& ClassName,
+                                                                QWidget* Parent);
 
 // "Datasource Properties": the datasource's source text (read only) and its alias.
-class TqxDatasourcePropsForm : public TqxQBPropertiesForm {
+class QORVEX_WIDGETS_EXPORT TqxDatasourcePropsForm : public TqxQBPropertiesForm {
   Q_OBJECT
  public:
   explicit TqxDatasourcePropsForm(QWidget* Parent = nullptr);
@@ -107,7 +112,7 @@ class TqxDatasourcePropsForm : public TqxQBPropertiesForm {
 // "Link Properties": the two datasources, the join kind as two "select all" boxes, and
 // the condition: two columns and an operator for a plain column comparison, else the
 // condition's text.
-class TqxLinkPropsForm : public TqxQBPropertiesForm {
+class QORVEX_WIDGETS_EXPORT TqxLinkPropsForm : public TqxQBPropertiesForm {
   Q_OBJECT
  public:
   explicit TqxLinkPropsForm(QWidget* Parent = nullptr);
@@ -150,7 +155,7 @@ class TqxLinkPropsForm : public TqxQBPropertiesForm {
 
 // The query properties dialog of the SQL-92 dialect: DISTINCT and, for an operand after
 // the first of a union, its set operator.
-class TqxSQL92QueryPropsForm : public TqxQBPropertiesForm {
+class QORVEX_WIDGETS_EXPORT TqxSQL92QueryPropsForm : public TqxQBPropertiesForm {
   Q_OBJECT
  public:
   explicit TqxSQL92QueryPropsForm(QWidget* Parent = nullptr);
@@ -169,7 +174,7 @@ class TqxSQL92QueryPropsForm : public TqxQBPropertiesForm {
 // "Add new object": the tables and views of the metadata in two pages, narrowed by a
 // filter; the chosen objects go into the builder's current union operand, and the
 // dialog stays open for more until it is closed.
-class TqxAddObjectForm : public QDialog {
+class QORVEX_WIDGETS_EXPORT TqxAddObjectForm : public QDialog {
   Q_OBJECT
  public:
   explicit TqxAddObjectForm(TqxQueryBuilder* Builder, QWidget* Parent = nullptr);

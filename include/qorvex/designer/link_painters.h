@@ -12,6 +12,7 @@
 
 #include "qorvex/core/metaclass.h"
 #include "qorvex/model/types.h"
+#include "qorvex/widgets_export.h"
 
 class QPainter;
 
@@ -27,7 +28,7 @@ using TqxQueryBuilderPointArray = std::array<QPoint, 4>;
 
 // The class reference of a painter class: its class name, its parent, a factory taking
 // the builder, and the style text shown to users.
-class TqxQueryBuilderLinkPainterClass
+class QORVEX_WIDGETS_EXPORT TqxQueryBuilderLinkPainterClass
     : public TqxClassOf<TqxQueryBuilderLinkPainter, TqxQueryBuilder*> {
  public:
   constexpr TqxQueryBuilderLinkPainterClass(std::string_view Name,
@@ -42,7 +43,7 @@ class TqxQueryBuilderLinkPainterClass
 
 // Draws one link between two boxes. A builder owns the painter it uses; painter classes
 // are registered with TqxQueryBuilderLinkPainters and created by name.
-class TqxQueryBuilderLinkPainter {
+class QORVEX_WIDGETS_EXPORT TqxQueryBuilderLinkPainter {
   QX_ROOT_CLASS(TqxQueryBuilderLinkPainterClass)
  public:
   explicit TqxQueryBuilderLinkPainter(TqxQueryBuilder* Builder) : Builder_(Builder) {}
@@ -74,7 +75,7 @@ class TqxQueryBuilderLinkPainter {
 };
 
 // A thin line with a white circle on each inner end and a white arrow on each outer end.
-class TqxQueryBuilderLinkPainterSimple : public TqxQueryBuilderLinkPainter {
+class QORVEX_WIDGETS_EXPORT TqxQueryBuilderLinkPainterSimple : public TqxQueryBuilderLinkPainter {
   QX_CLASS(TqxQueryBuilderLinkPainterClass)
  public:
   using TqxQueryBuilderLinkPainter::TqxQueryBuilderLinkPainter;
@@ -97,7 +98,7 @@ class TqxQueryBuilderLinkPainterSimple : public TqxQueryBuilderLinkPainter {
 
 // A band with dark edges and a diamond in the middle; a half rectangle beside the diamond
 // marks each outer end.
-class TqxQueryBuilderLinkPainterMSSQL : public TqxQueryBuilderLinkPainter {
+class QORVEX_WIDGETS_EXPORT TqxQueryBuilderLinkPainterMSSQL : public TqxQueryBuilderLinkPainter {
   QX_CLASS(TqxQueryBuilderLinkPainterClass)
  public:
   using TqxQueryBuilderLinkPainter::TqxQueryBuilderLinkPainter;
@@ -122,7 +123,7 @@ class TqxQueryBuilderLinkPainterMSSQL : public TqxQueryBuilderLinkPainter {
 
 // A line with heavy stubs at the boxes, small end marks and the one / many marks of the
 // foreign key above the stubs. The default style.
-class TqxQueryBuilderLinkPainterAccess : public TqxQueryBuilderLinkPainter {
+class QORVEX_WIDGETS_EXPORT TqxQueryBuilderLinkPainterAccess : public TqxQueryBuilderLinkPainter {
   QX_CLASS(TqxQueryBuilderLinkPainterClass)
  public:
   using TqxQueryBuilderLinkPainter::TqxQueryBuilderLinkPainter;
@@ -146,7 +147,7 @@ class TqxQueryBuilderLinkPainterAccess : public TqxQueryBuilderLinkPainter {
 
 // The process-wide list of painter classes, in registration order. Simple, MS SQL and
 // Access styles are registered when it is first used.
-class TqxQueryBuilderLinkPainters {
+class QORVEX_WIDGETS_EXPORT TqxQueryBuilderLinkPainters {
  public:
   static TqxQueryBuilderLinkPainters& Instance();
 
@@ -168,11 +169,12 @@ class TqxQueryBuilderLinkPainters {
 
 // The Access-style painter, owned by no builder, that draws the links of a builder
 // without a painter of its own.
-TqxQueryBuilderLinkPainter& FallbackLinkPainter();
+QORVEX_WIDGETS_EXPORT TqxQueryBuilderLinkPainter& FallbackLinkPainter();
 
 // The marks of a known cardinality, transparent where empty: "1" for one, "∞" for many;
 // a null image for qblcUnknown. Images rather than pixmaps, so that they can outlive the
 // application object.
-const QImage& LinkCardinalityImage(TqxQueryBuilderLinkCardinality Cardinality);
+QORVEX_WIDGETS_EXPORT const QImage& LinkCardinalityImage(
+    TqxQueryBuilderLinkCardinality Cardinality);
 
 }  // namespace qorvex

@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "qorvex/model/query_builder.h"
+#include "qorvex/widgets_export.h"
 
 class QMimeData;
 class QUndoStack;
@@ -24,7 +25,7 @@ class TqxQueryBuilderPrivate;
 // as tabs, each union operand as a diagram of datasource boxes above the select-list pane.
 // Assigning SQL lays the statement out (after the event loop delivers the load); every
 // edit on screen goes through the model, which writes the SQL anew and emits sqlChanged.
-class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
+class QORVEX_WIDGETS_EXPORT TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
   Q_OBJECT
   Q_PROPERTY(QString SQL READ sql WRITE setSql NOTIFY sqlChanged)
   Q_PROPERTY(bool SnapToGrid READ GetSnapToGrid WRITE SetSnapToGrid)
@@ -59,6 +60,11 @@ class TqxQueryBuilder : public QWidget, public TqxBaseQueryBuilder {
   void setBkImage(const QPixmap& Value);
   QColor bkColor() const;
   void setBkColor(const QColor& Value);
+  // The setters that code generated from a Qt Designer form calls: "set" and the name of
+  // the property.
+  void setSQL(const QString& Text) { setSql(Text); }
+  void setSnapToGrid(bool Value) { SetSnapToGrid(Value); }
+  void setDefColumnsPaneHeight(int Value) { SetDefColumnsPaneHeight(Value); }
 
   // A colour of the model (RGB or a system colour) as this widget's palette shows it.
   QColor ToQColor(TqxColor Color) const;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "qorvex/ast/metadata_provider.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -21,7 +22,7 @@ using TqxGetTableRelationsEvent =
 
 // A metadata provider that hands every question to an application-supplied event. Each
 // list is cleared before the event runs, so a missing handler answers with an empty list.
-class TqxEventMetadataProvider : public TqxBaseMetadataProvider {
+class QORVEX_SQL_EXPORT TqxEventMetadataProvider : public TqxBaseMetadataProvider {
  public:
   TqxEventMetadataProvider() = default;
   ~TqxEventMetadataProvider() override;

@@ -5,13 +5,14 @@
 
 #include "qorvex/ast/metadata_provider.h"
 #include "qorvex/metadata/connected_provider.h"
+#include "qorvex/odbc_export.h"
 
 namespace qorvex {
 
 // An ODBC connection: owns the environment and connection handles and opens them from
 // an ODBC connection string ("Driver=...;Server=...;" or "DSN=..."). Failures raise
 // EqxError with the driver's diagnostic messages.
-class TqxODBCConnection : public TqxComponent {
+class QORVEX_ODBC_EXPORT TqxODBCConnection : public TqxComponent {
  public:
   TqxODBCConnection() = default;
   explicit TqxODBCConnection(std::string ConnectionString);
@@ -38,7 +39,8 @@ class TqxODBCConnection : public TqxComponent {
 // Metadata from any ODBC data source through the catalogue functions: SQLTables for
 // table and view names, SQLPrepare + SQLDescribeCol for the result columns of a
 // statement (which is never executed) and SQLForeignKeys for relations.
-class TqxODBCMetadataProvider : public TqxConnectedMetadataProvider<TqxODBCConnection> {
+class QORVEX_ODBC_EXPORT TqxODBCMetadataProvider
+    : public TqxConnectedMetadataProvider<TqxODBCConnection> {
  public:
   TqxODBCMetadataProvider() = default;
   explicit TqxODBCMetadataProvider(TqxODBCConnection* Connection);

@@ -6,6 +6,7 @@
 
 #include "qorvex/ast/metadata_provider.h"
 #include "qorvex/metadata/connected_provider.h"
+#include "qorvex/sqlite_export.h"
 
 struct sqlite3;
 
@@ -14,7 +15,7 @@ namespace qorvex {
 // An SQLite database for metadata: either a file that the connection opens (and
 // closes) itself, or a database handle the application opened and keeps owning.
 // Failures raise EqxError with SQLite's message.
-class TqxSQLiteConnection : public TqxComponent {
+class QORVEX_SQLITE_EXPORT TqxSQLiteConnection : public TqxComponent {
  public:
   TqxSQLiteConnection() = default;
   explicit TqxSQLiteConnection(std::string FileName);
@@ -44,7 +45,8 @@ class TqxSQLiteConnection : public TqxComponent {
 // Metadata read from SQLite itself: sqlite_master for table and view names (names
 // beginning "sqlite_" are system tables), the prepared but never stepped statement for
 // its result columns, and the foreign-key pragmas for relations.
-class TqxSQLiteMetadataProvider : public TqxConnectedMetadataProvider<TqxSQLiteConnection> {
+class QORVEX_SQLITE_EXPORT TqxSQLiteMetadataProvider
+    : public TqxConnectedMetadataProvider<TqxSQLiteConnection> {
  public:
   TqxSQLiteMetadataProvider();
   explicit TqxSQLiteMetadataProvider(TqxSQLiteConnection* Connection);

@@ -6,6 +6,7 @@
 
 #include "qorvex/core/component.h"
 #include "qorvex/model/controls.h"
+#include "qorvex/model_export.h"
 
 namespace qorvex {
 
@@ -20,7 +21,7 @@ class TqxSubQuery;
 // links, select lists and their rows, queries and union groups. It ties the object to
 // its controls without depending on them, merges change reports and passes them up the
 // chain of owners to the query builder, which then has the SQL written anew.
-class TqxQueryBuilderControlOwner : public TqxComponent {
+class QORVEX_MODEL_EXPORT TqxQueryBuilderControlOwner : public TqxComponent {
  public:
   // Parent is the owner above this one in the chain; null for the top query, whose
   // parent is the query builder itself.
@@ -147,7 +148,7 @@ class TqxQueryBuilderControlOwner : public TqxComponent {
 };
 
 // Opens an update bracket on an owner for the lifetime of the guard.
-class TqxUpdateGuard {
+class QORVEX_MODEL_EXPORT TqxUpdateGuard {
  public:
   explicit TqxUpdateGuard(TqxQueryBuilderControlOwner* Owner) : Owner_(Owner) {
     if (Owner_ != nullptr)

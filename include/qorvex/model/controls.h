@@ -7,13 +7,14 @@
 
 #include "qorvex/core/component.h"
 #include "qorvex/model/types.h"
+#include "qorvex/model_export.h"
 
 namespace qorvex {
 
 class TqxQueryBuilderControlOwner;
 
 // One entry of a context menu that a model object offers. A caption of "-" is a separator.
-struct TqxMenuItem {
+struct QORVEX_MODEL_EXPORT TqxMenuItem {
   std::string Caption;
   std::string ShortCut;
   bool Enabled = true;
@@ -36,7 +37,7 @@ enum class TqxDialogKind { dkDatasourceProps, dkLinkProps, dkQueryProps, dkAddOb
 // TqxComponent, lets go of the control and frees the model object it stood for.
 // Derived destructors call BeginDestroy() first so the owner is told while the control
 // is still whole.
-class TqxControl : public TqxComponent {
+class QORVEX_MODEL_EXPORT TqxControl : public TqxComponent {
  public:
   explicit TqxControl(TqxQueryBuilderControlOwner* Owner) : Owner_(Owner) {}
   ~TqxControl() override;
@@ -62,7 +63,7 @@ class TqxControl : public TqxComponent {
 // Makes and runs the screen side for a query builder: the controls of model objects,
 // their context menus and their dialogs. A builder without a factory creates no control
 // and everything else works.
-class TqxControlFactory {
+class QORVEX_MODEL_EXPORT TqxControlFactory {
  public:
   virtual ~TqxControlFactory() = default;
 

@@ -9,6 +9,7 @@
 #include "qorvex/ast/names.h"
 #include "qorvex/model/control_owner.h"
 #include "qorvex/model/types.h"
+#include "qorvex/model_export.h"
 
 namespace qorvex {
 
@@ -28,7 +29,7 @@ class TqxUnionSubQuery;
 // bracketed join group. It owns the FROM source node it stands for (whose join kind is
 // the datasource's join kind; its ON condition lives in the links) and the links of its
 // join.
-class TqxDatasourceBase : public TqxQueryBuilderControlOwner {
+class QORVEX_MODEL_EXPORT TqxDatasourceBase : public TqxQueryBuilderControlOwner {
  public:
   TqxDatasourceBase(TqxUnionSubQuery* UnionSubQuery, TqxQueryBuilderControlOwner* Parent);
   ~TqxDatasourceBase() override;
@@ -103,7 +104,7 @@ class TqxDatasourceBase : public TqxQueryBuilderControlOwner {
 };
 
 // A bracketed join: an ordered list of datasources and nested groups.
-class TqxDatasourceGroup : public TqxDatasourceBase {
+class QORVEX_MODEL_EXPORT TqxDatasourceGroup : public TqxDatasourceBase {
  public:
   using TqxDatasourceBase::TqxDatasourceBase;
   ~TqxDatasourceGroup() override;
@@ -170,7 +171,7 @@ class TqxDatasourceGroup : public TqxDatasourceBase {
 };
 
 // The root group: the whole FROM clause of one union operand.
-class TqxFromClause : public TqxDatasourceGroup {
+class QORVEX_MODEL_EXPORT TqxFromClause : public TqxDatasourceGroup {
  public:
   explicit TqxFromClause(TqxUnionSubQuery* UnionSubQuery);
 
@@ -194,7 +195,7 @@ class TqxFromClause : public TqxDatasourceGroup {
 
 // One source shown as a box on the work area: a table, view, derived table or other FROM
 // source. It keeps the box's position and size while no control exists.
-class TqxDatasource : public TqxDatasourceBase {
+class QORVEX_MODEL_EXPORT TqxDatasource : public TqxDatasourceBase {
  public:
   using TqxDatasourceBase::TqxDatasourceBase;
 
@@ -246,7 +247,7 @@ class TqxDatasource : public TqxDatasourceBase {
 };
 
 // A table or view.
-class TqxDataSourceObject : public TqxDatasource {
+class QORVEX_MODEL_EXPORT TqxDataSourceObject : public TqxDatasource {
  public:
   using TqxDatasource::TqxDatasource;
   // The object's name node; null when the source is not a FROM object.
@@ -254,7 +255,7 @@ class TqxDataSourceObject : public TqxDatasource {
 };
 
 // A derived table: a sub-query in FROM, itself modelled as a TqxSubQuery.
-class TqxDataSourceQuery : public TqxDatasource {
+class QORVEX_MODEL_EXPORT TqxDataSourceQuery : public TqxDatasource {
  public:
   using TqxDatasource::TqxDatasource;
   void LoadFromAST(std::unique_ptr<TSQLFromSource> Source) override;
@@ -268,7 +269,7 @@ class TqxDataSourceQuery : public TqxDatasource {
 // One join condition between two datasources: two ends with a field each (no fields for
 // a condition that is not a column pair), the cardinality of each end, and the condition
 // itself. It belongs to the datasource whose join it is part of.
-class TqxLink : public TqxQueryBuilderControlOwner {
+class QORVEX_MODEL_EXPORT TqxLink : public TqxQueryBuilderControlOwner {
  public:
   TqxLink(TqxUnionSubQuery* UnionSubQuery, TqxDatasourceBase* Owner);
   ~TqxLink() override;

@@ -8,6 +8,7 @@
 #include "qorvex/ast/query.h"
 #include "qorvex/model/control_owner.h"
 #include "qorvex/model/types.h"
+#include "qorvex/model_export.h"
 
 namespace qorvex {
 
@@ -26,7 +27,7 @@ class TqxUnionSubQuery;
 // Base of the query hierarchy: sub-queries, union groups and union operands. An item of
 // a union group carries the set operator that joins it to the item before it, in the
 // spelling of the syntax provider's list ("Union", "Union All", ...).
-class TqxQueryBase : public TqxQueryBuilderControlOwner {
+class QORVEX_MODEL_EXPORT TqxQueryBase : public TqxQueryBuilderControlOwner {
  public:
   using TqxQueryBuilderControlOwner::TqxQueryBuilderControlOwner;
 
@@ -55,7 +56,7 @@ class TqxQueryBase : public TqxQueryBuilderControlOwner {
 
 // A bracketed list of union operands and nested groups. The top group of a sub-query
 // writes the sub-query's chain; a nested one writes a bracketed group.
-class TqxUnionGroup : public TqxQueryBase {
+class QORVEX_MODEL_EXPORT TqxUnionGroup : public TqxQueryBase {
  public:
   TqxUnionGroup(TqxBaseQueryBuilder* QueryBuilder, TqxQueryBuilderControlOwner* Parent);
   ~TqxUnionGroup() override;
@@ -134,7 +135,7 @@ class TqxUnionGroup : public TqxQueryBase {
 // One SELECT of a union: its FROM clause, its select list (which writes the select
 // items, WHERE, GROUP BY and HAVING) and its select mode. The editing entry points of
 // the diagram live here.
-class TqxUnionSubQuery : public TqxQueryBase {
+class QORVEX_MODEL_EXPORT TqxUnionSubQuery : public TqxQueryBase {
  public:
   TqxUnionSubQuery(TqxBaseQueryBuilder* QueryBuilder, TqxQueryBuilderControlOwner* Parent);
   ~TqxUnionSubQuery() override;
@@ -219,7 +220,7 @@ class TqxUnionSubQuery : public TqxQueryBase {
 // A query with its own union structure: the builder's top query, a sub-query in an
 // expression or a derived table in FROM. Its statement's ORDER BY is kept by the select
 // list of its first operand.
-class TqxSubQuery : public TqxQueryBase {
+class QORVEX_MODEL_EXPORT TqxSubQuery : public TqxQueryBase {
  public:
   TqxSubQuery(TqxBaseQueryBuilder* QueryBuilder, TqxQueryBuilderControlOwner* Parent);
   ~TqxSubQuery() override;
@@ -256,7 +257,7 @@ class TqxSubQuery : public TqxQueryBase {
 };
 
 // The builder's top query.
-class TqxQuery : public TqxSubQuery {
+class QORVEX_MODEL_EXPORT TqxQuery : public TqxSubQuery {
  public:
   explicit TqxQuery(TqxBaseQueryBuilder* QueryBuilder);
   // The top statement.
@@ -269,7 +270,7 @@ class TqxQuery : public TqxSubQuery {
 // The statement proxy the model puts in place of a sub-query in an expression or a FROM
 // source: it owns the model sub-query made from the statement and writes (and copies)
 // itself from that model.
-class TqxSubSelectStatementProxy : public TSQLSubSelectStatementProxy {
+class QORVEX_MODEL_EXPORT TqxSubSelectStatementProxy : public TSQLSubSelectStatementProxy {
   QX_CLASS(TastClass)
   QX_PROXY_CLASS()
 

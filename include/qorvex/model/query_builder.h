@@ -8,6 +8,7 @@
 #include "qorvex/core/component.h"
 #include "qorvex/model/controls.h"
 #include "qorvex/model/types.h"
+#include "qorvex/model_export.h"
 #include "qorvex/syntax/components.h"
 
 namespace qorvex {
@@ -37,7 +38,8 @@ using TqxOnOnGetTabHeaderText =
 // (deferred to a queued message), and has its registered SQL builders write the model's
 // SQL after every change. The platform reaches it through the virtual hooks below and a
 // control factory; without one it creates no control and everything else works.
-class TqxBaseQueryBuilder : public TqxComponent, public TqxSyntaxProviderClient {
+class QORVEX_MODEL_EXPORT TqxBaseQueryBuilder : public TqxComponent,
+                                                public TqxSyntaxProviderClient {
  public:
   TqxBaseQueryBuilder();
   ~TqxBaseQueryBuilder() override;

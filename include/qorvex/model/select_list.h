@@ -7,6 +7,7 @@
 #include "qorvex/ast/node.h"
 #include "qorvex/model/control_owner.h"
 #include "qorvex/model/types.h"
+#include "qorvex/model_export.h"
 
 namespace qorvex {
 
@@ -23,7 +24,7 @@ class TqxUnionSubQuery;
 // output, its alias, its sorting, its part in grouping and its criteria, one condition
 // per criteria column. A condition is kept without its left operand when that is the
 // row's expression ("> 5" on row a), and gets it back when the SQL is written.
-class TqxSelectItem : public TqxQueryBuilderControlOwner {
+class QORVEX_MODEL_EXPORT TqxSelectItem : public TqxQueryBuilderControlOwner {
  public:
   explicit TqxSelectItem(TqxSelectList* List);
   ~TqxSelectItem() override;
@@ -146,7 +147,7 @@ class TqxSelectItem : public TqxQueryBuilderControlOwner {
 // The select list of one union operand: the rows of the criteria grid in grid order, and
 // the sorted rows in sort order. It always ends with one empty row, the grid's row for a
 // new entry. It writes the select items, WHERE, GROUP BY, HAVING and ORDER BY.
-class TqxSelectList : public TqxQueryBuilderControlOwner {
+class QORVEX_MODEL_EXPORT TqxSelectList : public TqxQueryBuilderControlOwner {
  public:
   explicit TqxSelectList(TqxUnionSubQuery* UnionSubQuery);
   ~TqxSelectList() override;

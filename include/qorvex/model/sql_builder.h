@@ -6,6 +6,7 @@
 
 #include "qorvex/ast/builder.h"
 #include "qorvex/core/component.h"
+#include "qorvex/model_export.h"
 
 namespace qorvex {
 
@@ -18,7 +19,7 @@ using TqxNotifyEvent = std::function<void(TqxBaseSQLBuilder* Sender)>;
 // A component that keeps the current SQL of a query builder: after every change of the
 // model it takes a fresh copy of the statement, tells OnSQLUpdated, and writes the copy
 // through its builder class when SQL is read.
-class TqxBaseSQLBuilder : public TqxComponent {
+class QORVEX_MODEL_EXPORT TqxBaseSQLBuilder : public TqxComponent {
  public:
   TqxBaseSQLBuilder();
   ~TqxBaseSQLBuilder() override;
@@ -49,7 +50,7 @@ class TqxBaseSQLBuilder : public TqxComponent {
 };
 
 // The SQL builder component for the formatted plain text of the query (CR LF breaks).
-class TqxSQLBuilderPlainText : public TqxBaseSQLBuilder {
+class QORVEX_MODEL_EXPORT TqxSQLBuilderPlainText : public TqxBaseSQLBuilder {
  public:
   ~TqxSQLBuilderPlainText() override;
 

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "qorvex/model_export.h"
+
 namespace qorvex {
 
 // Enumerations shared by the query model and the designer.
@@ -28,7 +30,7 @@ enum TqxQueryBuilderGroupByType {
 };
 
 // A set of group-by types.
-class TqxQueryBuilderGroupByTypes {
+class QORVEX_MODEL_EXPORT TqxQueryBuilderGroupByTypes {
  public:
   constexpr TqxQueryBuilderGroupByTypes() = default;
   constexpr TqxQueryBuilderGroupByTypes(std::initializer_list<TqxQueryBuilderGroupByType> Types) {
@@ -69,7 +71,7 @@ inline constexpr bool IsSystemColor(TqxColor Color) {
 
 // A font as the designer should use it. An empty name and a size of 0 mean the toolkit's
 // default.
-struct TqxFont {
+struct QORVEX_MODEL_EXPORT TqxFont {
   std::string Name;
   int Size = 0;
   bool Bold = false;
@@ -81,7 +83,7 @@ struct TqxFont {
 
 // A picture: the encoded image bytes (PNG, BMP, ...) or the file they came from. Empty
 // when there is no picture.
-struct TqxPicture {
+struct QORVEX_MODEL_EXPORT TqxPicture {
   std::string FileName;
   std::vector<std::uint8_t> Data;
   bool IsEmpty() const { return FileName.empty() && Data.empty(); }
@@ -89,7 +91,7 @@ struct TqxPicture {
 };
 
 // A list of images for the object lists of the Add object dialog.
-struct TqxImageList {
+struct QORVEX_MODEL_EXPORT TqxImageList {
   std::vector<TqxPicture> Images;
   bool operator==(const TqxImageList&) const = default;
 };
@@ -98,7 +100,7 @@ enum TqxFormPosition { poDesigned, poScreenCenter, poMainFormCenter, poOwnerForm
 enum TqxListViewStyle { vsIcon, vsSmallIcon, vsList, vsReport };
 
 // Size limits of the Add object dialog, in pixels at 96 dpi; 0 is no maximum.
-struct TqxAddObjectSizeConstraints {
+struct QORVEX_MODEL_EXPORT TqxAddObjectSizeConstraints {
   int MinHeight = 342;
   int MinWidth = 294;
   int MaxHeight = 0;
@@ -108,7 +110,7 @@ struct TqxAddObjectSizeConstraints {
 
 // Options of the Add object dialog, kept by the query builder. Sizes are in pixels at
 // 96 dpi; the dialog scales them for the screen and its font.
-struct TqxAddObjectFormOptions {
+struct QORVEX_MODEL_EXPORT TqxAddObjectFormOptions {
   TqxFormPosition Position = poMainFormCenter;
   TqxListViewStyle ListViewStyle = vsList;
   TqxImageList ImageListSmall;
@@ -123,14 +125,14 @@ struct TqxAddObjectFormOptions {
 };
 
 // A position in pixels, on the diagram or on the screen.
-struct TqxPoint {
+struct QORVEX_MODEL_EXPORT TqxPoint {
   int X = 0;
   int Y = 0;
   bool operator==(const TqxPoint&) const = default;
 };
 
 // A control's place: position and size in its parent's client coordinates.
-struct TqxRect {
+struct QORVEX_MODEL_EXPORT TqxRect {
   int Left = 0;
   int Top = 0;
   int Width = 0;

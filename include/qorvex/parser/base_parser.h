@@ -15,6 +15,7 @@
 #include "qorvex/core/metaclass.h"
 #include "qorvex/scanner/base_scanner.h"
 #include "qorvex/scanner/token.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -36,7 +37,7 @@ class TSQLSelectItem;
 // A point knows only its parent: the way calculation makes hundreds of points per
 // statement and only ever walks up. The tree's downward view (children, counts, depth) is
 // worked out from the arena when asked for.
-class TqxWayPoint {
+class QORVEX_SQL_EXPORT TqxWayPoint {
  public:
   TqxWayPoint* parent = nullptr;
   std::int32_t tokenIndex = -1;
@@ -70,7 +71,7 @@ class TqxWayPoint {
 // finds its arena through the block it lies in, and frees them all at once. The first
 // block of a thread's arenas is kept for the thread's next arena, so a short parse
 // allocates none.
-class TqxWayArena {
+class QORVEX_SQL_EXPORT TqxWayArena {
  public:
   TqxWayArena() = default;
   TqxWayArena(const TqxWayArena&) = delete;
@@ -133,18 +134,18 @@ using TqxWayList = std::vector<TqxWayPoint*>;
 
 // Makes the syntax error of a parse entry: the message, and the position, line, column
 // and text of `token` (0 and empty without a token).
-EqxSQLError MakeSQLError(const std::string& message, const TqxToken* token);
+QORVEX_SQL_EXPORT EqxSQLError MakeSQLError(const std::string& message, const TqxToken* token);
 
 // The silent abort raised by TqxParserErrors::Exception: it ends an operation without
 // an error report of its own.
-class EqxAbort : public std::exception {
+class QORVEX_SQL_EXPORT EqxAbort : public std::exception {
  public:
   const char* what() const noexcept override { return "Operation aborted"; }
 };
 
 // Collects error messages for a dialect's parser that reports errors as it goes. The
 // SQL-92 parser does not use it: its errors come only from the parse entries.
-class TqxParserErrors {
+class QORVEX_SQL_EXPORT TqxParserErrors {
  public:
   std::string errMsgFormat = "line %d col %d: %s";
   std::vector<std::string> messages;
@@ -162,7 +163,7 @@ class TqxParserErrors {
 // parse operations that a dialect implements. Parsing runs in two passes: the way
 // calculation follows every alternative at once and records the choices as way points;
 // the building pass replays the first complete way and creates the tree.
-class TqxBaseParser {
+class QORVEX_SQL_EXPORT TqxBaseParser {
   QX_ROOT_CLASS(TqxParserClass)
 
  public:

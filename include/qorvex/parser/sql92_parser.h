@@ -7,6 +7,7 @@
 
 #include "qorvex/parser/base_parser.h"
 #include "qorvex/parser/token_set.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -35,7 +36,7 @@ class TSQLType;
 
 // Raised inside the way calculation when a text nests deeper than the parser follows;
 // the parse entry turns it into its syntax error at `tokenIndex`.
-struct TqxNestingLimit {
+struct QORVEX_SQL_EXPORT TqxNestingLimit {
   std::int32_t tokenIndex;
 };
 
@@ -51,7 +52,7 @@ struct TqxNestingLimit {
 // same token have the same future, so the later one is dropped; and the reading of an
 // expression, a condition, a query expression or a FROM list that has been worked out
 // at a token is reused there instead of being worked out again.
-class SQL92Parser : public TqxBaseParser {
+class QORVEX_SQL_EXPORT SQL92Parser : public TqxBaseParser {
   QX_CLASS(TqxParserClass)
 
  public:

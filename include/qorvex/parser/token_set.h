@@ -3,11 +3,13 @@
 #include <cstdint>
 #include <initializer_list>
 
+#include "qorvex/sql_export.h"
+
 namespace qorvex {
 
 // A set of token kinds (0 to 191) as a bit table, for the first-token tests of the way
 // calculation.
-class TqxTokenSet {
+class QORVEX_SQL_EXPORT TqxTokenSet {
  public:
   constexpr TqxTokenSet() = default;
   constexpr TqxTokenSet(std::initializer_list<std::int32_t> kinds) {

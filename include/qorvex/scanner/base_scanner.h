@@ -10,6 +10,7 @@
 #include "qorvex/core/metaclass.h"
 #include "qorvex/scanner/buffer.h"
 #include "qorvex/scanner/token.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
@@ -20,7 +21,7 @@ class TqxBaseScanner;
 using TqxScannerClass = TqxClassOf<TqxBaseScanner>;
 
 // A set of 8-bit characters; characters outside 0..255 are never members.
-class TqxCharSet {
+class QORVEX_SQL_EXPORT TqxCharSet {
  public:
   constexpr void Clear() noexcept { bits_[0] = bits_[1] = bits_[2] = bits_[3] = 0; }
   constexpr void Include(std::int32_t c) noexcept {
@@ -53,7 +54,7 @@ using TqxByteClasses = std::array<std::uint8_t, 257>;
 // any other byte is a character of its own. Decisions see `ch_` folded to ASCII lower
 // case; a multi-byte character appears as its lead byte (128..255), which no dialect
 // rule accepts outside quotes.
-class TqxBaseScanner {
+class QORVEX_SQL_EXPORT TqxBaseScanner {
   QX_ROOT_CLASS(TqxScannerClass)
 
  public:

@@ -4,11 +4,13 @@
 #include <string>
 #include <string_view>
 
+#include "qorvex/sql_export.h"
+
 namespace qorvex {
 
 // The whole SQL text in memory as bytes, read one byte at a time by the scanner.
 // Reading past the end yields 256 and does not move.
-class TqxBuffer {
+class QORVEX_SQL_EXPORT TqxBuffer {
  public:
   static constexpr std::int32_t kEndOfInput = 256;
 

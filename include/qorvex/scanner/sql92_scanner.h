@@ -5,11 +5,12 @@
 #include <string_view>
 
 #include "qorvex/scanner/base_scanner.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
 // One entry of the keyword table: the word in lower case and its token kind.
-struct TqxKeyword {
+struct QORVEX_SQL_EXPORT TqxKeyword {
   std::string_view word;
   std::int32_t kind;
 };
@@ -18,7 +19,7 @@ struct TqxKeyword {
 // character, started from a table indexed by character. Token texts keep the letter
 // case of the input; all decisions are case-blind. It never fails: what it cannot
 // accept becomes an error token (tkError) holding what was consumed.
-class SQL92Scanner : public TqxBaseScanner {
+class QORVEX_SQL_EXPORT SQL92Scanner : public TqxBaseScanner {
   QX_CLASS(TqxScannerClass)
 
  public:

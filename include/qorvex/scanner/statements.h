@@ -4,11 +4,13 @@
 #include <string_view>
 #include <vector>
 
+#include "qorvex/sql_export.h"
+
 namespace qorvex {
 
 // One statement of a script that may hold several, separated by ";" tokens, with the
 // place where it starts in the script.
-struct TqxStatementText {
+struct QORVEX_SQL_EXPORT TqxStatementText {
   std::string_view text;  // from its first token up to the ";" (or the end of the script)
   std::int32_t offset;    // byte offset of `text` in the script
   std::int32_t pos;       // position, line and column of its first token in the script
@@ -17,7 +19,7 @@ struct TqxStatementText {
 };
 
 // A position, line and column in a whole script.
-struct TqxScriptLocation {
+struct QORVEX_SQL_EXPORT TqxScriptLocation {
   std::int32_t pos;
   std::int32_t line;
   std::int32_t col;
@@ -29,11 +31,12 @@ struct TqxScriptLocation {
 // (";;", a trailing
 // ";") are left out; the last one keeps what follows its last token (trailing comments).
 // The views point into `script`.
-std::vector<TqxStatementText> SplitStatements(std::string_view script);
+QORVEX_SQL_EXPORT std::vector<TqxStatementText> SplitStatements(std::string_view script);
 
 // Converts a position, line and column found by scanning `statement.text` on its own
 // (an error's place, a token's) into the whole script's terms.
-TqxScriptLocation ToScriptLocation(const TqxStatementText& statement, std::int32_t pos,
-                                   std::int32_t line, std::int32_t col);
+QORVEX_SQL_EXPORT TqxScriptLocation ToScriptLocation(const TqxStatementText& statement,
+                                                     std::int32_t pos, std::int32_t line,
+                                                     std::int32_t col);
 
 }  // namespace qorvex

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "qorvex/sql_export.h"
+
 namespace qorvex {
 
 // Token kinds of the SQL-92 dialect. The numbers are part of the grammar's contract and
@@ -198,7 +200,7 @@ inline constexpr std::int32_t kLastNonReservedKeyword = tkKwUnnamed;
 // line and column, and the text as typed (quotes and brackets included; "EOF" for the
 // end token). `offset` is the byte offset of the text in the input, so that callers can
 // slice the input (the end token's offset is the input's length).
-struct TqxToken {
+struct QORVEX_SQL_EXPORT TqxToken {
   std::int32_t kind = 0;
   std::int32_t pos = 0;
   std::int32_t col = 0;

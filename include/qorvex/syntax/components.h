@@ -7,13 +7,14 @@
 
 #include "qorvex/ast/syntax_provider.h"
 #include "qorvex/core/component.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
 // What a syntax-provider component needs of a query builder linked to it: re-reading the
 // dialect's feature flags when they change. A client that is also a TqxComponent is
 // dropped from the provider's list automatically when it is destroyed.
-class TqxSyntaxProviderClient {
+class QORVEX_SQL_EXPORT TqxSyntaxProviderClient {
  public:
   virtual void ReadSyntaxProviderCaps() = 0;
 
@@ -25,7 +26,7 @@ class TqxSyntaxProviderClient {
 // tree-level provider of its dialect (made by CreateASTSyntaxProvider on first use),
 // answers the dialect questions through it, and keeps the list of query builders that
 // use it.
-class TqxBaseSyntaxProvider : public TqxComponent {
+class QORVEX_SQL_EXPORT TqxBaseSyntaxProvider : public TqxComponent {
  public:
   TqxBaseSyntaxProvider();
   ~TqxBaseSyntaxProvider() override;
@@ -99,7 +100,7 @@ class TqxBaseSyntaxProvider : public TqxComponent {
 };
 
 // The SQL-92 syntax provider component.
-class TqxSQL92SyntaxProvider : public TqxBaseSyntaxProvider {
+class QORVEX_SQL_EXPORT TqxSQL92SyntaxProvider : public TqxBaseSyntaxProvider {
  public:
   ~TqxSQL92SyntaxProvider() override;
   // "TqxSQL92QueryPropsForm": DISTINCT and the set operator.

@@ -5,12 +5,13 @@
 #include <vector>
 
 #include "qorvex/ast/syntax_provider.h"
+#include "qorvex/sql_export.h"
 
 namespace qorvex {
 
 // The SQL-92 dialect: double-quoted identifiers, COUNT(*) and the five prefixed
 // aggregates, every query feature supported; read by the SQL-92 scanner and parser.
-class TastSQL92SyntaxProvider : public TastSyntaxProvider {
+class QORVEX_SQL_EXPORT TastSQL92SyntaxProvider : public TastSyntaxProvider {
  public:
   const TqxParserClass& GetParserClass() const override;
   const TqxScannerClass& GetScannerClass() const override;
