@@ -5,7 +5,7 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 FUZZ_SECONDS ?= 60
 EXAMPLE ?= examples/example.sql
 
-.PHONY: all deps configure build run test test-asan bench fuzz docs format format-check clean
+.PHONY: all deps configure build run screenshots test test-asan bench fuzz docs format format-check clean
 
 all: build
 
@@ -20,6 +20,9 @@ build: configure
 
 run: build
 	@scripts/run.sh $(EXAMPLE)
+
+screenshots: build
+	@scripts/screenshots.sh
 
 test: build
 	@ctest --preset default -j $(JOBS)
