@@ -2,6 +2,7 @@
 
 #include <QActionGroup>
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -495,6 +496,18 @@ void TqxDesignerWindow::SyncLinkStyleMenu() {
                               : QString();
   for (QAction* action : LinkStyles_->actions())
     action->setChecked(action->text() == current);
+}
+
+void TqxDesignerWindow::closeEvent(QCloseEvent* Event) {
+  // Typing not yet applied counts as a change of the query.
+  if (Pause_->isActive()) {
+    ApplyText();
+    QCoreApplication::sendPostedEvents(Builder_);
+  }
+  if (Files_->MayClose())
+    Event->accept();
+  else
+    Event->ignore();
 }
 
 TqxDesignerWindow::~TqxDesignerWindow() {

@@ -13,6 +13,7 @@ class QAction;
 class QKeySequence;
 class QPoint;
 class QActionGroup;
+class QCloseEvent;
 class QDockWidget;
 class QLabel;
 class QMenu;
@@ -81,6 +82,10 @@ class TqxDesignerWindow : public QMainWindow {
  public slots:
   // A datasource whose fields the metadata provider could not give.
   void ShowMetadataError(const QString& Datasource, const QString& Message);
+
+ protected:
+  // Offers to save unsaved changes first.
+  void closeEvent(QCloseEvent* Event) override;
 
  private:
   void SqlChanged(const QString& Sql);

@@ -158,6 +158,18 @@ void TqxQueryFiles::AskOpen() {
   emit statusMessage(warning.isEmpty() ? QStringLiteral("Opened %1").arg(path) : warning);
 }
 
+bool TqxQueryFiles::MayClose() {
+  if (Builder_->UndoStack()->isClean())
+    return true;
+  const auto answer = QMessageBox::question(
+      Window_, QStringLiteral("Close"),
+      QStringLiteral("The query has changes that are not saved. Save them first?"),
+      QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
+  if (answer == QMessageBox::Save)
+    return AskSave();
+  return answer == QMessageBox::Discard;
+}
+
 bool TqxQueryFiles::AskSave() {
   if (Path_.isEmpty())
     return AskSaveAs();

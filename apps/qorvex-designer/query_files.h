@@ -33,6 +33,9 @@ class TqxQueryFiles : public QObject {
   bool Open(const QString& Path, QString* Error, QString* Warning = nullptr);
   // Writes the statement and its layout; the file becomes the one being edited.
   bool SaveAs(const QString& Path, QString* Error);
+  // Asks whether to save unsaved changes before the window closes; false when the user
+  // cancels (or saving fails).
+  bool MayClose();
   // Writes the diagram: SVG for a .svg path, else an image at Scale.
   bool ExportDiagram(const QString& Path, qreal Scale, QString* Error);
 

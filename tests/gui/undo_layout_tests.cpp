@@ -4,9 +4,12 @@
 #include <QImageReader>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QSvgRenderer>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QUndoStack>
 
 #include "gui/designer_fixture.h"
@@ -280,6 +283,36 @@ TEST_F(UndoLayoutTest, UndoInTheEditorTakesBackTyping) {
   EXPECT_EQ(window.Builder()->GetSQL(), redone) << "the diagram keeps its last good statement";
   EXPECT_EQ(window.Editor()->toPlainText().contains("where"), false);
   EXPECT_EQ(window.Builder()->UndoStack()->index(), steps + 1);
+}
+
+// Closing with unsaved changes asks first: Cancel keeps the window, Discard closes it.
+TEST_F(UndoLayoutTest, ClosingWithChangesAsksFirst) {
+  TqxDesignerWindow window(&Syntax, &Metadata, QString());
+  window.show();
+  window.Editor()->setPlainText("select c.Name from Customers c");
+  int asked = 0;
+  const auto answer = [&](QMessageBox::StandardButton Button) {
+    // The poll outlives this call when no question comes: it owns itself through the timer.
+    auto poll = std::make_shared<std::function<void(int)>>();
+    *poll = [&asked, Button, weak = std::weak_ptr<std::function<void(int)>>(poll)](int Tries) {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      if (box != nullptr && box->isVisible()) {
+        ++asked;
+        box->button(Button)->click();
+      } else if (auto self = weak.lock(); self && Tries < 100) {
+        QTimer::singleShot(10, [self, Tries] { (*self)(Tries + 1); });
+      }
+    };
+    QTimer::singleShot(0, [poll] { (*poll)(0); });
+    window.close();
+    Settle();
+  };
+  answer(QMessageBox::Cancel);
+  EXPECT_EQ(asked, 1) << "typing not yet applied is a change";
+  EXPECT_TRUE(window.isVisible());
+  answer(QMessageBox::Discard);
+  EXPECT_EQ(asked, 2);
+  EXPECT_FALSE(window.isVisible());
 }
 
 }  // namespace
