@@ -62,6 +62,19 @@ void BM_ProgramShowsSampleQuery(benchmark::State& State) {
 }
 BENCHMARK(BM_ProgramShowsSampleQuery)->Unit(benchmark::kMillisecond);
 
+// A 5 ms timer in the window: the longest gap between its ticks is how long the window
+// could not react.
+struct StallMeter {
+  explicit StallMeter(double& Longest) {
+    since.start();
+    QObject::connect(&ticker, &QTimer::timeout,
+                     [&Longest, this] { Longest = std::max(Longest, double(since.restart())); });
+    ticker.start(5);
+  }
+  QTimer ticker;
+  QElapsedTimer since;
+};
+
 // Rows arrive in the results while a timer of the window ticks every 5 ms; the longest
 // wait between ticks is how long the window stood still.
 void BM_ResultsWhileWindowResponds(benchmark::State& State) {
@@ -88,13 +101,7 @@ void BM_ResultsWhileWindowResponds(benchmark::State& State) {
   for (auto _ : State) {
     QEventLoop loop;
     QObject::connect(&pane, &TqxResultsPane::finished, &loop, &QEventLoop::quit);
-    QTimer ticker;
-    ticker.setInterval(5);
-    QElapsedTimer since;
-    since.start();
-    QObject::connect(&ticker, &QTimer::timeout,
-                     [&] { longest = std::max(longest, double(since.restart())); });
-    ticker.start();
+    StallMeter meter(longest);
     pane.Run(target, sql);
     loop.exec();
     if (pane.Model()->rowCount() != rows)
@@ -112,13 +119,7 @@ void BM_IdleWindowTimer(benchmark::State& State) {
   double longest = 0;
   for (auto _ : State) {
     QEventLoop loop;
-    QTimer ticker;
-    ticker.setInterval(5);
-    QElapsedTimer since;
-    since.start();
-    QObject::connect(&ticker, &QTimer::timeout,
-                     [&] { longest = std::max(longest, double(since.restart())); });
-    ticker.start();
+    StallMeter meter(longest);
     QTimer::singleShot(400, &loop, &QEventLoop::quit);
     loop.exec();
   }

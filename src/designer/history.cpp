@@ -62,6 +62,28 @@ QString BoxKey(const QString& Path, int Operand, const QString& Name, int Occurr
   return QStringLiteral("%1|%2|%3|%4").arg(Path).arg(Operand).arg(Name.toLower()).arg(Occurrence);
 }
 
+// Visits every box of the statement with its key parts: the sub-query's path, the operand's
+// number, the alias or object name, and which of several boxes of that name it is.
+using TqxBoxVisitor = std::function<void(const QString& Path, int Number, TqxDatasource* Box,
+                                         const QString& Name, int Occurrence)>;
+void ForEachBox(TqxSubQuery* Query, const TqxBoxVisitor& Visit) {
+  ForEachOperand(Query, QString(),
+                 [&](TqxSubQuery*, const QString& Path, int Number, TqxUnionSubQuery* Operand) {
+                   QHash<QString, int> seen;
+                   for (TqxDatasource* ds : Operand->GetDatasources()) {
+                     const QString name = QString::fromStdString(ds->GetQualifier());
+                     Visit(Path, Number, ds, name, seen[name.toLower()]++);
+                   }
+                 });
+}
+
+// Where a box is: its control's bounds, or the datasource's own before it has a control.
+TqxRect BoxBounds(const TqxDatasource* Box) {
+  if (const TqxControl* control = Box->GetDSControl())
+    return control->GetBounds();
+  return TqxRect{Box->GetLeft(), Box->GetTop(), Box->GetWidth(), Box->GetHeight()};
+}
+
 // The first clause keyword at the start of a line, at or above Line.
 QString ClauseAbove(const QStringList& Lines, int Line) {
   static const char* const kClauses[] = {"SELECT",   "FROM",  "WHERE",  "GROUP BY", "HAVING",
@@ -158,25 +180,17 @@ QJsonObject TqxQueryBuilderPrivate::CaptureLayout() const {
   QJsonArray boxes;
   if (Q->IsDestroying() || Q->GetQuery() == nullptr)
     return QJsonObject();
-  ForEachOperand(Q->GetQuery(), QString(),
-                 [&](TqxSubQuery*, const QString& Path, int Number, TqxUnionSubQuery* Operand) {
-                   QHash<QString, int> seen;
-                   for (TqxDatasource* ds : Operand->GetDatasources()) {
-                     const QString name = QString::fromStdString(ds->GetQualifier());
-                     const int occurrence = seen[name.toLower()]++;
-                     TqxRect r{ds->GetLeft(), ds->GetTop(), ds->GetWidth(), ds->GetHeight()};
-                     if (TqxControl* control = ds->GetDSControl())
-                       r = control->GetBounds();
-                     QJsonObject box{
-                         {QStringLiteral("subquery"), Path},   {QStringLiteral("operand"), Number},
-                         {QStringLiteral("datasource"), name}, {QStringLiteral("left"), r.Left},
-                         {QStringLiteral("top"), r.Top},       {QStringLiteral("width"), r.Width},
-                         {QStringLiteral("height"), r.Height}};
-                     if (occurrence > 0)
-                       box.insert(QStringLiteral("occurrence"), occurrence);
-                     boxes.append(box);
-                   }
-                 });
+  ForEachBox(Q->GetQuery(), [&](const QString& Path, int Number, TqxDatasource* Box,
+                                const QString& Name, int Occurrence) {
+    const TqxRect r = BoxBounds(Box);
+    QJsonObject box{{QStringLiteral("subquery"), Path},   {QStringLiteral("operand"), Number},
+                    {QStringLiteral("datasource"), Name}, {QStringLiteral("left"), r.Left},
+                    {QStringLiteral("top"), r.Top},       {QStringLiteral("width"), r.Width},
+                    {QStringLiteral("height"), r.Height}};
+    if (Occurrence > 0)
+      box.insert(QStringLiteral("occurrence"), Occurrence);
+    boxes.append(box);
+  });
   return QJsonObject{{QStringLiteral("format"), kLayoutFormat},
                      {QStringLiteral("version"), 1},
                      {QStringLiteral("boxes"), boxes}};
@@ -223,43 +237,34 @@ int TqxQueryBuilderPrivate::ApplyLayout(const QJsonObject& Layout) {
                  box);
   }
   int placed = 0;
-  ForEachOperand(Q->GetQuery(), QString(),
-                 [&](TqxSubQuery*, const QString& Path, int Number, TqxUnionSubQuery* Operand) {
-                   QHash<QString, int> seen;
-                   for (TqxDatasource* ds : Operand->GetDatasources()) {
-                     const QString name = QString::fromStdString(ds->GetQualifier());
-                     const int occurrence = seen[name.toLower()]++;
-                     const auto found = byKey.constFind(BoxKey(Path, Number, name, occurrence));
-                     if (found == byKey.constEnd())
-                       continue;
-                     const QJsonObject& box = *found;
-                     const auto number = [&](const char* Field, int Default) {
-                       const QJsonValue v = box.value(QLatin1String(Field));
-                       return v.isDouble() ? v.toInt(Default) : Default;
-                     };
-                     const TqxControl* control = ds->GetDSControl();
-                     const TqxRect now = control != nullptr
-                                             ? control->GetBounds()
-                                             : TqxRect{ds->GetLeft(), ds->GetTop(), ds->GetWidth(),
-                                                       ds->GetHeight()};
-                     TqxRect r{number("left", now.Left), number("top", now.Top),
-                               number("width", now.Width), number("height", now.Height)};
-                     // A size of nothing is no size: the box keeps its own.
-                     if (r.Width <= 0 || r.Height <= 0) {
-                       r.Width = now.Width;
-                       r.Height = now.Height;
-                     }
-                     if (TqxControl* live = ds->GetDSControl()) {
-                       live->SetBounds(r);
-                     } else {
-                       ds->SetLeft(r.Left);
-                       ds->SetTop(r.Top);
-                       ds->SetWidth(r.Width);
-                       ds->SetHeidht(r.Height);
-                     }
-                     ++placed;
-                   }
-                 });
+  ForEachBox(Q->GetQuery(), [&](const QString& Path, int Number, TqxDatasource* Box,
+                                const QString& Name, int Occurrence) {
+    const auto found = byKey.constFind(BoxKey(Path, Number, Name, Occurrence));
+    if (found == byKey.constEnd())
+      return;
+    const QJsonObject& box = *found;
+    const auto number = [&](const char* Field, int Default) {
+      const QJsonValue v = box.value(QLatin1String(Field));
+      return v.isDouble() ? v.toInt(Default) : Default;
+    };
+    const TqxRect now = BoxBounds(Box);
+    TqxRect r{number("left", now.Left), number("top", now.Top), number("width", now.Width),
+              number("height", now.Height)};
+    // A size of nothing is no size: the box keeps its own.
+    if (r.Width <= 0 || r.Height <= 0) {
+      r.Width = now.Width;
+      r.Height = now.Height;
+    }
+    if (TqxControl* live = Box->GetDSControl()) {
+      live->SetBounds(r);
+    } else {
+      Box->SetLeft(r.Left);
+      Box->SetTop(r.Top);
+      Box->SetWidth(r.Width);
+      Box->SetHeidht(r.Height);
+    }
+    ++placed;
+  });
   return placed;
 }
 

@@ -2,25 +2,18 @@
 #include <QLabel>
 #include <QStatusBar>
 
-#include "gui/designer_fixture.h"
+#include "gui/window_fixture.h"
 #include "main_window.h"
 #include "sql_editor.h"
 
 namespace qorvex::testing_gui {
 namespace {
 
-class ProgramWindow : public DesignerTest {
+class ProgramWindow : public WindowTest {
  protected:
   void SetUp() override {
-    DesignerTest::SetUp();
-    Window = std::make_unique<TqxDesignerWindow>(&Syntax, &Metadata, QString());
-    Window->resize(900, 700);
-    Window->show();
-    Settle();
-  }
-  void TearDown() override {
-    Window.reset();
-    DesignerTest::TearDown();
+    WindowTest::SetUp();
+    OpenWindow();
   }
   QString Status() const { return Window->statusBar()->findChild<QLabel*>()->text(); }
   // Types into the editor and applies it with Ctrl+Return.
@@ -29,8 +22,6 @@ class ProgramWindow : public DesignerTest {
     QTest::keyClick(Window->Editor(), Qt::Key_Return, Qt::ControlModifier);
     Settle();
   }
-
-  std::unique_ptr<TqxDesignerWindow> Window;
 };
 
 TEST_F(ProgramWindow, TextAndDiagramFollowEachOther) {

@@ -4,7 +4,7 @@
 #include <QLabel>
 #include <QStatusBar>
 
-#include "gui/designer_fixture.h"
+#include "gui/window_fixture.h"
 #include "main_window.h"
 #include "qorvex/ast/builder.h"
 #include "qorvex/ast/query.h"
@@ -82,23 +82,16 @@ TEST(SqlLexer, EditsRestyleAsAFreshText) {
   check();
 }
 
-class SqlEditorWindow : public DesignerTest {
+class SqlEditorWindow : public WindowTest {
  protected:
   void SetUp() override {
-    DesignerTest::SetUp();
+    WindowTest::SetUp();
     Metadata.OnGetTableNames = [this](TqxEventMetadataProvider*, std::vector<std::string>& Names,
                                       bool) {
       for (const auto& [name, fields] : Tables)
         Names.push_back(name);
     };
-    Window = std::make_unique<TqxDesignerWindow>(&Syntax, &Metadata, QString());
-    Window->resize(900, 700);
-    Window->show();
-    Settle();
-  }
-  void TearDown() override {
-    Window.reset();
-    DesignerTest::TearDown();
+    OpenWindow();
   }
   TqxSqlEditor* Editor() const { return Window->Editor(); }
   void Apply(const QString& Text) {
@@ -115,8 +108,6 @@ class SqlEditorWindow : public DesignerTest {
     return out;
   }
   QString Status() const { return Window->statusBar()->findChild<QLabel*>()->text(); }
-
-  std::unique_ptr<TqxDesignerWindow> Window;
 };
 
 TEST_F(SqlEditorWindow, SyntaxErrorMarksItsTokenAndKeepsTheDiagram) {
