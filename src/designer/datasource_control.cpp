@@ -593,6 +593,14 @@ TqxQueryBuilderDatasourceFieldsList::TqxQueryBuilderDatasourceFieldsList(
   });
 }
 
+TqxQueryBuilderDatasourceFieldsList::~TqxQueryBuilderDatasourceFieldsList() {
+  // The list's base classes clear the rows and the scroll bar as they go, after this class
+  // is gone: its handlers must not hear of it.
+  disconnect(model(), nullptr, this, nullptr);
+  disconnect(selectionModel(), nullptr, this, nullptr);
+  disconnect(verticalScrollBar(), nullptr, this, nullptr);
+}
+
 bool TqxQueryBuilderDatasourceFieldsList::Loading() const {
   return Box_->GetWorkArea()->GetBuilder()->IsSQLLoading();
 }

@@ -333,6 +333,7 @@ class TqxQueryBuilderDatasourceFieldsList : public QListWidget {
   static constexpr int kDragThreshold = 3;
 
   explicit TqxQueryBuilderDatasourceFieldsList(TqxQueryBuilderDataSourceControl* Box);
+  ~TqxQueryBuilderDatasourceFieldsList() override;
 
   TqxQueryBuilderDataSourceControl* GetBox() const { return Box_; }
   QPoint GetPressPoint() const { return Press_; }

@@ -276,6 +276,10 @@ TqxQueryBuilder::TqxQueryBuilder(QWidget* Parent)
 }
 
 TqxQueryBuilder::~TqxQueryBuilder() {
+  // The history is freed with the widget's children, after this class is gone: whoever
+  // follows it must not hear of that.
+  if (d_->Undo != nullptr)
+    d_->Undo->blockSignals(true);
   // The controls go while their widgets still exist; the model follows in the base.
   d_->Writer.OnSQLUpdated = nullptr;
   SetControlFactory(nullptr);
