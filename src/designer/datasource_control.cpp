@@ -826,6 +826,21 @@ void TqxQueryBuilderDatasourceFieldsList::keyPressEvent(QKeyEvent* Event) {
   QListWidget::keyPressEvent(Event);
 }
 
+bool TqxQueryBuilderDatasourceFieldsList::focusNextPrevChild(bool Next) {
+  // Tab goes from box to box; past the last box the next widget of the window follows,
+  // before the first the diagram itself.
+  TqxQueryBuilderWorkArea* area = Box_->GetWorkArea();
+  if (area == nullptr || Box_->GetDatasource() == nullptr)
+    return QListWidget::focusNextPrevChild(Next);
+  if (area->FocusNextBox(Box_, Next))
+    return true;
+  if (!Next) {
+    area->Canvas()->setFocus(Qt::OtherFocusReason);
+    return true;
+  }
+  return QListWidget::focusNextPrevChild(Next);
+}
+
 void TqxQueryBuilderDatasourceFieldsList::focusInEvent(QFocusEvent* Event) {
   QListWidget::focusInEvent(Event);
   if (Box_->GetDatasource() != nullptr)

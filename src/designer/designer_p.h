@@ -193,6 +193,9 @@ class TqxQueryBuilderWorkArea : public QScrollArea {
   void ShowPopupMenu(const QPoint& GlobalPos);
   // The Delete key: removes the focused link.
   bool DeleteFocusedLink();
+  // Gives the keyboard to the box after (or before) From in the diagram, or to the first
+  // (last) box when From is null; false when there is none, so that Tab leaves the diagram.
+  bool FocusNextBox(const TqxQueryBuilderDataSourceControl* From, bool Forward);
   // Detaches from the model before the page goes.
   void Release();
 
@@ -354,6 +357,7 @@ class TqxQueryBuilderDatasourceFieldsList : public QListWidget {
   void mouseMoveEvent(QMouseEvent* Event) override;
   void mouseReleaseEvent(QMouseEvent* Event) override;
   void mouseDoubleClickEvent(QMouseEvent* Event) override;
+  bool focusNextPrevChild(bool Next) override;
   void keyPressEvent(QKeyEvent* Event) override;
   void focusInEvent(QFocusEvent* Event) override;
   void focusOutEvent(QFocusEvent* Event) override;

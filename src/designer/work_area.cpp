@@ -23,7 +23,8 @@ namespace {
 class TqxWorkAreaCanvas : public QWidget {
  public:
   explicit TqxWorkAreaCanvas(TqxQueryBuilderWorkArea* Area) : Area_(Area) {
-    setFocusPolicy(Qt::ClickFocus);
+    // Tab reaches the diagram and goes on through its boxes.
+    setFocusPolicy(Qt::StrongFocus);
     setAcceptDrops(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
   }
@@ -54,6 +55,14 @@ class TqxWorkAreaCanvas : public QWidget {
         Area_->DeleteFocusedLink())
       return;
     QWidget::keyPressEvent(Event);
+  }
+  void focusInEvent(QFocusEvent* Event) override {
+    QWidget::focusInEvent(Event);
+    // Coming in by Tab, the keyboard goes on to the first box (the last by Shift+Tab).
+    if (Event->reason() == Qt::TabFocusReason)
+      Area_->FocusNextBox(nullptr, true);
+    else if (Event->reason() == Qt::BacktabFocusReason)
+      Area_->FocusNextBox(nullptr, false);
   }
   void contextMenuEvent(QContextMenuEvent* Event) override {
     if (TqxQueryBuilderLinkControl* link = Area_->LinkAt(Event->pos())) {
@@ -254,6 +263,21 @@ void TqxQueryBuilderWorkArea::FocusChanged(QWidget* /*Old*/, QWidget* Now) {
     return;
   if (Now == nullptr || (Now != Canvas() && !Canvas()->isAncestorOf(Now)))
     SetFocusedControl(nullptr);
+}
+
+bool TqxQueryBuilderWorkArea::FocusNextBox(const TqxQueryBuilderDataSourceControl* From,
+                                           bool Forward) {
+  const QList<TqxQueryBuilderDataSourceControl*> boxes = Boxes();
+  if (boxes.isEmpty())
+    return false;
+  qsizetype index =
+      From == nullptr ? (Forward ? 0 : boxes.size() - 1) : boxes.indexOf(From) + (Forward ? 1 : -1);
+  if (index < 0 || index >= boxes.size())
+    return false;
+  TqxQueryBuilderDataSourceControl* box = boxes[index];
+  box->MakeVisible();
+  box->GetFieldsList()->setFocus(Forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+  return true;
 }
 
 bool TqxQueryBuilderWorkArea::DeleteFocusedLink() {

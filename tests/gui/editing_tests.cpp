@@ -1,6 +1,7 @@
 // Edits made on screen: ticking, dragging fields into links, removing boxes, menus, and
 // input that must change nothing.
 #include <QImage>
+#include <QLineEdit>
 #include <QMenu>
 #include <QScrollBar>
 #include <map>
@@ -166,6 +167,35 @@ TEST_F(Editing, ADragStartsAtThreePixelsOnEitherAxis) {
     EXPECT_FALSE(list->IsDragging());
   }
   EXPECT_EQ(Sql().find(" ON "), std::string::npos);
+}
+
+// The keyboard alone: Tab into the diagram reaches the first box, goes on box by box, leaves
+// after the last; Shift+Tab walks back; Delete removes the box Tab reached.
+TEST_F(Editing, TabWalksTheBoxesAndDeleteRemovesTheOneReached) {
+  Load("select c.Name from Customers c, Orders o, Items i");
+  Box* customers = BoxOf("Customers c");
+  Box* orders = BoxOf("Orders o");
+  Box* items = BoxOf("Items i");
+  auto* outside = new QLineEdit(Builder.get());  // the next stop of the window's chain
+  outside->show();
+  Builder->activateWindow();
+  WorkArea()->Canvas()->setFocus(Qt::TabFocusReason);
+  EXPECT_EQ(WorkArea()->GetFocusedControl(), customers);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+  EXPECT_EQ(WorkArea()->GetFocusedControl(), orders);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+  EXPECT_EQ(WorkArea()->GetFocusedControl(), items);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+  EXPECT_EQ(WorkArea()->GetFocusedControl(), orders);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Delete);
+  Settle();
+  EXPECT_EQ(BoxOf("Orders o"), nullptr);
+  EXPECT_EQ(Sql().find("Orders"), std::string::npos) << Sql();
+  items = BoxOf("Items i");
+  items->GetFieldsList()->setFocus(Qt::TabFocusReason);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+  EXPECT_FALSE(WorkArea()->Canvas()->isAncestorOf(QApplication::focusWidget()))
+      << "Tab after the last box leaves the diagram";
 }
 
 TEST_F(Editing, DeleteKeyAndCloseButtonRemoveTheDatasource) {
