@@ -89,30 +89,32 @@ void BM_RealignAllLinksAfterOneBoxMoves(benchmark::State& State) {
 }
 BENCHMARK(BM_RealignAllLinksAfterOneBoxMoves)->Unit(benchmark::kMicrosecond);
 
-// The whole diagram rendered once: background, 200 boxes, 300 links in one style.
-void BM_RepaintDiagramWithLinks(benchmark::State& State) {
+// Draws Shown's links in the style the benchmark's argument names; false (the run
+// skipped) when the diagram or the style is missing.
+bool InStyleOfRange(benchmark::State& State, Diagram& Shown) {
   static const char* const kStyles[] = {"Simple", "MS SQL Style", "Access Style"};
   const char* style = kStyles[State.range(0)];
   State.SetLabel(style);
+  if (Shown.Complete() && Shown.Builder.CreateByUserName(style))
+    return true;
+  State.SkipWithError("the diagram or the style is missing");
+  return false;
+}
+
+// The whole diagram rendered once: background, 200 boxes, 300 links in one style.
+void BM_RepaintDiagramWithLinks(benchmark::State& State) {
   Diagram diagram;
-  if (!diagram.Complete() || !diagram.Builder.CreateByUserName(style)) {
-    State.SkipWithError("the diagram or the style is missing");
+  if (!InStyleOfRange(State, diagram))
     return;
-  }
   bench::RepaintLoop(State, diagram.Area->Canvas());
 }
 BENCHMARK(BM_RepaintDiagramWithLinks)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 
 // Only the links: each link control painted once by its painter.
 void BM_PaintLinksOnly(benchmark::State& State) {
-  static const char* const kStyles[] = {"Simple", "MS SQL Style", "Access Style"};
-  const char* style = kStyles[State.range(0)];
-  State.SetLabel(style);
   Diagram diagram;
-  if (!diagram.Complete() || !diagram.Builder.CreateByUserName(style)) {
-    State.SkipWithError("the diagram or the style is missing");
+  if (!InStyleOfRange(State, diagram))
     return;
-  }
   QWidget* canvas = diagram.Area->Canvas();
   QImage image(canvas->size(), QImage::Format_ARGB32_Premultiplied);
   TqxQueryBuilderLinkPainter* painter = diagram.Builder.GetLinkPainter();
