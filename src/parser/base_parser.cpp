@@ -180,7 +180,7 @@ void TqxWayArena::Grow() {
 EqxSQLError MakeSQLError(const std::string& message, const TqxToken* token) {
   if (token == nullptr)
     return EqxSQLError(message);
-  return EqxSQLError(message, token->pos, token->line, token->col, token->val);
+  return EqxSQLError(message, token->pos, token->line, token->col, std::string(token->val));
 }
 
 void TqxParserErrors::Error(std::int32_t line, std::int32_t col, const std::string& message) {
@@ -413,7 +413,7 @@ bool TqxBaseParser::CheckLANotToken(TqxWayList& ways, const std::int32_t* kinds,
 
 bool TqxBaseParser::CheckLANotIn(TqxWayList& ways, const std::vector<std::string>& words) {
   return FilterWays(ways, [&](TqxWayPoint* w) {
-    const std::string& text = scanner->GetToken(w->tokenIndex + 1).val;
+    const std::string_view text = scanner->GetToken(w->tokenIndex + 1).val;
     return std::find(words.begin(), words.end(), text) == words.end();
   });
 }

@@ -43,7 +43,7 @@ std::unique_ptr<T> Make(TastSyntaxProvider* provider, A&&... args) {
   return owned;
 }
 
-int SizeValue(const std::string& text) {
+int SizeValue(std::string_view text) {
   int value = 0;
   std::from_chars(text.data(), text.data() + text.size(), value);
   return value;
@@ -57,9 +57,9 @@ int SizeValue(const std::string& text) {
 // one); a bracketed one for the text inside its brackets, and [a][b] for the two parts
 // a and b.
 void SQL92Parser::NameParts(const TqxToken& token, TastVector<std::string>& parts) const {
-  const std::string& v = token.val;
+  const std::string_view v = token.val;
   if (token.kind != tkQuotedIdentifier || v.size() < 2) {
-    parts.push_back(v);
+    parts.emplace_back(v);
     return;
   }
   if (v.front() == '"') {
@@ -77,11 +77,11 @@ void SQL92Parser::NameParts(const TqxToken& token, TastVector<std::string>& part
   std::size_t i = 0;
   while (i < v.size() && v[i] == '[') {
     const std::size_t close = v.find(']', i + 1);
-    if (close == std::string::npos) {
-      parts.push_back(v.substr(i + 1));
+    if (close == std::string_view::npos) {
+      parts.emplace_back(v.substr(i + 1));
       return;
     }
-    parts.push_back(v.substr(i + 1, close - i - 1));
+    parts.emplace_back(v.substr(i + 1, close - i - 1));
     i = close + 1;
   }
 }
@@ -107,13 +107,13 @@ bool SQL92Parser::identifier(TastVector<std::string>& parts) {
 
 std::string SQL92Parser::keywordAsIdentifier() {
   Decision();
-  return Get().val;
+  return std::string(Get().val);
 }
 
 // The text inside the quotes, a doubled quote standing for one: the name that a string
 // literal gives as an alias.
 std::string SQL92Parser::stringLiteral() {
-  const std::string& v = Get().val;
+  const std::string_view v = Get().val;
   std::string text;
   for (std::size_t i = 1; i + 1 < v.size(); ++i) {
     text += v[i];
@@ -157,7 +157,7 @@ void SQL92Parser::ReadName(int levels, TSQLQualifiedName& name) {
     parts.reserve(static_cast<std::size_t>(count));
     for (int i = count - 1; i >= 0; --i) {
       if (tokens[i] != nullptr)
-        parts.push_back(tokens[i]->val);
+        parts.emplace_back(tokens[i]->val);
       else
         parts.emplace_back();
     }
@@ -199,7 +199,7 @@ std::string SQL92Parser::alias1(bool& quoted) {
       Decision();  // which identifier form
       const TqxToken& token = Get();
       quoted = token.kind == tkQuotedIdentifier;
-      return quoted ? NameText(token) : token.val;
+      return quoted ? NameText(token) : std::string(token.val);
     }
     case 1:
       quoted = true;
@@ -272,7 +272,7 @@ void SQL92Parser::queryExpression(TSQLSubQueryExpressions& list) {
   list.Add(subQueryExpression());
   while (Decision() == 1) {
     Decision();  // union, except or intersect: the word itself is kept
-    std::string text = Get().val;
+    std::string text(Get().val);
     for (char& c : text)
       c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
     bool all = false;
@@ -712,7 +712,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::predicate(
 
 std::unique_ptr<TSQLOperator> SQL92Parser::comparisonOperator() {
   Decision();
-  return Make<TSQLOperator>(provider, Get().val);
+  return Make<TSQLOperator>(provider, std::string(Get().val));
 }
 
 // The comparison operator stays with the left operand (a postfix node "a>"), which the
@@ -755,7 +755,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionAdd() {
   while (Decision() == 1) {
     Decision();
     auto node = Make<TSQLExpressionOperatorBinary>(provider);
-    node->SetOperator(Make<TSQLOperator>(provider, Get().val));
+    node->SetOperator(Make<TSQLOperator>(provider, std::string(Get().val)));
     node->SetInner(std::move(left));
     node->SetRight(expressionFactor());
     left = std::move(node);
@@ -768,7 +768,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionFactor() {
   while (Decision() == 1) {
     Decision();
     auto node = Make<TSQLExpressionOperatorBinary>(provider);
-    node->SetOperator(Make<TSQLOperator>(provider, Get().val));
+    node->SetOperator(Make<TSQLOperator>(provider, std::string(Get().val)));
     node->SetInner(std::move(left));
     node->SetRight(expressionUnary());
     left = std::move(node);
@@ -781,7 +781,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionUnary() {
     return expressionTerm();
   Decision();
   auto node = Make<TSQLExpressionOperatorPrefix>(provider);
-  node->SetOperator(Make<TSQLOperator>(provider, Get().val));
+  node->SetOperator(Make<TSQLOperator>(provider, std::string(Get().val)));
   node->SetInner(expressionUnary());
   return node;
 }
@@ -827,7 +827,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::expressionTerm() {
 
 std::unique_ptr<TSQLExpressionItem> SQL92Parser::constant() {
   Decision();
-  return Make<TSQLExpressionConstant>(provider, Get().val);
+  return Make<TSQLExpressionConstant>(provider, std::string(Get().val));
 }
 
 std::unique_ptr<TSQLExpressionItem> SQL92Parser::SQLAggregateFunction() {
@@ -841,7 +841,7 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::SQLAggregateFunction() {
   };
   if (Decision() == 0) {
     Decision();
-    std::string name = Get().val;
+    std::string name(Get().val);
     Get();  // "("
     auto node = Make<TSQLExpressionAggregate1ParamWPrefix>(provider);
     node->Name = std::move(name);
@@ -850,8 +850,8 @@ std::unique_ptr<TSQLExpressionItem> SQL92Parser::SQLAggregateFunction() {
     Get();  // ")"
     return node;
   }
-  std::string name = Get().val;  // "count"
-  Get();                         // "("
+  std::string name(Get().val);  // "count"
+  Get();                        // "("
   std::unique_ptr<TSQLExpressionItem> result;
   if (Decision() == 0) {
     Get();  // "*"
@@ -944,9 +944,9 @@ std::unique_ptr<TSQLType> SQL92Parser::SQLTypeBuiltIn() {
     return type;
   }
   const TypeForm& form = kTypeForms[decision - 1];
-  type->AddName(Get().val);
+  type->AddName(std::string(Get().val));
   if (form.words[1] != 0)
-    type->AddName(Get().val);
+    type->AddName(std::string(Get().val));
   type->SizeIndex = static_cast<int>(type->Words.size()) - 1;
   Get();  // "("
   type->HasSize = true;
@@ -958,18 +958,18 @@ std::unique_ptr<TSQLType> SQL92Parser::SQLTypeBuiltIn() {
   }
   Get();  // ")"
   if (form.zone != 0) {
-    type->AddName(Get().val);  // "with" or "without"
-    type->AddName(Get().val);  // "time"
-    type->AddName(Get().val);  // "zone"
+    type->AddName(std::string(Get().val));  // "with" or "without"
+    type->AddName(std::string(Get().val));  // "time"
+    type->AddName(std::string(Get().val));  // "zone"
   }
   return type;
 }
 
 void SQL92Parser::SQLType1word(std::vector<std::string>& words) {
   const std::int32_t decision = Decision();
-  words.push_back(Get().val);
+  words.emplace_back(Get().val);
   if (decision == kDoublePrecisionDecision)
-    words.push_back(Get().val);
+    words.emplace_back(Get().val);
 }
 
 }  // namespace qorvex

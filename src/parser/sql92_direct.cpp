@@ -814,7 +814,7 @@ void SQL92Parser::DirectReader::SQLTypeBuiltIn() {
 bool SQL92Parser::DirectReader::SizeAt(std::int32_t tokenIndex) const {
   if (p_.KindAt(tokenIndex) != tkInteger)
     return false;
-  const std::string& text = p_.scanner->GetToken(tokenIndex).val;
+  const std::string_view text = p_.scanner->GetToken(tokenIndex).val;
   std::int32_t value = 0;
   auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
   return ec == std::errc() && end == text.data() + text.size();

@@ -557,7 +557,7 @@ void SQL92Parser::ExpectSize(TqxWayList& ways) {
     ++w->tokenIndex;
     bool ok = KindAt(w->tokenIndex) == tkInteger;
     if (ok) {
-      const std::string& text = scanner->GetToken(w->tokenIndex).val;
+      const std::string_view text = scanner->GetToken(w->tokenIndex).val;
       std::int32_t value = 0;
       auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
       ok = ec == std::errc() && end == text.data() + text.size();
@@ -1600,7 +1600,7 @@ std::int32_t SQL92Parser::NameParts(std::int32_t start, std::int32_t end) const 
     if (kind == tkDot) {
       ++parts;
     } else if (kind == tkQuotedIdentifier) {
-      const std::string& v = scanner->GetToken(i).val;
+      const std::string_view v = scanner->GetToken(i).val;
       for (std::size_t at = 0; at < v.size() && v[at] == '[';) {
         const std::size_t close = v.find(']', at + 1);
         if (at != 0)

@@ -48,6 +48,9 @@ TqxChunkPool& ChunkPool() {
 // The (empty) chunk list of the thread's last scanner, kept so that a scanner made for
 // every parse does not allocate its list anew.
 thread_local std::vector<TqxToken*> spareChunkList;
+// Likewise the storage of the last scanner's copy of its text.
+thread_local std::string spareText;
+constexpr std::size_t kSpareTextLimit = std::size_t{1} << 16;
 
 }  // namespace
 
@@ -66,8 +69,7 @@ void TqxBaseScanner::StartText(std::string_view text) {
   InitInternal();
 }
 
-void TqxBaseScanner::Init(std::string_view text) {
-  // The text is read in place: Init does not return before it is done with it.
+void TqxBaseScanner::ScanAttached(std::string_view text) {
   struct Detach {
     TqxBuffer& buffer;
     ~Detach() { buffer.Clear(); }
@@ -78,6 +80,15 @@ void TqxBaseScanner::Init(std::string_view text) {
     const std::int32_t last = count_ - 1;  // the end token
     chunks_[static_cast<std::size_t>(last) >> kChunkShift][last & (kChunkSize - 1)].val = "EOF";
   }
+}
+
+void TqxBaseScanner::Init(std::string_view text) {
+  if (!text_.empty())
+    earlierTexts_.push_back(std::move(text_));
+  if (text_.capacity() == 0)
+    text_.swap(spareText);
+  text_.assign(text);
+  ScanAttached(text_);
 }
 
 void TqxBaseScanner::ClearTokens() noexcept {
@@ -105,7 +116,7 @@ void TqxBaseScanner::ScanInBatches(std::string_view text, TokenSink sink, void* 
   sinkContext_ = context;
   flushed_ = count_;
   try {
-    Init(text);
+    ScanAttached(text);
     if (count_ > flushed_)
       chunks_.back()[(count_ - 1) & (kChunkSize - 1)].val = "EOF";
   } catch (...) {
@@ -171,6 +182,10 @@ TqxBaseScanner::~TqxBaseScanner() {
   if (spareChunkList.capacity() == 0 && chunks_.capacity() <= 64) {
     chunks_.clear();
     chunks_.swap(spareChunkList);
+  }
+  if (spareText.capacity() == 0 && text_.capacity() <= kSpareTextLimit) {
+    text_.clear();
+    text_.swap(spareText);
   }
 }
 

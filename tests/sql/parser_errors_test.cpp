@@ -182,7 +182,7 @@ TEST(WayCalculation, OptimisationsKeepTheFirstWayOnRandomTexts) {
     scanner.Init(base);
     std::vector<std::string> tokens;
     for (std::int32_t k = 0; k + 1 < scanner.GetTokenCount(); ++k)
-      tokens.push_back(scanner.GetToken(k).val);
+      tokens.emplace_back(scanner.GetToken(k).val);
     // Drop, insert or replace one token.
     const std::string& word = vocabulary[rng() % vocabulary.size()];
     const auto at = tokens.begin() + static_cast<std::ptrdiff_t>(rng() % (tokens.size() + 1));

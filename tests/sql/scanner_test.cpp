@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <set>
 #include <sstream>
 #include <string>
@@ -30,19 +31,23 @@ struct Tok {
   int offset = -1;  // -1: not compared
 };
 
-std::vector<TqxToken> Scan(std::string_view text) {
-  SQL92Scanner scanner;
-  scanner.Init(text);
-  std::vector<TqxToken> tokens;
-  for (std::int32_t i = 0; i < scanner.GetTokenCount(); ++i)
-    tokens.push_back(scanner.GetToken(i));
+// The tokens of a text, with the scanner whose copy of the text their texts view.
+struct ScannedTokens : std::vector<TqxToken> {
+  std::shared_ptr<SQL92Scanner> scanner = std::make_shared<SQL92Scanner>();
+};
+
+ScannedTokens Scan(std::string_view text) {
+  ScannedTokens tokens;
+  tokens.scanner->Init(text);
+  for (std::int32_t i = 0; i < tokens.scanner->GetTokenCount(); ++i)
+    tokens.push_back(tokens.scanner->GetToken(i));
   return tokens;
 }
 
 std::string Show(const std::vector<TqxToken>& tokens) {
   std::string s;
   for (const TqxToken& t : tokens) {
-    s += std::to_string(t.kind) + ":" + t.val + "@" + std::to_string(t.line) + ":" +
+    s += std::to_string(t.kind) + ":" + std::string(t.val) + "@" + std::to_string(t.line) + ":" +
          std::to_string(t.col) + "/" + std::to_string(t.pos) + " ";
   }
   return s;
@@ -53,7 +58,7 @@ void ExpectTokens(std::string_view text, std::vector<Tok> expected) {
   SCOPED_TRACE("text: \"" + std::string(text) + "\"");
   if (expected.empty() || expected.back().kind != tkEof)
     expected.push_back({tkEof, "EOF"});
-  const std::vector<TqxToken> tokens = Scan(text);
+  const ScannedTokens tokens = Scan(text);
   ASSERT_EQ(tokens.size(), expected.size()) << Show(tokens);
   for (std::size_t i = 0; i < expected.size(); ++i) {
     const Tok& e = expected[i];
@@ -156,7 +161,7 @@ TEST(ScannerOperators, EveryStartCharacter) {
   for (int c = 0; c < 256; ++c) {
     const std::string text(1, static_cast<char>(c));
     SCOPED_TRACE("byte " + std::to_string(c));
-    const std::vector<TqxToken> tokens = Scan(text);
+    const ScannedTokens tokens = Scan(text);
     if (c >= 1 && c <= 32) {
       EXPECT_EQ(tokens.size(), 1u);  // ignored: only the end token
       continue;
@@ -292,7 +297,7 @@ TEST(ScannerText, TokenTextsAreSlicesOfTheInput) {
       "FROM orders o INNER JOIN customers c ON o.cid = c.id\r\n"
       "WHERE o.date >= {d '2020-01-01'} AND o.note <> 'it''s' OR @p != 0x1F;\n"
       "select \"\xc3\xa9\", '\xe2\x82\xac' from t";
-  const std::vector<TqxToken> tokens = Scan(text);
+  const ScannedTokens tokens = Scan(text);
   ASSERT_GT(tokens.size(), 40u);
   for (const TqxToken& t : tokens) {
     if (t.kind == tkEof)
@@ -383,7 +388,7 @@ TEST(ScriptStatements, LongScriptsSplitAcrossTokenChunks) {
     ASSERT_EQ(seen.size(), static_cast<std::size_t>(whole.GetTokenCount()));
     for (std::size_t i = 0; i < seen.size(); ++i) {
       const TqxToken& t = whole.GetToken(static_cast<std::int32_t>(i));
-      ASSERT_EQ(seen[i], std::make_pair(t.pos, t.val));
+      ASSERT_EQ(seen[i], std::make_pair(t.pos, std::string(t.val)));
     }
     EXPECT_EQ(batches.GetTokenCount(), 0);
   }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <new>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -70,12 +71,14 @@ class QORVEX_SQL_EXPORT TqxBaseScanner {
   static void operator delete(void* Block, std::size_t Size) noexcept;
 
   // Scans the whole text and appends its tokens, the end token ("EOF") last. The
-  // existing list is not cleared: a scanner serves one text.
+  // existing list is not cleared: a scanner serves one text. The scanner keeps a copy of
+  // the text, which the tokens' texts view, so `text` need not outlive the call.
   void Init(std::string_view text);
 
   // Scans the whole text like Init, but instead of keeping the tokens hands them to
   // `sink` a chunk at a time (the end token last), so that memory stays one chunk however
-  // long the text is. The scanner holds no tokens afterwards.
+  // long the text is. The text is read in place: the tokens' texts view `text`. The
+  // scanner holds no tokens afterwards.
   using TokenSink = void (*)(void* context, const TqxToken* tokens, std::int32_t count);
   void ScanInBatches(std::string_view text, TokenSink sink, void* context);
 
@@ -257,6 +260,8 @@ class QORVEX_SQL_EXPORT TqxBaseScanner {
 
   // Attaches `text` (read in place) and reads its first character.
   void StartText(std::string_view text);
+  // Scans `text`, read in place, and appends its tokens up to the end token.
+  void ScanAttached(std::string_view text);
   // Destroys the tokens held; the first chunk is kept for the next ones.
   void ClearTokens() noexcept;
 
@@ -299,6 +304,11 @@ class QORVEX_SQL_EXPORT TqxBaseScanner {
   TokenSink sink_ = nullptr;  // set while ScanInBatches runs
   void* sinkContext_ = nullptr;
   std::int32_t flushed_ = 0;  // tokens handed to the sink so far
+
+  // The copies of the texts given to Init, which the tokens view: mostly one; a further
+  // Init keeps the earlier ones, as their tokens stay in the list.
+  std::string text_;
+  std::vector<std::string> earlierTexts_;
 
   std::vector<TqxToken*> chunks_;  // the token list: raw storage, `count_` constructed
   std::int32_t count_ = 0;

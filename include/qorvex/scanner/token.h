@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "qorvex/sql_export.h"
 
@@ -200,12 +200,17 @@ inline constexpr std::int32_t kLastNonReservedKeyword = tkKwUnnamed;
 // line and column, and the text as typed (quotes and brackets included; "EOF" for the
 // end token). `offset` is the byte offset of the text in the input, so that callers can
 // slice the input (the end token's offset is the input's length).
+//
+// `val` views the text the scanner read rather than owning a copy: a scanner keeps its
+// own copy of a text given to Init, so a token's text is valid as long as the scanner
+// that made it (or, for texts the scanner reads in place, as long as that text). Copy
+// it into a string to keep it longer.
 struct QORVEX_SQL_EXPORT TqxToken {
   std::int32_t kind = 0;
   std::int32_t pos = 0;
   std::int32_t col = 0;
   std::int32_t line = 0;
-  std::string val;
+  std::string_view val;
   std::int32_t offset = 0;
 };
 
