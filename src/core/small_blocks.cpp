@@ -8,21 +8,20 @@ namespace qorvex {
 
 namespace small_blocks {
 
-thread_local constinit Lists lists{};
+thread_local constinit Lists lists{{}, kBudget};
 
 namespace {
 
 struct Drain {
   bool armed = false;
   ~Drain() {
-    lists.closed = true;
+    lists.room = 0;
     for (FreeBlock*& head : lists.head) {
       while (FreeBlock* b = head) {
         head = b->next;
         ::operator delete(static_cast<void*>(b));
       }
     }
-    lists.kept = 0;
   }
 };
 thread_local Drain drain;

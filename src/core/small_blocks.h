@@ -49,15 +49,17 @@ struct FreeBlock {
 
 // Trivially destructible and constant-initialised, so that it is reached without a
 // thread-local initialisation call and stays usable while other thread-local objects of
-// the thread are destroyed; the thread's drain empties it at thread exit and closes it.
+// the thread are destroyed. `room` is what may still be kept, in bytes: taking a block
+// from a list gives room back, keeping one uses it up. The thread's drain empties the
+// lists at thread exit and leaves no room, so that later blocks go back to the heap.
 struct Lists {
   FreeBlock* head[kClasses];
-  std::size_t kept;
-  bool closed;
+  std::size_t room;
 };
 extern thread_local constinit Lists lists;
 
-// The misses: a new block from the heap (size class `c`), a block given back to it.
+// The misses: a new block from the heap (size class `c`), a block (or null) given back
+// to it.
 void* AllocateFromHeap(std::size_t c);
 void FreeToHeap(void* block) noexcept;
 
@@ -68,9 +70,10 @@ inline void* AllocateSmallBlock(std::size_t size) {
   const std::size_t c = (size - 1) / kGranule;
   if (c >= kClasses) [[unlikely]]
     return ::operator new(size);
-  if (FreeBlock* b = lists.head[c]) [[likely]] {
-    lists.head[c] = b->next;
-    lists.kept -= (c + 1) * kGranule;
+  Lists& l = lists;
+  if (FreeBlock* b = l.head[c]) [[likely]] {
+    l.head[c] = b->next;
+    l.room += (c + 1) * kGranule;
     return b;
   }
   return AllocateFromHeap(c);
@@ -78,18 +81,17 @@ inline void* AllocateSmallBlock(std::size_t size) {
 
 inline void FreeSmallBlock(void* block, std::size_t size) noexcept {
   using namespace small_blocks;
-  if (block == nullptr)
-    return;
   const std::size_t c = (size - 1) / kGranule;
-  const std::size_t kept = lists.kept + (c + 1) * kGranule;
-  if (c >= kClasses || kept > kBudget || lists.closed) [[unlikely]] {
-    FreeToHeap(block);
+  const std::size_t bytes = (c + 1) * kGranule;
+  Lists& l = lists;
+  if (c < kClasses && l.room >= bytes && block != nullptr) [[likely]] {
+    auto* b = static_cast<FreeBlock*>(block);
+    b->next = l.head[c];
+    l.head[c] = b;
+    l.room -= bytes;
     return;
   }
-  auto* b = static_cast<FreeBlock*>(block);
-  b->next = lists.head[c];
-  lists.head[c] = b;
-  lists.kept = kept;
+  FreeToHeap(block);
 }
 
 #endif
