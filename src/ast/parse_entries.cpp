@@ -3,6 +3,7 @@
 // build the tree from the first complete way.
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #include "qorvex/ast/expressions.h"
 #include "qorvex/ast/names.h"
@@ -20,10 +21,15 @@ namespace {
 // Every object of the parse (scanner, tokens, parser, way points) is owned here and
 // released on every path, the exception path included.
 // Parses the tokens `scanner` holds (the end token last).
+// A SELECT statement is first built directly, where the dialect can.
 template <class Result, class WayCalc, class Build>
 std::unique_ptr<Result> RunParseTokens(TastSyntaxProvider& provider, TqxBaseScanner* scanner,
                                        const char* message, WayCalc wayCalc, Build build) {
   std::unique_ptr<TqxBaseParser> parser = provider.GetParserClass().Create(scanner, &provider);
+  if constexpr (std::is_same_v<Result, TSQLSelectStatement>) {
+    if (std::unique_ptr<TSQLSelectStatement> tree = parser->ParseSelectDirect())
+      return tree;
+  }
   // The list of ways is kept per thread for the next parse (a nested parse, made while
   // this one builds its tree, finds it taken and makes its own).
   static thread_local TqxWayList spareWays;

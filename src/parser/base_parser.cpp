@@ -1,6 +1,7 @@
 #include "qorvex/parser/base_parser.h"
 
 #include "core/small_blocks.h"
+#include "qorvex/ast/query.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -241,6 +242,10 @@ TqxBaseParser::~TqxBaseParser() {
     runDecisions_.swap(spareRun);
   if (runPending_.capacity() <= kKeep && sparePending.capacity() == 0)
     runPending_.swap(sparePending);
+}
+
+std::unique_ptr<TSQLSelectStatement> TqxBaseParser::ParseSelectDirect() {
+  return nullptr;
 }
 
 void TqxBaseParser::WayOverrun() {

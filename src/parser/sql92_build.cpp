@@ -4,8 +4,8 @@
 #include <charconv>
 #include <new>
 
-#include "core/small_blocks.h"
 #include "parser/sql92_grammar.h"
+#include "parser/sql92_nodes.h"
 #include "qorvex/ast/expressions.h"
 #include "qorvex/ast/from.h"
 #include "qorvex/ast/names.h"
@@ -17,39 +17,7 @@
 namespace qorvex {
 
 using namespace sql92grammar;
-
-namespace {
-
-// NewNode for the building pass, which makes most of a parse's nodes: the block comes
-// from the inline path of the per-thread lists (the same lists and size class that the
-// node's operator delete gives it back to), and the extender registry is looked at only
-// when it has entries, as AfterConstruction does.
-template <class T, class... A>
-std::unique_ptr<T> Make(TastSyntaxProvider* provider, A&&... args) {
-  static_assert(
-      static_cast<void* (*)(std::size_t)>(&T::operator new) == &TastExtender::operator new,
-      "the node is freed through TastExtender::operator delete");
-  void* block = AllocateSmallBlock(sizeof(T));
-  T* node;
-  try {
-    node = ::new (block) T(provider, std::forward<A>(args)...);
-  } catch (...) {
-    FreeSmallBlock(block, sizeof(T));
-    throw;
-  }
-  std::unique_ptr<T> owned(node);
-  if (provider != nullptr && !provider->GetExtenders().empty()) [[unlikely]]
-    owned->UpdateExtender();
-  return owned;
-}
-
-int SizeValue(std::string_view text) {
-  int value = 0;
-  std::from_chars(text.data(), text.data() + text.size(), value);
-  return value;
-}
-
-}  // namespace
+using namespace sql92nodes;
 
 // ---- names --------------------------------------------------------------------------
 
@@ -110,26 +78,9 @@ std::string SQL92Parser::keywordAsIdentifier() {
   return std::string(Get().val);
 }
 
-// The text inside the quotes, a doubled quote standing for one: the name that a string
-// literal gives as an alias.
 std::string SQL92Parser::stringLiteral() {
-  const std::string_view v = Get().val;
-  std::string text;
-  for (std::size_t i = 1; i + 1 < v.size(); ++i) {
-    text += v[i];
-    if (v[i] == '\'' && v[i + 1] == '\'' && i + 2 < v.size())
-      ++i;
-  }
-  return text;
+  return StringLiteralText(Get().val);
 }
-
-namespace {
-// Marks the parts from `from` on as quoted; `quoted` stays empty until a part is.
-void MarkQuoted(std::vector<bool>& quoted, std::size_t from, std::size_t to) {
-  quoted.resize(from, false);
-  quoted.resize(to, true);
-}
-}  // namespace
 
 // The qualifying parts and the name of dbObject and dbColumn. Unquoted parts, the usual
 // case, are stored straight in the node's order (innermost first).
@@ -152,6 +103,12 @@ void SQL92Parser::ReadName(int levels, TSQLQualifiedName& name) {
     Get();  // "."
   }
   tokens[count++] = part();
+  StoreName(tokens, count, quoted, name);
+}
+
+// The parts of a name chain, qualifiers first (null for an empty qualifying part).
+void SQL92Parser::StoreName(const TqxToken* const* tokens, int count, bool quoted,
+                            TSQLQualifiedName& name) const {
   if (!quoted) {
     TastVector<std::string> parts;
     parts.reserve(static_cast<std::size_t>(count));
@@ -546,17 +503,20 @@ std::unique_ptr<TSQLFromItem> SQL92Parser::tableSourceInner() {
   return item;
 }
 
+void SQL92Parser::NameFunction(TSQLFunction& function, const TSQLDatabaseObject& name) {
+  function.Name = name.GetObjName();
+  function.NameQuoted = name.IsQuoted(0);
+  for (int i = name.Count() - 1; i >= 1; --i) {
+    function.Qualifiers.push_back(name.GetNames(i));
+    if (name.IsQuoted(i))
+      MarkQuoted(function.QualifiersQuoted, function.Qualifiers.size() - 1,
+                 function.Qualifiers.size());
+  }
+}
+
 std::unique_ptr<TSQLFunction> SQL92Parser::SQLfunction() {
   auto function = Make<TSQLFunction>(provider);
-  auto name = dbObject();
-  function->Name = name->GetObjName();
-  function->NameQuoted = name->IsQuoted(0);
-  for (int i = name->Count() - 1; i >= 1; --i) {
-    function->Qualifiers.push_back(name->GetNames(i));
-    if (name->IsQuoted(i))
-      MarkQuoted(function->QualifiersQuoted, function->Qualifiers.size() - 1,
-                 function->Qualifiers.size());
-  }
+  NameFunction(*function, *dbObject());
   auto params = Make<TSQLFunctionParams>(provider);
   Get();  // "("
   if (Decision() == 1) {

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "parser/sql92_direct.h"
 #include "parser/sql92_grammar.h"
 #include "qorvex/parser/sql92_first_sets.h"
 #include "qorvex/parser/sql92_parser.h"
@@ -24,27 +25,7 @@ namespace qorvex {
 
 using namespace sql92first;
 using namespace sql92grammar;
-
-namespace {
-
-// The reader's way ended before the text did, or the text needs the way calculation.
-struct DirectMiss {};
-
-// What may follow a condition: "and", "or", the end of its bracket, "then" of a searched
-// CASE, what follows a WHERE or HAVING condition, and what follows a join's ON condition
-// (the next join, the "on" of an enclosing join, the end of a bracketed join).
-constexpr TqxTokenSet kFollowCondition =
-    TqxTokenSet{tkKwAnd, tkKwOr, tkRParen, tkKwThen, tkKwOn} | kFollowFromClause | kJoinedTable;
-
-// The direct reading counts nesting levels as the way calculation does along the way it
-// takes. The way calculation also enters the readings that the tokens rule out, which
-// may go a level or two deeper than the way taken before they die; a text that comes
-// within kDirectMargin levels of the bound is therefore left to the way calculation,
-// which reports the bound exactly where it is reached.
-constexpr std::int32_t kDirectMargin = 4;
-constexpr std::int32_t kDirectNesting = SQL92Parser::kMaxNesting - kDirectMargin;
-
-}  // namespace
+using namespace sql92direct;
 
 class SQL92Parser::DirectReader {
  public:
@@ -264,7 +245,6 @@ class SQL92Parser::DirectReader {
   }
   void SQLType();
   void SQLTypeBuiltIn();
-  bool SizeAt(std::int32_t tokenIndex) const;
 
   SQL92Parser& p_;
   const std::int32_t* kinds_;  // kinds_[i] is the kind of the token after index i
@@ -787,10 +767,19 @@ void SQL92Parser::DirectReader::SQLTypeBuiltIn() {
       }
     }
   }
+  std::int32_t end = 0;
+  const std::int32_t form = p_.TypeFormAfter(at_, end);
+  if (form < 0)
+    throw DirectMiss{};
+  Mark(form + 1);
+  at_ = end;
+}
+
+std::int32_t SQL92Parser::TypeFormAfter(std::int32_t tokenIndex, std::int32_t& end) const {
   for (std::int32_t i = 0; i < kTypeFormCount; ++i) {
     const TypeForm& form = kTypeForms[i];
-    std::int32_t at = at_;
-    auto next = [&](std::int32_t k) { return p_.NextKind(at++) == k; };
+    std::int32_t at = tokenIndex;
+    auto next = [&](std::int32_t k) { return NextKind(at++) == k; };
     bool fits = next(form.words[0]) && (form.words[1] == 0 || next(form.words[1])) &&
                 next(tkLParen) && SizeAt(at + 1);
     ++at;
@@ -801,20 +790,19 @@ void SQL92Parser::DirectReader::SQLTypeBuiltIn() {
     fits = fits && next(tkRParen);
     if (fits && form.zone != 0)
       fits = next(form.zone) && next(tkKwTime) && next(tkKwZone);
-    if (fits && p_.NextKind(at) == tkRParen) {
-      Mark(i + 1);
-      at_ = at;
-      return;
+    if (fits && NextKind(at) == tkRParen) {
+      end = at;
+      return i;
     }
   }
-  throw DirectMiss{};
+  return -1;
 }
 
 // An integer literal that fits a type size.
-bool SQL92Parser::DirectReader::SizeAt(std::int32_t tokenIndex) const {
-  if (p_.KindAt(tokenIndex) != tkInteger)
+bool SQL92Parser::SizeAt(std::int32_t tokenIndex) const {
+  if (KindAt(tokenIndex) != tkInteger)
     return false;
-  const std::string_view text = p_.scanner->GetToken(tokenIndex).val;
+  const std::string_view text = scanner->GetToken(tokenIndex).val;
   std::int32_t value = 0;
   auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
   return ec == std::errc() && end == text.data() + text.size();

@@ -584,7 +584,7 @@ void SQL92Parser::Entry(TqxWayList& ways, DirectEntry entry, F&& calc) {
     calc(ways);
     return;
   }
-  if (ways.size() == 1 && ReadDirect(ways, entry))
+  if (ways.size() == 1 && !directMissed_ && ReadDirect(ways, entry))
     return;
   ListRef start = TakeList();
   *start = ways;

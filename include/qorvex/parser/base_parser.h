@@ -189,6 +189,10 @@ class QORVEX_SQL_EXPORT TqxBaseParser {
   virtual std::unique_ptr<TSQLSelectItem> ParseSelectItem() = 0;
   virtual void ParseLogicalExpressionWayCalc(TqxWayList& ways) = 0;
   virtual std::unique_ptr<TSQLExpressionItem> ParseLogicalExpression() = 0;
+  // The tree of a SELECT statement made straight from the tokens, without a way
+  // calculation, for the texts whose first reading the tokens ahead settle; null for the
+  // others, which then take the two passes. A dialect need not offer it.
+  virtual std::unique_ptr<TSQLSelectStatement> ParseSelectDirect();
 
   // The next token of the replay (the end token past the end).
   const TqxToken& Get() {

@@ -73,6 +73,7 @@ class QORVEX_SQL_EXPORT SQL92Parser : public TqxBaseParser {
   std::unique_ptr<TSQLSelectItem> ParseSelectItem() override;
   void ParseLogicalExpressionWayCalc(TqxWayList& ways) override;
   std::unique_ptr<TSQLExpressionItem> ParseLogicalExpression() override;
+  std::unique_ptr<TSQLSelectStatement> ParseSelectDirect() override;
 
   // The statement followed by an optional ";" (no parse entry uses it).
   void SQL92WayCalc(TqxWayList& ways);
@@ -214,6 +215,12 @@ class QORVEX_SQL_EXPORT SQL92Parser : public TqxBaseParser {
   void QualifiersWayCalc(TqxWayList& ways, int levels);
   // dbObject and dbColumn: `levels` optional qualifying parts, then the name.
   void ReadName(int levels, TSQLQualifiedName& name);
+  // Stores a name chain's parts in `name`: its tokens, qualifiers first (null for an
+  // empty qualifying part), and whether any of them is quoted.
+  void StoreName(const TqxToken* const* tokens, int count, bool quoted,
+                 TSQLQualifiedName& name) const;
+  // Gives a function the parts of the object name it was written with.
+  static void NameFunction(TSQLFunction& function, const TSQLDatabaseObject& name);
   void namePartWayCalc(TqxWayList& ways);
 
   // Runs the way calculation of a parse entry: first the direct reading, then, when that
@@ -225,6 +232,10 @@ class QORVEX_SQL_EXPORT SQL92Parser : public TqxBaseParser {
   // which way comes first; true with `ways` holding that way when it reached the end.
   bool ReadDirect(TqxWayList& ways, DirectEntry entry);
   class DirectReader;
+  // The tree made in the walk that reads the text, for the texts the direct reading
+  // settles (see ParseSelectDirect).
+  class DirectBuilder;
+  bool directMissed_ = false;  // the direct building gave up: the reading would too
   void ForgetWorked();
   // Drops the ways standing before a token for which `dead` says they have no future. While
   // errors are worked out exactly, only when the error index already stands at that token
@@ -257,6 +268,11 @@ class QORVEX_SQL_EXPORT SQL92Parser : public TqxBaseParser {
   void FactorRestWayCalc(TqxWayList& ways);
   void AddRestWayCalc(TqxWayList& ways);
   bool QualifiedOperandWayCalc(TqxWayList& ways);
+  // The built-in type form with arguments (index into the forms) whose tokens follow
+  // `tokenIndex` and are followed by ")", with `end` its last token; -1 for none.
+  std::int32_t TypeFormAfter(std::int32_t tokenIndex, std::int32_t& end) const;
+  // An integer literal that fits a type size stands at `tokenIndex`.
+  bool SizeAt(std::int32_t tokenIndex) const;
   // Number of name parts that the tokens after `start` up to `end` stand for.
   std::int32_t NameParts(std::int32_t start, std::int32_t end) const;
   // Drops the ways (each below one of `starts`) whose name stands for too many parts.
