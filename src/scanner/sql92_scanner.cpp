@@ -549,7 +549,192 @@ void SQL92Scanner::ScanTokens() {
     TqxBaseScanner::ScanTokens();
     return;
   }
-  AppendTokensUpToEnd([this] { return Scan(); });
+  // The fast reading relies on the NUL byte that ends the scanner's own copy of a text;
+  // statement-wise scanning has the general recogniser mark each statement's start.
+  if (statementWise_ || !ScanningOwnCopy()) {
+    AppendTokensUpToEnd([this] { return Scan(); });
+    return;
+  }
+
+  // The tokens most texts are made of (names, keywords, integers, strings without
+  // doubled quotes, "." and the operators but "-") and the blanks and line breaks before
+  // them are read with the state in locals: `q` is the current character's byte, `skew`
+  // the bytes before it less the characters (the swallowed LFs). Anything else (and the
+  // end) goes to Scan with the state stored back; the tokens are exactly Scan's.
+  const unsigned char* const bytes = buffer_.Bytes();
+  const std::int32_t len = buffer_.GetLen();
+  bool fast = false;
+  std::int32_t q = 0;
+  std::int32_t skew = 0;
+  std::int32_t line = 0;
+  std::int32_t lineStart = 0;
+  // The current character must be plain ASCII read at chByte_ (not a line break that
+  // NextCh has already counted, not the end), with no line break pending.
+  const auto enter = [&] {
+    fast = pendingEols_ == 0 && ch_ < 128 && ch_ != 10 && ch_ != 13;
+    q = chByte_;
+    skew = q - pos_;
+    line = line_;
+    lineStart = lineStart_;
+  };
+  // Stores the state back with the character at byte `at` the current one.
+  const auto leave = [&](std::int32_t at) {
+    fast = false;
+    line_ = line;
+    lineStart_ = lineStart;
+    const std::uint8_t folded = at < len ? kPlainFold[bytes[at]] : kNotPlain;
+    if (folded != kNotPlain) {
+      chByte_ = at;
+      pos_ = at - skew;
+      ch_ = folded;
+      buffer_.MoveTo(at + 1);
+    } else {
+      pos_ = at - skew - 1;
+      buffer_.MoveTo(at);
+      NextCh();
+    }
+  };
+  enter();
+  AppendTokensUpToEnd([&]() __attribute__((always_inline)) -> TqxToken {
+    if (fast) {
+      // Blanks and line breaks, counted as NextCh counts them: CR, LF and CR LF are one
+      // break each, and so is LF LF (the second LF swallowed).
+      unsigned char b = bytes[q];
+      for (;;) {
+        if ((kClasses[b] & kBlankRun) != 0) {
+          b = bytes[++q];
+          continue;
+        }
+        if (b != 10 && b != 13)
+          break;
+        const unsigned char next = bytes[q + 1];
+        if (b == 10 && next == 13)
+          break;  // a LF before a CR is an ordinary character: Scan reads it
+        lineStart = q - skew + 1;
+        ++line;
+        ++q;
+        if (next == 10) {
+          ++q;
+          ++skew;
+        }
+        b = bytes[q];
+      }
+      const std::int32_t begin = q;
+      std::int32_t kind = tkError;
+      if (q < len) {
+        switch (kStart[b]) {
+          case ID: {
+            do
+              ++q;
+            while ((kClasses[bytes[q]] & kNameRun) != 0);
+            const std::int32_t keyword =
+                FindNameKeyword(bytes + begin, static_cast<std::size_t>(q - begin),
+                                static_cast<std::size_t>(len - begin));
+            kind = keyword != 0 ? keyword : tkIdentifier;
+            break;
+          }
+          case D0:
+            if ((bytes[q + 1] | 0x20) == 'x')
+              break;
+            [[fallthrough]];
+          case D1:
+            do
+              ++q;
+            while ((kClasses[bytes[q]] & kDigitRun) != 0);
+            if (bytes[q] == '.')
+              q = begin;  // a decimal
+            else
+              kind = tkInteger;
+            break;
+          case SQ: {
+            std::int32_t e = q + 1;
+            while (e < len && (kClasses[bytes[e]] & kSingleQuotedRun) != 0)
+              ++e;
+            // Not a line break, a byte above 127, a doubled quote or the end inside.
+            if (e < len && bytes[e] == '\'' && bytes[e + 1] != '\'') {
+              q = e + 1;
+              kind = tkString;
+            }
+            break;
+          }
+          case PT: {
+            const unsigned char next = bytes[q + 1];
+            if (next >= '0' && next <= '9')
+              break;
+            kind = next == '*' ? tkDotStar : tkDot;
+            q += next == '*' ? 2 : 1;
+            break;
+          }
+          case LT: {
+            const unsigned char next = bytes[q + 1];
+            kind = next == '>' ? tkNotEqual : next == '=' ? tkLessEqual : tkLess;
+            q += kind == tkLess ? 1 : 2;
+            break;
+          }
+          case GT:
+            kind = bytes[q + 1] == '=' ? tkGreaterEqual : tkGreater;
+            q += kind == tkGreater ? 1 : 2;
+            break;
+          case SC:
+            kind = tkSemicolon;
+            ++q;
+            break;
+          case CM:
+            kind = tkComma;
+            ++q;
+            break;
+          case LP:
+            kind = tkLParen;
+            ++q;
+            break;
+          case RP:
+            kind = tkRParen;
+            ++q;
+            break;
+          case ST:
+            kind = tkStar;
+            ++q;
+            break;
+          case EQ:
+            kind = tkEqual;
+            ++q;
+            break;
+          case PL:
+            kind = tkPlus;
+            ++q;
+            break;
+          case SL:
+            kind = tkSlash;
+            ++q;
+            break;
+          case PC:
+            kind = tkPercent;
+            ++q;
+            break;
+          case TL:
+            kind = tkTilde;
+            ++q;
+            break;
+          default:  // "-" (a comment?), quoted names, parameters, escapes, "!", errors
+            break;
+        }
+      }
+      if (kind != tkError) {
+        const std::int32_t pos = begin - skew;
+        return TqxToken{kind,
+                        pos,
+                        pos - lineStart + 1,
+                        line,
+                        std::string_view(reinterpret_cast<const char*>(bytes) + begin,
+                                         static_cast<std::size_t>(q - begin)),
+                        begin};
+      }
+      leave(begin);
+    }
+    TqxToken token = Scan();
+    enter();
+    return token;
+  });
 }
 
 [[gnu::always_inline]] inline TqxToken SQL92Scanner::Scan() {

@@ -116,7 +116,7 @@ class QORVEX_SQL_EXPORT TqxBaseScanner {
   // Appends the tokens that `make()` returns, each built right in its slot, up to and
   // including the end token.
   template <class Make>
-  void AppendTokensUpToEnd(Make&& make) {
+  [[gnu::always_inline]] void AppendTokensUpToEnd(Make&& make) {
     // The list's end is kept in locals while scanning and stored back at the end, also
     // when `make` throws (the tokens built so far stay counted).
     TqxToken* slot = slot_;
@@ -258,8 +258,27 @@ class QORVEX_SQL_EXPORT TqxBaseScanner {
   bool statementStart_ = false;  // the next token begins a statement
   std::int32_t stepBase_ = 0;
 
+  // ASCII folded to lower case, indexed by byte; kNotPlain for 10, 13 and bytes above
+  // 127, which NextChSlow handles.
+  static constexpr std::uint8_t kNotPlain = 0xFF;
+  static constexpr std::array<std::uint8_t, 256> kPlainFold = [] {
+    std::array<std::uint8_t, 256> table{};
+    for (int b = 0; b < 256; ++b) {
+      if (b >= 128 || b == 10 || b == 13)
+        table[b] = kNotPlain;
+      else
+        table[b] = static_cast<std::uint8_t>(b >= 'A' && b <= 'Z' ? b + ('a' - 'A') : b);
+    }
+    return table;
+  }();
+
   // Attaches `text` (read in place) and reads its first character.
   void StartText(std::string_view text);
+  // Whether the text being scanned is the scanner's own copy, which a NUL byte ends.
+  bool ScanningOwnCopy() const noexcept {
+    return text_.data() != nullptr &&
+           buffer_.Bytes() == reinterpret_cast<const unsigned char*>(text_.data());
+  }
   // Scans `text`, read in place, and appends its tokens up to the end token.
   void ScanAttached(std::string_view text);
   // Destroys the tokens held; the first chunk is kept for the next ones.
@@ -281,19 +300,6 @@ class QORVEX_SQL_EXPORT TqxBaseScanner {
   // NextCh for a pending line break, a line break, a byte above 127 and the end.
   void NextChSlow() noexcept;
 
-  // ASCII folded to lower case, indexed by byte; kNotPlain for 10, 13 and bytes above
-  // 127, which NextChSlow handles.
-  static constexpr std::uint8_t kNotPlain = 0xFF;
-  static constexpr std::array<std::uint8_t, 256> kPlainFold = [] {
-    std::array<std::uint8_t, 256> table{};
-    for (int b = 0; b < 256; ++b) {
-      if (b >= 128 || b == 10 || b == 13)
-        table[b] = kNotPlain;
-      else
-        table[b] = static_cast<std::uint8_t>(b >= 'A' && b <= 'Z' ? b + ('a' - 'A') : b);
-    }
-    return table;
-  }();
 
   // After a lead byte: consumes the continuation bytes of a valid UTF-8 sequence, so
   // the sequence is one character. Invalid or truncated sequences leave the byte alone.
