@@ -32,7 +32,12 @@ using ExpressionPtr = std::unique_ptr<TSQLExpressionItem>;
 class SQL92Parser::DirectBuilder {
  public:
   explicit DirectBuilder(SQL92Parser& parser)
-      : p_(parser), provider_(parser.provider), kinds_(parser.PaddedKinds() + 1) {}
+      : p_(parser),
+        provider_(parser.provider),
+        kinds_(parser.PaddedKinds() + 1),
+        tokens_(parser.TokenCount() <= TqxBaseScanner::kChunkSize
+                    ? parser.scanner->FirstTokens()
+                    : nullptr) {}
 
   bool AtEnd() const { return Next() == tkEof; }
 
@@ -48,8 +53,11 @@ class SQL92Parser::DirectBuilder {
   std::int32_t Next() const { return kinds_[at_]; }
   std::int32_t Ahead(std::int32_t n) const { return kinds_[at_ + n]; }
   // The last token consumed.
-  const TqxToken& Current() const { return p_.scanner->GetToken(at_); }
-  const TqxToken& Take() { return p_.scanner->GetToken(++at_); }
+  const TqxToken& Token(std::int32_t index) const {
+    return tokens_ != nullptr ? tokens_[index] : p_.scanner->GetToken(index);
+  }
+  const TqxToken& Current() const { return Token(at_); }
+  const TqxToken& Take() { return Token(++at_); }
   void Expect(std::int32_t kind) {
     if (Next() != kind)
       throw DirectMiss{};
@@ -321,7 +329,9 @@ class SQL92Parser::DirectBuilder {
   SQL92Parser& p_;
   TastSyntaxProvider* provider_;
   const std::int32_t* kinds_;  // kinds_[i] is the kind of the token after index i
-  std::int32_t at_ = -1;       // the last token consumed
+  // The tokens as one array when they fit the scanner's first chunk.
+  const TqxToken* tokens_;
+  std::int32_t at_ = -1;  // the last token consumed
   std::int32_t depth_ = 0;
   // Index of the matching ")" for each "(", worked out when first needed.
   std::vector<std::int32_t> match_;
@@ -514,7 +524,7 @@ void SQL92Parser::DirectBuilder::Name(int levels, TSQLQualifiedName& name) {
   int count = 0;
   bool quoted = false;
   for (std::int32_t at = first; at <= last; at += 2) {
-    const TqxToken& token = p_.scanner->GetToken(at);
+    const TqxToken& token = Token(at);
     quoted |= token.kind == tkQuotedIdentifier;
     tokens[count++] = &token;
   }

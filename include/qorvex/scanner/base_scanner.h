@@ -90,6 +90,11 @@ class QORVEX_SQL_EXPORT TqxBaseScanner {
     return chunks_[static_cast<std::size_t>(index) >> kChunkShift][index & (kChunkSize - 1)];
   }
   std::int32_t GetTokenCount() const noexcept { return count_; }
+  // The first tokens as one array: GetToken(i) is FirstTokens()[i] for every i below
+  // both GetTokenCount() and kChunkSize.
+  const TqxToken* FirstTokens() const noexcept {
+    return chunks_.empty() ? nullptr : chunks_.front();
+  }
   // Writes the kinds of all GetTokenCount() tokens to `out`, in order.
   void CopyKinds(std::int32_t* out) const noexcept {
     std::int32_t left = count_;
