@@ -85,7 +85,7 @@ void TqxBaseScanner::ScanAttached(std::string_view text) {
 void TqxBaseScanner::Init(std::string_view text) {
   if (!text_.empty())
     earlierTexts_.push_back(std::move(text_));
-  if (text_.capacity() == 0)
+  if (text_.empty() && spareText.capacity() > text_.capacity())
     text_.swap(spareText);
   text_.assign(text);
   ScanAttached(text_);
@@ -183,7 +183,7 @@ TqxBaseScanner::~TqxBaseScanner() {
     chunks_.clear();
     chunks_.swap(spareChunkList);
   }
-  if (spareText.capacity() == 0 && text_.capacity() <= kSpareTextLimit) {
+  if (text_.capacity() > spareText.capacity() && text_.capacity() <= kSpareTextLimit) {
     text_.clear();
     text_.swap(spareText);
   }
