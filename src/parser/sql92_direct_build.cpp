@@ -35,9 +35,8 @@ class SQL92Parser::DirectBuilder {
       : p_(parser),
         provider_(parser.provider),
         kinds_(parser.PaddedKinds() + 1),
-        tokens_(parser.TokenCount() <= TqxBaseScanner::kChunkSize
-                    ? parser.scanner->FirstTokens()
-                    : nullptr) {}
+        tokens_(parser.TokenCount() <= TqxBaseScanner::kChunkSize ? parser.scanner->FirstTokens()
+                                                                  : nullptr) {}
 
   bool AtEnd() const { return Next() == tkEof; }
 

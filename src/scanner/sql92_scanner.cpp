@@ -595,7 +595,7 @@ void SQL92Scanner::ScanTokens() {
     }
   };
   enter();
-  AppendTokensUpToEnd([&]() __attribute__((always_inline)) -> TqxToken {
+  AppendTokensUpToEnd([&]() __attribute__((always_inline))->TqxToken {
     if (fast) {
       // Blanks and line breaks, counted as NextCh counts them: CR, LF and CR LF are one
       // break each, and so is LF LF (the second LF swallowed).

@@ -305,7 +305,6 @@ class QORVEX_SQL_EXPORT TqxBaseScanner {
   // NextCh for a pending line break, a line break, a byte above 127 and the end.
   void NextChSlow() noexcept;
 
-
   // After a lead byte: consumes the continuation bytes of a valid UTF-8 sequence, so
   // the sequence is one character. Invalid or truncated sequences leave the byte alone.
   void SkipUtf8Tail() noexcept;
