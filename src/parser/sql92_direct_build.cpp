@@ -268,12 +268,12 @@ class SQL92Parser::DirectBuilder {
   ExpressionPtr ExpressionLogicalTerm();
   bool LogicalBracketsFit();
   ExpressionPtr Predicate(ExpressionPtr left);
-  // An operator chain: each further operand goes one level down for good (checked
-  // against the bound) and is read one level further down still, as in the reading.
+  // The rest of an operator chain after its first operand: each further operand goes one
+  // level down for good (checked against the bound) and is read one level further down
+  // still, as in the reading.
   template <class Operand>
-  ExpressionPtr Chain(const TqxTokenSet& operators, const std::int32_t* kinds, std::int32_t count,
-                      Operand operand) {
-    auto left = operand();
+  ExpressionPtr ChainRest(ExpressionPtr left, const TqxTokenSet& operators,
+                          const std::int32_t* kinds, std::int32_t count, Operand operand) {
     const std::int32_t depth = depth_;
     while (operators.Has(Next())) {
       Enter();
@@ -289,17 +289,27 @@ class SQL92Parser::DirectBuilder {
     depth_ = depth;
     return left;
   }
+  // expression: expressionFactor { ( "+" | "-" ) expressionFactor }, with the first factor's
+  // first operand read here, so that a lone operand costs no further calls.
   ExpressionPtr Expression() {
     Enter();
-    auto node = Chain(kAddOperator, kAddKinds, 2, [this] { return ExpressionFactor(); });
+    ExpressionPtr left = ExpressionUnary();
+    if (kFactorOperator.Has(Next()))
+      left = ChainRest(std::move(left), kFactorOperator, kFactorKinds, 3,
+                       [this] { return ExpressionUnary(); });
+    if (kAddOperator.Has(Next()))
+      left = ChainRest(std::move(left), kAddOperator, kAddKinds, 2,
+                       [this] { return ExpressionFactor(); });
     Leave();
-    return node;
+    return left;
   }
+  // expressionFactor: expressionUnary { ( "*" | "/" | "%" ) expressionUnary }
   ExpressionPtr ExpressionFactor() {
-    return Chain(kFactorOperator, kFactorKinds, 3, [this] { return ExpressionUnary(); });
+    return ChainRest(ExpressionUnary(), kFactorOperator, kFactorKinds, 3,
+                     [this] { return ExpressionUnary(); });
   }
   ExpressionPtr ExpressionUnary() {
-    if (!kUnaryOperator.Has(Next()))
+    if (!kUnaryOperator.Has(Next())) [[likely]]
       return ExpressionTerm();
     Enter();
     TokenOf(kUnaryKinds, 3);
