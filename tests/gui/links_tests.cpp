@@ -109,19 +109,7 @@ class LinkPainting : public DesignerTest {
 
   void SetUp() override {
     DesignerTest::SetUp();
-    Metadata.OnGetTableRelations = [](TqxEventMetadataProvider*, const TSQLDatabaseObject& Table,
-                                      TSQLMetadataRelations& Relations) {
-      if (Table.GetObjName() != "Customers" && Table.GetObjName() != "Orders")
-        return;
-      auto relation = std::make_unique<TSQLMetadataRelation>();
-      relation->PKTable = NewNode<TSQLDatabaseObject>(Table.GetSyntaxProvider());
-      relation->PKTable->AddName("Customers");
-      relation->PKColumns = {"Id"};
-      relation->FKTable = NewNode<TSQLDatabaseObject>(Table.GetSyntaxProvider());
-      relation->FKTable->AddName("Orders");
-      relation->FKColumns = {"CustomerId"};
-      Relations.push_back(std::move(relation));
-    };
+    RelateOrdersToCustomers();
   }
 
   // A link whose left end keeps all its rows (outer) and whose right end is inner; the
@@ -482,36 +470,29 @@ TEST_F(Links, TheLinkMenuOffersRemoveAndEditAndRunsRemove) {
   PlaceSideBySide(BoxOf("Customers c"), BoxOf("Orders o"), 80);
   TqxQueryBuilderLinkControl* link = OnlyLink();
   ASSERT_NE(link, nullptr);
-  QStringList shown;
-  QString bold;
-  TqxQueryBuilderPrivate::Of(Builder.get())->MenuExecutor = [&](QMenu& Menu, const QPoint&) {
-    QAction* remove = nullptr;
-    for (QAction* action : Menu.actions()) {
-      shown << (action->isSeparator() ? QStringLiteral("-") : action->text());
-      if (action->text() == QStringLiteral("Remove"))
-        remove = action;
-    }
-    if (Menu.defaultAction() != nullptr)
-      bold = Menu.defaultAction()->text();
-    return remove;
-  };
+  ChooseInMenus("Remove");
   const QPoint onLine = ToCanvas(link, 0) + QPoint(5, 1);
   QContextMenuEvent event(QContextMenuEvent::Mouse, onLine, Canvas()->mapToGlobal(onLine));
   QApplication::sendEvent(Canvas(), &event);
   Settle();
-  EXPECT_EQ(shown, QStringList({"Remove", "Edit...", "-", "About Qorvex..."}));
-  EXPECT_EQ(bold, QStringLiteral("Edit..."));
+  EXPECT_EQ(MenuCaptions, QStringList({"Remove", "Edit...", "-", "About Qorvex..."}));
+  EXPECT_EQ(Bold, QStringList{"Edit..."});
   EXPECT_EQ(Sql().find("CustomerId"), std::string::npos) << Sql();
   EXPECT_TRUE(WorkArea()->LinkControls().empty());
 }
 
-TEST_F(Links, ADroppedFieldIsDrawnAtOnce) {
+TEST_F(Links, AFieldDroppedOnAnotherBoxJoinsThemAndTheLinkIsDrawnAtOnce) {
   Load("select * from Customers c, Orders o");
   Box* customers = BoxOf("Customers c");
   Box* orders = BoxOf("Orders o");
   PlaceSideBySide(customers, orders, 60);
   EXPECT_TRUE(WorkArea()->LinkControls().empty());
+  QSignalSpy changed(Builder.get(), &TqxQueryBuilder::sqlChanged);
   DragField(customers, 1, orders->GetFieldsList()->viewport()->mapToGlobal(RowCenter(orders, 2)));
+  EXPECT_EQ(changed.count(), 1);
+  EXPECT_NE(Sql().find("ON c.Id=o.CustomerId"), std::string::npos) << Sql();
+  EXPECT_FALSE(customers->GetFieldsList()->IsDragging());
+  ExpectBoxesMatchModel();
   TqxQueryBuilderLinkControl* link = OnlyLink();
   ASSERT_NE(link, nullptr) << Sql();
   EXPECT_TRUE(link->isVisible());

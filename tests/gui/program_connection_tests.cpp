@@ -14,12 +14,10 @@
 #include <QSpinBox>
 #include <QTableView>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QTreeWidget>
 
 #include "connection_dialog.h"
-#include "gui/designer_fixture.h"
-#include "main_window.h"
+#include "gui/window_fixture.h"
 #include "object_browser.h"
 #include "preferences_dialog.h"
 #include "qorvex/designer/dialogs.h"
@@ -38,24 +36,17 @@ insert into Customers values (1, 'Ann'), (2, 'Bob'), (3, 'Cy');
 insert into Orders values (1, 1, 5), (2, 1, 20), (3, 2, 30), (4, 3, 1), (5, 3, 12);
 )";
 
-class ProgramOnDatabase : public DesignerTest {
+class ProgramOnDatabase : public WindowTest {
  protected:
   void SetUp() override {
-    DesignerTest::SetUp();
+    WindowTest::SetUp();
     ASSERT_TRUE(Dir.isValid());
     // Settings go to the temporary folder, not to the user's.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, Dir.path());
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, Dir.path());
     Path = Dir.filePath(QStringLiteral("shop.sqlite"));
     Exec(kSchema);
-    Window = std::make_unique<TqxDesignerWindow>(&Syntax, &Metadata, QString());
-    Window->resize(1000, 760);
-    Window->show();
-    Settle();
-  }
-  void TearDown() override {
-    Window.reset();
-    DesignerTest::TearDown();
+    OpenWindow();
   }
   // Changes the database behind the program's back.
   void Exec(const char* Sql) const {
@@ -118,7 +109,6 @@ class ProgramOnDatabase : public DesignerTest {
 
   QTemporaryDir Dir;
   QString Path;
-  std::unique_ptr<TqxDesignerWindow> Window;
 };
 
 TEST_F(ProgramOnDatabase, BrowserListsFiltersAndAddsObjects) {
@@ -196,18 +186,14 @@ TEST_F(ProgramOnDatabase, RunsTheStatementAndCountsRows) {
   ASSERT_TRUE(Run("select null as Empty"));
   EXPECT_EQ(Window->Results()->Model()->index(0, 0).data(), "NULL")
       << Window->Results()->ErrorText().toStdString() << Rows();
-  Window->Editor()->setPlainText("select * from BigOrders");
-  Window->ApplyText();
-  Settle();
+  Apply("select * from BigOrders");
   ASSERT_TRUE(Run(Window->Editor()->toPlainText()));
   EXPECT_EQ(Rows(), 3);
 }
 
 TEST_F(ProgramOnDatabase, FailuresShowTheDatabaseMessageAndTheWindowGoesOn) {
   Open();
-  Window->Editor()->setPlainText("select * from Orders");
-  Window->ApplyText();
-  Settle();
+  Apply("select * from Orders");
   Exec("drop view BigOrders; drop table Orders;");
   struct Case {
     const char* sql;
@@ -323,20 +309,16 @@ TEST_F(ProgramOnDatabase, ODBCDialogListsDriversAndTests) {
 
 TEST_F(ProgramOnDatabase, KeyboardAndPreferences) {
   Open();
-  Window->Editor()->setPlainText("select * from Customers c");
-  Window->ApplyText();
-  Settle();
+  Apply("select * from Customers c");
   // F2 without a focused box says what to do; with one it edits the alias.
   Window->Editor()->setFocus();
   EXPECT_FALSE(Window->RenameFocused());
   QList<Box*> boxes = Window->Builder()->findChildren<Box*>();
   ASSERT_EQ(boxes.size(), 1);
   QTest::mouseClick(boxes.front(), Qt::LeftButton, Qt::NoModifier, QPoint(20, 6));
-  QTimer::singleShot(0, [] {
-    auto* form = qobject_cast<TqxDatasourcePropsForm*>(QApplication::activeModalWidget());
-    ASSERT_NE(form, nullptr);
-    form->eAlias->setText("cu");
-    form->accept();
+  OnModal<TqxDatasourcePropsForm>([](TqxDatasourcePropsForm* Form) {
+    Form->eAlias->setText("cu");
+    Form->accept();
   });
   QTest::keyClick(Window.get(), Qt::Key_F2);
   Settle();

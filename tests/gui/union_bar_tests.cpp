@@ -6,11 +6,8 @@
 #include <QStyle>
 #include <functional>
 
-#include <QPlainTextEdit>
-
 #include "designer/union_nav_bar.h"
-#include "gui/designer_fixture.h"
-#include "main_window.h"
+#include "gui/window_fixture.h"
 #include "qorvex/syntax/sql92_syntax_provider.h"
 
 namespace qorvex::testing_gui {
@@ -30,7 +27,7 @@ class TqxSetOpsSyntaxProvider : public TqxSQL92SyntaxProvider {
   }
 };
 
-class UnionBar : public DesignerTest {
+class UnionBar : public WindowTest {
  public:
   TqxQueryBuiderPageControl* Pages() const {
     return TqxQueryBuilderPrivate::Of(Builder.get())->Pages;
@@ -79,29 +76,6 @@ class UnionBar : public DesignerTest {
     QTest::mouseRelease(Source, Qt::LeftButton, Qt::NoModifier, end);
   }
 
-  // Chooses the item captioned Choose in the next menu and records the menu's captions.
-  void ChooseInMenus(const QString& Choose) {
-    TqxQueryBuilderPrivate::Of(Builder.get())->MenuExecutor = [this, Choose](QMenu& menu,
-                                                                             const QPoint&) {
-      MenuCaptions.clear();
-      Checked.clear();
-      QAction* chosen = nullptr;
-      std::function<void(QMenu&)> walk = [&](QMenu& m) {
-        for (QAction* action : m.actions()) {
-          MenuCaptions.push_back(action->isSeparator() ? QStringLiteral("-") : action->text());
-          if (action->isChecked())
-            Checked.push_back(action->text());
-          if (action->text() == Choose)
-            chosen = action;
-          if (action->menu() != nullptr)
-            walk(*action->menu());
-        }
-      };
-      walk(menu);
-      return chosen;
-    };
-  }
-
   // The buttons stand in operand order, left to right, each showing its operand's name.
   void ExpectBarMatchesModel(int Tab = 0) {
     std::vector<TqxUnionSubQuery*> operands;
@@ -118,9 +92,6 @@ class UnionBar : public DesignerTest {
     EXPECT_EQ(Sheet(Tab)->GetOperandPages()->count(), static_cast<int>(operands.size()));
     EXPECT_EQ(Bar(Tab)->width(), Bar(Tab)->CalcWidth());
   }
-
-  std::vector<QString> MenuCaptions;
-  std::vector<QString> Checked;
 };
 
 TEST_F(UnionBar, AQueryWithoutUnionsShowsOneOperatorAndOneButtonInTheChosenCorner) {
@@ -265,10 +236,9 @@ TEST_F(UnionBar, TheOperatorMenuListsTheProvidersOperatorsAndSetsOne) {
 
   ChooseInMenus("Except All");
   QTest::mouseClick(op, Qt::LeftButton, Qt::NoModifier, op->rect().center());
-  const std::vector<QString> expected = {"Union",     "Union All",     "Except", "Except All",
-                                         "Intersect", "Intersect All", "-",      "About Qorvex..."};
-  EXPECT_EQ(MenuCaptions, expected);
-  EXPECT_EQ(Checked, std::vector<QString>{"Union"});
+  EXPECT_EQ(MenuCaptions, QStringList({"Union", "Union All", "Except", "Except All", "Intersect",
+                                       "Intersect All", "-", "About Qorvex..."}));
+  EXPECT_EQ(Checked, QStringList{"Union"});
   EXPECT_NE(QString::fromStdString(Sql()).toUpper().indexOf("EXCEPT ALL"), -1) << Sql();
   EXPECT_EQ(ModelSql(Sql()), Sql());
   EXPECT_EQ(op->GetCaption(), "ea");
@@ -281,7 +251,7 @@ TEST_F(UnionBar, TheOperatorMenuListsTheProvidersOperatorsAndSetsOne) {
   EXPECT_TRUE(MenuCaptions.empty());
   ChooseInMenus("");
   QTest::mouseClick(op, Qt::LeftButton, Qt::NoModifier, op->rect().center());
-  EXPECT_EQ(Checked, std::vector<QString>{"Except All"});
+  EXPECT_EQ(Checked, QStringList{"Except All"});
   Builder->SetSyntaxProvider(&Syntax);
 }
 
@@ -296,7 +266,7 @@ TEST_F(UnionBar, WithoutASyntaxProviderOperatorsArePlainRectanglesWithOnlyTheClo
   EXPECT_EQ(image.pixelColor(8, 8), op->palette().color(QPalette::Base));
   ChooseInMenus("");
   QTest::mouseClick(op, Qt::LeftButton, Qt::NoModifier, op->rect().center());
-  EXPECT_EQ(MenuCaptions, (std::vector<QString>{"-", "About Qorvex..."}));
+  EXPECT_EQ(MenuCaptions, QStringList({"-", "About Qorvex..."}));
 }
 
 TEST_F(UnionBar, TheUnionMenuAddsEnclosesAndRemovesOperandsWithTheirButtonsAndPages) {
@@ -379,17 +349,12 @@ TEST_F(UnionBar, SubQueriesHaveTabsThatFollowTheActiveSubQuery) {
 }
 
 TEST_F(UnionBar, TheProgramShowsAUnionOnTheBarAndItsTextFollowsADrag) {
-  TqxDesignerWindow window(&Syntax, &Metadata, QString());
-  window.resize(900, 700);
-  window.show();
-  Settle();
-  window.Editor()->setPlainText(
+  OpenWindow();
+  Apply(
       "select Name from Customers union (select Name from Products except select Name from "
       "Customers)");
-  QTest::keyClick(window.Editor(), Qt::Key_Return, Qt::ControlModifier);
-  Settle();
   auto* sheet = qobject_cast<TqxQueryTabSheet*>(
-      TqxQueryBuilderPrivate::Of(window.Builder())->Pages->currentWidget());
+      TqxQueryBuilderPrivate::Of(Window->Builder())->Pages->currentWidget());
   ASSERT_NE(sheet, nullptr);
   QList<TqxUnionButton*> buttons;
   int brackets = 0;
@@ -405,12 +370,12 @@ TEST_F(UnionBar, TheProgramShowsAUnionOnTheBarAndItsTextFollowsADrag) {
 
   DragOnto(buttons[2], buttons[0]);
   Settle();
-  const std::string sql = window.Builder()->GetSQL();
+  const std::string sql = Window->Builder()->GetSQL();
   EXPECT_EQ(ModelSql(sql), sql);
-  EXPECT_EQ(window.Editor()->toPlainText(), QString::fromStdString(sql).remove('\r'))
+  EXPECT_EQ(Window->Editor()->toPlainText(), QString::fromStdString(sql).remove('\r'))
       << "the pane shows the rewritten text";
   std::vector<TqxUnionSubQuery*> operands;
-  window.Builder()->GetQuery()->GetUnionGroup()->GetOperands(operands);
+  Window->Builder()->GetQuery()->GetUnionGroup()->GetOperands(operands);
   ASSERT_EQ(operands.size(), 3u);
   EXPECT_EQ(operands[0]->GetDatasources().front()->GetCaption(), "Customers");
   EXPECT_EQ(operands[1]->GetDatasources().front()->GetCaption(), "Customers");
