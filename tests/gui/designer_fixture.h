@@ -147,6 +147,14 @@ class DesignerTest : public ::testing::Test {
     QTest::mouseRelease(viewport, Qt::LeftButton, Qt::NoModifier, end);
   }
 
+  // Presses at From, moves with the button held half way and all the way to To, releases.
+  static void Drag(QWidget* Target, const QPoint& From, const QPoint& To) {
+    QTest::mousePress(Target, Qt::LeftButton, Qt::NoModifier, From);
+    MoveWithButton(Target, (From + To) / 2);
+    MoveWithButton(Target, To);
+    QTest::mouseRelease(Target, Qt::LeftButton, Qt::NoModifier, To);
+  }
+
   // A mouse move with the left button held (QTest::mouseMove sends no buttons).
   static void MoveWithButton(QWidget* Target, const QPoint& Pos) {
     QMouseEvent move(QEvent::MouseMove, QPointF(Pos), QPointF(Target->mapToGlobal(Pos)),

@@ -50,6 +50,27 @@ class SelectListGrid : public DesignerTest {
     }
   }
 
+  // A row's cells joined by "|".
+  std::string RowText(int Row) const {
+    QStringList cells;
+    for (int col = 0; col < Grid()->ColCount(); ++col)
+      cells << Grid()->Cells(col, Row);
+    return cells.join('|').toStdString();
+  }
+
+  // Per column of a row, one past the last included: '.' read-only, else the editor it
+  // takes: 's' a plain line, 'p' a pick list, 'e' the "..." button.
+  std::string Rules(int Row) const {
+    std::string rules;
+    for (int col = 0; col <= Grid()->ColCount(); ++col) {
+      if (!Grid()->CanEditCell(col, Row))
+        rules += '.';
+      else
+        rules += "spe"[static_cast<int>(Grid()->GetEditStyle(col, Row))];
+    }
+    return rules;
+  }
+
   // The SQL on one line with single spaces, for fragment checks.
   std::string Flat() const {
     std::string out;
@@ -63,50 +84,33 @@ class SelectListGrid : public DesignerTest {
   }
 };
 
-TEST_F(SelectListGrid, AFreshListShowsTheHeaderAndOneEmptyRow) {
+TEST_F(SelectListGrid, ShowsTheHeaderAndEveryPropertyOfTheRows) {
   Load("select c.Name from Customers c");
   Load("");
   GridControl* grid = Grid();
   ASSERT_NE(grid, nullptr);
-  EXPECT_EQ(grid->ColCount(), 11);
+  ASSERT_EQ(grid->ColCount(), 11);
+  EXPECT_EQ(RowText(0),
+            "|Output|Expression|Alias|Sort Type|Sort Order|Group By|Criteria|Or...|Or...|Or...");
   EXPECT_EQ(grid->RowCount(), 2);
-  const QStringList captions = {"",          "Output",     "Expression", "Alias",
-                                "Sort Type", "Sort Order", "Group By",   "Criteria",
-                                "Or...",     "Or...",      "Or..."};
-  for (int col = 0; col < 11; ++col)
-    EXPECT_EQ(grid->Cells(col, 0), captions[col]) << col;
+  EXPECT_EQ(RowText(1), "|-1|||||||||") << "one empty row, which cannot be output";
   const int widths[] = {12, 40, 100, 70, 90, 64, 64, 64, 64, 64, 64};
   for (int col = 0; col < 11; ++col)
     EXPECT_EQ(grid->ColWidths(col), widths[col]) << col;
   EXPECT_EQ(grid->RowHeights(0), 18);
   EXPECT_GE(grid->RowHeights(1), 16);
-  EXPECT_EQ(grid->Cells(1, 1), "-1") << "the empty row cannot be output";
-  for (int col = 2; col < 11; ++col)
-    EXPECT_EQ(grid->Cells(col, 1), "") << col;
   // The grid fills the bottom panel of the page.
   EXPECT_EQ(grid->parentWidget()->objectName(), "qorvexColumnsPane");
   EXPECT_EQ(grid->size(), grid->parentWidget()->size());
-}
 
-TEST_F(SelectListGrid, ShowsEveryPropertyOfTheRows) {
   Load(
       "select c.Name as N, count(o.Id) from Customers c inner join Orders o on c.Id = "
       "o.CustomerId where c.Country = 'FR' or c.Country = 'DE' group by c.Name order by c.Name "
       "desc");
-  GridControl* grid = Grid();
-  ASSERT_EQ(grid->RowCount(), 5) << "two output rows, the Country row and the empty row";
-  EXPECT_EQ(grid->Cells(1, 1), "1");
-  EXPECT_EQ(grid->Cells(2, 1), "c.Name");
-  EXPECT_EQ(grid->Cells(3, 1), "N");
-  EXPECT_EQ(grid->Cells(4, 1), "Descending");
-  EXPECT_EQ(grid->Cells(5, 1), "1");
-  EXPECT_EQ(grid->Cells(6, 1), "Group By");
-  EXPECT_EQ(grid->Cells(6, 2), "Aggregate");
-  EXPECT_EQ(grid->Cells(1, 3), "0");
-  EXPECT_EQ(grid->Cells(2, 3), "c.Country");
-  EXPECT_EQ(grid->Cells(6, 3), "Where");
-  EXPECT_EQ(grid->Cells(7, 3), "='FR'");
-  EXPECT_EQ(grid->Cells(8, 3), "='DE'");
+  ASSERT_EQ(Grid()->RowCount(), 5) << "two output rows, the Country row and the empty row";
+  EXPECT_EQ(RowText(1), "|1|c.Name|N|Descending|1|Group By||||");
+  EXPECT_EQ(RowText(2), "|1|count(o.Id)||||Aggregate||||");
+  EXPECT_EQ(RowText(3), "|0|c.Country||||Where|='FR'|='DE'||");
 }
 
 TEST_F(SelectListGrid, EditingRulesFollowTheRow) {
@@ -115,47 +119,15 @@ TEST_F(SelectListGrid, EditingRulesFollowTheRow) {
   GridControl* grid = Grid();
   ASSERT_EQ(grid->RowCount(), 5);
   EXPECT_EQ(grid->Cells(2, 3), "c.Name IS NULL");
-  struct Case {
-    int Col, Row;
-    bool Editable;
-    Style EditStyle;
-  };
   const int empty = 4;
-  const Case cases[] = {
-      // a column: everything but Output
-      {0, 1, false, Style::esSimple},
-      {1, 1, false, Style::esSimple},
-      {2, 1, true, Style::esPickList},
-      {3, 1, true, Style::esSimple},
-      {4, 1, true, Style::esPickList},
-      {5, 1, true, Style::esPickList},
-      {6, 1, true, Style::esPickList},
-      {7, 1, true, Style::esSimple},
-      {10, 1, true, Style::esSimple},
-      // a sub-query: the "..." button
-      {2, 2, true, Style::esEllipsis},
-      // a condition: no alias, no sorting; its criteria offer =TRUE / =FALSE
-      {3, 3, false, Style::esSimple},
-      {4, 3, false, Style::esPickList},
-      {5, 3, false, Style::esPickList},
-      {7, 3, true, Style::esPickList},
-      // the empty row: only its expression
-      {2, empty, true, Style::esPickList},
-      {3, empty, false, Style::esSimple},
-      {4, empty, false, Style::esPickList},
-      {6, empty, false, Style::esPickList},
-      {7, empty, false, Style::esSimple},
-      {8, empty, false, Style::esSimple},
-      // outside the rows
-      {2, 0, false, Style::esSimple},
-      {2, empty + 1, false, Style::esSimple},
-      {11, 1, false, Style::esSimple},
-  };
-  for (const Case& c : cases) {
-    EXPECT_EQ(grid->CanEditCell(c.Col, c.Row), c.Editable) << c.Col << "," << c.Row;
-    if (c.Editable)
-      EXPECT_EQ(grid->GetEditStyle(c.Col, c.Row), c.EditStyle) << c.Col << "," << c.Row;
-  }
+  // A column: everything but Output; a sub-query: the "..." button; a condition: no alias,
+  // no sorting, its criteria offer =TRUE / =FALSE; the empty row: only its expression.
+  EXPECT_EQ(Rules(0), "............");
+  EXPECT_EQ(Rules(1), "..pspppssss.");
+  EXPECT_EQ(Rules(2), "..espppssss.");
+  EXPECT_EQ(Rules(3), "..p...ppppp.");
+  EXPECT_EQ(Rules(empty), "..p.........");
+  EXPECT_EQ(Rules(empty + 1), "............");
   EXPECT_EQ(grid->Cells(1, 3), "-1");
   // A cell that cannot be edited opens no editor, whatever the key.
   grid->setFocus();

@@ -50,10 +50,7 @@ class UndoLayoutTest : public WindowTest {
   // Drags a box by its caption, as a mouse would.
   static void DragBox(Box* B, QPoint Delta) {
     const QPoint start = B->CaptionRect().topLeft() + QPoint(10, 5);
-    QTest::mousePress(B, Qt::LeftButton, Qt::NoModifier, start);
-    MoveWithButton(B, start + Delta / 2);
-    MoveWithButton(B, start + Delta);
-    QTest::mouseRelease(B, Qt::LeftButton, Qt::NoModifier, start + Delta);
+    Drag(B, start, start + Delta);
   }
 };
 
