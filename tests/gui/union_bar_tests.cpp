@@ -4,7 +4,6 @@
 #include <QScrollBar>
 #include <QStackedWidget>
 #include <QStyle>
-#include <functional>
 
 #include "designer/union_nav_bar.h"
 #include "gui/window_fixture.h"
@@ -149,66 +148,56 @@ TEST_F(UnionBar, ClickingAButtonShowsItsOperandsPage) {
   EXPECT_TRUE(Errors.empty());
 }
 
-// Each row: a statement, a drag on its bar, and the statement the model must then write.
-struct DragCase {
-  const char* Name;
-  const char* Sql;
-  std::function<std::pair<QWidget*, QWidget*>(UnionBar&)> Pick;
-  const char* Expected;  // null: the drop is refused and nothing changes
-};
-
+// Each row: a union (C, O and I select everything from Customers, Orders and Items, u is union),
+// a drag on its bar from one control onto another (bN the N-th button, oN the N-th operator,
+// "[" and "]" the brackets) and the union the model must then write.
 TEST_F(UnionBar, DragsReshapeTheUnion) {
-  const char* flat = "select * from Customers union select * from Orders union select * from Items";
-  const char* tail =
-      "select * from Customers union (select * from Orders union select * from Items)";
-  const char* head =
-      "(select * from Customers union select * from Orders) union select * from Items";
-  auto button = [](int I) { return [I](UnionBar& t) -> QWidget* { return t.Button(I); }; };
-  auto bracket = [](bool Left) {
-    return [Left](UnionBar& t) -> QWidget* { return t.Bracket(Left); };
+  auto expand = [](const std::string& Shape) {
+    const std::map<char, std::string> words = {{'C', "select * from Customers"},
+                                               {'O', "select * from Orders"},
+                                               {'I', "select * from Items"},
+                                               {'u', "union"}};
+    std::string sql;
+    for (char c : Shape)
+      sql += words.count(c) ? words.at(c) : std::string(1, c);
+    return sql;
   };
-  auto pick = [](auto From, auto To) {
-    return [From, To](UnionBar& t) { return std::make_pair(From(t), To(t)); };
+  auto control = [this](const std::string& Code) -> QWidget* {
+    if (Code == "[" || Code == "]")
+      return Bracket(Code == "[");
+    const int n = Code[1] - '0';
+    return Code[0] == 'b' ? static_cast<QWidget*>(Button(n)) : Controls<TqxUnionOperator>().at(n);
   };
-  const DragCase cases[] = {
-      {"first onto last", flat, pick(button(0), button(2)),
-       "select * from Orders union select * from Items union select * from Customers"},
-      {"last onto first", flat, pick(button(2), button(0)),
-       "select * from Items union select * from Customers union select * from Orders"},
-      {"left bracket onto the operand before its group", tail, pick(bracket(true), button(0)),
-       "(select * from Customers union select * from Orders union select * from Items)"},
-      {"left bracket onto the group's first member", tail, pick(bracket(true), button(1)),
-       "select * from Customers union select * from Orders union (select * from Items)"},
-      {"right bracket onto the operand after its group", head, pick(bracket(false), button(2)),
-       "(select * from Customers union select * from Orders union select * from Items)"},
-      {"right bracket onto the group's last member", head, pick(bracket(false), button(1)),
-       "(select * from Customers) union select * from Orders union select * from Items"},
-      {"left bracket onto an operand after its group", head, pick(bracket(true), button(2)),
-       nullptr},
-      {"right bracket onto an operand before its group", tail, pick(bracket(false), button(0)),
-       nullptr},
-      {"a button onto itself", flat, pick(button(1), button(1)), nullptr},
-      {"a button after the group onto its left bracket", head, pick(button(2), bracket(true)),
-       "select * from Items union (select * from Customers union select * from Orders)"},
-      {"a button before the group onto its left bracket", tail, pick(button(0), bracket(true)),
-       "(select * from Customers union select * from Orders union select * from Items)"},
-      {"a button after the group onto its right bracket", head, pick(button(2), bracket(false)),
-       "(select * from Customers union select * from Orders union select * from Items)"},
-      {"a member onto its group's right bracket", head, pick(button(0), bracket(false)),
-       "(select * from Orders) union select * from Customers union select * from Items"},
-      {"a button onto an operator passes to that operand", flat,
-       [](UnionBar& t) {
-         return std::make_pair<QWidget*, QWidget*>(t.Button(0), t.Controls<TqxUnionOperator>()[2]);
-       },
-       "select * from Orders union select * from Items union select * from Customers"},
+  const struct {
+    const char* Name;
+    const char* Union;
+    const char* From;
+    const char* To;
+    const char* Expected;  // null: the drop is refused and nothing changes
+  } cases[] = {
+      {"first onto last", "C u O u I", "b0", "b2", "O u I u C"},
+      {"last onto first", "C u O u I", "b2", "b0", "I u C u O"},
+      {"left bracket onto the operand before its group", "C u (O u I)", "[", "b0", "(C u O u I)"},
+      {"left bracket onto the group's first member", "C u (O u I)", "[", "b1", "C u O u (I)"},
+      {"right bracket onto the operand after its group", "(C u O) u I", "]", "b2", "(C u O u I)"},
+      {"right bracket onto the group's last member", "(C u O) u I", "]", "b1", "(C) u O u I"},
+      {"left bracket onto an operand after its group", "(C u O) u I", "[", "b2", nullptr},
+      {"right bracket onto an operand before its group", "C u (O u I)", "]", "b0", nullptr},
+      {"a button onto itself", "C u O u I", "b1", "b1", nullptr},
+      {"a button after the group onto its left bracket", "(C u O) u I", "b2", "[", "I u (C u O)"},
+      {"a button before the group onto its left bracket", "C u (O u I)", "b0", "[", "(C u O u I)"},
+      {"a button after the group onto its right bracket", "(C u O) u I", "b2", "]", "(C u O u I)"},
+      {"a member onto its group's right bracket", "(C u O) u I", "b0", "]", "(O) u C u I"},
+      {"a button onto an operator passes to that operand", "C u O u I", "b0", "o2", "O u I u C"},
   };
-  for (const DragCase& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.Name);
-    Load(c.Sql);
+    Load(QString::fromStdString(expand(c.Union)));
     const std::string before = Sql();
     const int aligned = Bar()->GetAlignCount();
     QSignalSpy changed(Builder.get(), &TqxQueryBuilder::sqlChanged);
-    auto [source, target] = c.Pick(*this);
+    QWidget* source = control(c.From);
+    QWidget* target = control(c.To);
     EXPECT_EQ(Bar()->CanDrop(source, target), c.Expected != nullptr);
     DragOnto(source, target);
     Settle();
@@ -216,7 +205,7 @@ TEST_F(UnionBar, DragsReshapeTheUnion) {
       EXPECT_EQ(Sql(), before);
       EXPECT_EQ(changed.count(), 0);
     } else {
-      EXPECT_EQ(Sql(), ModelSql(c.Expected));
+      EXPECT_EQ(Sql(), ModelSql(expand(c.Expected)));
       EXPECT_EQ(changed.count(), 1) << "one change per drop";
       EXPECT_EQ(Bar()->GetAlignCount(), aligned + 1) << "the bar is aligned once per drop";
       EXPECT_EQ(ModelSql(Sql()), Sql()) << "the new SQL reads back to itself";
@@ -252,14 +241,11 @@ TEST_F(UnionBar, TheOperatorMenuListsTheProvidersOperatorsAndSetsOne) {
   ChooseInMenus("");
   QTest::mouseClick(op, Qt::LeftButton, Qt::NoModifier, op->rect().center());
   EXPECT_EQ(Checked, QStringList{"Except All"});
-  Builder->SetSyntaxProvider(&Syntax);
-}
 
-TEST_F(UnionBar, WithoutASyntaxProviderOperatorsArePlainRectanglesWithOnlyTheClosingItems) {
-  Load("select * from Customers");
+  // Without a syntax provider: plain rectangles, and only the closing items.
   Builder->SetSyntaxProvider(nullptr);
   Settle();
-  TqxUnionOperator* op = Controls<TqxUnionOperator>().at(0);
+  op = Controls<TqxUnionOperator>().at(0);
   EXPECT_TRUE(op->Icon().isNull());
   const QImage image = op->grab().toImage();
   EXPECT_EQ(image.pixelColor(0, 0), op->palette().color(QPalette::WindowText));
