@@ -83,13 +83,24 @@ class Dialogs : public DesignerTest {
   std::vector<std::string> TableNames = {"Customers", "Orders", "Order Details", "order"};
 };
 
-TEST_F(Dialogs, AddObjectFiltersListsAndAddsTheSelectedTablesQuotedAsNeeded) {
+TEST_F(Dialogs, AddObjectTakesOptionsFiltersAndAddsTheSelectedTablesQuotedAsNeeded) {
   QSignalSpy changed(Builder.get(), &TqxQueryBuilder::sqlChanged);
   WithAddObject([&](TqxAddObjectForm* Form) {
     EXPECT_EQ(Form->windowTitle(), "Add new object");
     EXPECT_EQ(Form->pcObjects->currentWidget(), Form->tsTables);
     EXPECT_EQ(Form->lTables->model()->rowCount(), 4) << "tables in the provider's order";
     EXPECT_EQ(Form->lTables->model()->index(2, 0).data().toString(), "Order Details");
+    // Options reach the open dialog; the size it is left with is kept.
+    const double scale = DialogScale(Form);
+    EXPECT_NEAR(Form->width(), 294 * scale, 1);
+    EXPECT_EQ(Form->lTables->flow(), QListView::TopToBottom);
+    TqxAddObjectFormOptions options = Builder->GetAddObjectFormOptions();
+    options.ListViewStyle = vsIcon;
+    options.Width = 400;
+    Builder->SetAddObjectFormOptions(options);
+    EXPECT_EQ(Form->lTables->viewMode(), QListView::IconMode);
+    EXPECT_NEAR(Form->width(), 400 * scale, 1);
+    Form->resize(Form->width(), static_cast<int>(500 * scale));
     QTest::mouseClick(Form->bAdd, Qt::LeftButton);  // nothing selected
     EXPECT_EQ(changed.count(), 0);
     // The filter ignores case and narrows both lists; the row added is the one shown.
@@ -108,6 +119,8 @@ TEST_F(Dialogs, AddObjectFiltersListsAndAddsTheSelectedTablesQuotedAsNeeded) {
     EXPECT_TRUE(Form->isVisible());
   });
   EXPECT_EQ(changed.count(), 2);
+  EXPECT_NEAR(Builder->GetAddObjectFormOptions().Height, 500, 1);
+  EXPECT_EQ(Builder->GetAddObjectFormOptions().Width, 400);
   // A name with a blank and a reserved word are quoted.
   for (const char* name : {"\"Order Details\"", " Customers", "\"order\""})
     EXPECT_NE(Sql().find(name), std::string::npos) << name << "\n" << Sql();
@@ -160,23 +173,6 @@ TEST_F(Dialogs, AddingWithForeignKeysCreatesLinksAndCardinalities) {
     EXPECT_EQ(link->GetLeftCardinality(), qblcOne);
     EXPECT_EQ(link->GetRightCardinality(), qblcMany);
   }
-}
-
-TEST_F(Dialogs, AddObjectOptionsReachTheOpenDialogAndItsSizeIsKept) {
-  WithAddObject([&](TqxAddObjectForm* Form) {
-    const double scale = DialogScale(Form);
-    EXPECT_NEAR(Form->width(), 294 * scale, 1);
-    EXPECT_EQ(Form->lTables->flow(), QListView::TopToBottom);
-    TqxAddObjectFormOptions options = Builder->GetAddObjectFormOptions();
-    options.ListViewStyle = vsIcon;
-    options.Width = 400;
-    Builder->SetAddObjectFormOptions(options);
-    EXPECT_EQ(Form->lTables->viewMode(), QListView::IconMode);
-    EXPECT_NEAR(Form->width(), 400 * scale, 1);
-    Form->resize(Form->width(), static_cast<int>(500 * scale));
-  });
-  EXPECT_NEAR(Builder->GetAddObjectFormOptions().Height, 500, 1);
-  EXPECT_EQ(Builder->GetAddObjectFormOptions().Width, 400);
 }
 
 TEST_F(Dialogs, DatasourceAliasIsSavedOnlyWhenChangedAndValid) {
