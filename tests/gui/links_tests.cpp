@@ -459,12 +459,48 @@ TEST_F(Links, TheLinkMenuOffersRemoveAndEditAndRunsRemove) {
   EXPECT_TRUE(WorkArea()->LinkControls().empty());
 }
 
+// Field rows dragged with the mouse: a drag starts three pixels out; a row dropped on another
+// box's row joins the two and the link is drawn at once; any other drop changes nothing.
 TEST_F(Links, AFieldDroppedOnAnotherBoxJoinsThemAndTheLinkIsDrawnAtOnce) {
   Load("select * from Customers c, Orders o");
   Box* customers = BoxOf("Customers c");
   Box* orders = BoxOf("Orders o");
   PlaceSideBySide(customers, orders, 60);
-  EXPECT_TRUE(WorkArea()->LinkControls().empty());
+  // Room below the rows of the target, to drop on empty list space.
+  orders->ProposeGeometry(QRect(orders->pos(), orders->size() + QSize(0, 60)));
+  auto* source = customers->GetFieldsList();
+  auto* target = orders->GetFieldsList();
+  const std::string before = Sql();
+  const QPoint start = RowCenter(customers, 2);
+  for (const auto& [move, drags] : {std::pair{QPoint(2, 0), false},
+                                    {QPoint(2, -2), false},
+                                    {QPoint(0, 2), false},
+                                    {QPoint(3, 0), true},
+                                    {QPoint(0, -3), true},
+                                    {QPoint(-3, 2), true}}) {
+    QTest::mousePress(source->viewport(), Qt::LeftButton, Qt::NoModifier, start);
+    EXPECT_EQ(source->GetPressPoint(), start);
+    MoveWithButton(source->viewport(), start + move);
+    EXPECT_EQ(source->IsDragging(), drags) << move.x() << "," << move.y();
+    QTest::mouseRelease(source->viewport(), Qt::LeftButton, Qt::NoModifier, start + move);
+    EXPECT_EQ(source->GetPressPoint(), QPoint(-1, -1));
+    EXPECT_FALSE(source->IsDragging());
+  }
+  const std::pair<const char*, QPoint> refused[] = {
+      {"the * row", target->viewport()->mapToGlobal(RowCenter(orders, 0))},
+      {"below the rows", target->viewport()->mapToGlobal(
+                             QPoint(10, target->visualItemRect(target->item(3)).bottom() + 2))},
+      {"the same box", source->viewport()->mapToGlobal(RowCenter(customers, 2))},
+      {"the empty diagram", Canvas()->mapToGlobal(QPoint(600, 300))},
+      {"the caption of the other box", orders->mapToGlobal(orders->CaptionRect().center())},
+  };
+  for (const auto& [where, point] : refused) {
+    DragField(customers, 1, point);
+    EXPECT_EQ(Sql(), before) << where;
+  }
+  DragField(customers, 0, target->viewport()->mapToGlobal(RowCenter(orders, 2)));
+  EXPECT_EQ(Sql(), before) << "a drag from \"*\" is no field drag";
+
   QSignalSpy changed(Builder.get(), &TqxQueryBuilder::sqlChanged);
   DragField(customers, 1, orders->GetFieldsList()->viewport()->mapToGlobal(RowCenter(orders, 2)));
   EXPECT_EQ(changed.count(), 1);
@@ -483,6 +519,22 @@ TEST_F(Links, AFieldDroppedOnAnotherBoxJoinsThemAndTheLinkIsDrawnAtOnce) {
   for (int y = middle.y() - 3; y <= middle.y() + 3; ++y)
     dark += qGray(shot.pixel(middle.x(), y)) < 60 ? 1 : 0;
   EXPECT_GE(dark, 1);
+
+  // Fields of another union operand never meet: their boxes are on other diagrams.
+  EXPECT_TRUE(target->CanAcceptDrop(source, 1));
+  EXPECT_FALSE(target->CanAcceptDrop(target, 1));
+  TqxUnionSubQuery* second = nullptr;
+  TqxQueryBuilderPrivate::Run(Builder.get(), [&] {
+    second = Operand()->GetParentGroup()->Add();
+    second->AddObject("Items");
+  });
+  ASSERT_NE(second, nullptr);
+  const std::vector<Box*> boxes = Boxes();
+  auto items = std::find_if(boxes.begin(), boxes.end(), [&](Box* B) {
+    return B->GetDatasource()->GetUnionSubQuery() == second;
+  });
+  ASSERT_NE(items, boxes.end());
+  EXPECT_FALSE((*items)->GetFieldsList()->CanAcceptDrop(source, 1));
 }
 
 TEST_F(Links, TheBuilderOwnsItsPainterAndFallsBackToAccessStyle) {
