@@ -76,6 +76,18 @@ class DesignerTest : public ::testing::Test {
 
   std::string Sql() const { return Builder->GetSQL(); }
 
+  // The SQL on one line with single spaces, for fragment checks.
+  std::string Flat() const {
+    std::string out;
+    for (char c : Sql()) {
+      const bool blank = c == ' ' || c == '\r' || c == '\n' || c == '\t';
+      if (blank && (out.empty() || out.back() == ' '))
+        continue;
+      out += blank ? ' ' : c;
+    }
+    return out;
+  }
+
   TqxUnionSubQuery* Operand() const { return Builder->GetActiveUnionSubquery(); }
 
   TqxQueryBuilderWorkArea* WorkArea() const {

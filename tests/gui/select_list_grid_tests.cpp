@@ -70,18 +70,6 @@ class SelectListGrid : public DesignerTest {
     }
     return rules;
   }
-
-  // The SQL on one line with single spaces, for fragment checks.
-  std::string Flat() const {
-    std::string out;
-    for (char c : Sql()) {
-      const bool blank = c == ' ' || c == '\r' || c == '\n' || c == '\t';
-      if (blank && (out.empty() || out.back() == ' '))
-        continue;
-      out += blank ? ' ' : c;
-    }
-    return out;
-  }
 };
 
 TEST_F(SelectListGrid, ShowsTheHeaderAndEveryPropertyOfTheRows) {
