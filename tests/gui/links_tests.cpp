@@ -1,6 +1,5 @@
 // Links on the diagram: where the link controls go, what their lines answer to, what each
 // painter style draws, and editing links with the mouse and the keyboard.
-#include <QActionGroup>
 #include <QContextMenuEvent>
 #include <QImage>
 #include <QMenu>
@@ -9,7 +8,6 @@
 
 #include "designer/link_control.h"
 #include "designer_fixture.h"
-#include "main_window.h"
 #include "qorvex/ast/expressions.h"
 #include "qorvex/designer/link_painters.h"
 
@@ -570,28 +568,6 @@ TEST_F(Links, TheBuilderOwnsItsPainterAndFallsBackToAccessStyle) {
   EXPECT_EQ(Builder->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
   EXPECT_FALSE(Builder->CreateByUserName("Fancy"));
   EXPECT_EQ(Builder->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
-}
-
-TEST_F(Links, TheProgramsViewMenuSwitchesTheLinkStyle) {
-  TqxDesignerWindow window(&Syntax, &Metadata, QString());
-  TqxQueryBuilder* builder = window.Builder();
-  auto checked = [&] {
-    QStringList texts;
-    for (QAction* action : window.LinkStyleActions()->actions()) {
-      if (action->isChecked())
-        texts << action->text();
-    }
-    return texts;
-  };
-  ASSERT_EQ(window.LinkStyleActions()->actions().size(), 3);
-  EXPECT_EQ(checked(), QStringList({"Access Style"}));
-  window.LinkStyleActions()->actions()[1]->trigger();
-  EXPECT_EQ(builder->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
-  EXPECT_EQ(checked(), QStringList({"MS SQL Style"}));
-  EXPECT_FALSE(window.SetLinkStyle("Access"));
-  EXPECT_EQ(checked(), QStringList({"MS SQL Style"}));
-  EXPECT_TRUE(window.SetLinkStyle("Simple"));
-  EXPECT_EQ(checked(), QStringList({"Simple"}));
 }
 
 }  // namespace

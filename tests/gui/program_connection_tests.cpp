@@ -2,6 +2,7 @@
 // statement, keyboard commands and preferences.
 #include <sqlite3.h>
 
+#include <QActionGroup>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDropEvent>
@@ -335,6 +336,25 @@ TEST_F(ProgramOnDatabase, KeyboardAndPreferences) {
   }
   for (const char* menu : {"menuFile", "menuEdit", "menuView", "menuQuery", "menuHelp"})
     EXPECT_NE(Window->Menu(menu), nullptr) << menu;
+
+  // The View menu switches the link style, with one item checked.
+  auto checked = [&] {
+    QStringList texts;
+    for (QAction* action : Window->LinkStyleActions()->actions()) {
+      if (action->isChecked())
+        texts << action->text();
+    }
+    return texts;
+  };
+  ASSERT_EQ(Window->LinkStyleActions()->actions().size(), 3);
+  EXPECT_EQ(checked(), QStringList({"Access Style"}));
+  Window->LinkStyleActions()->actions()[1]->trigger();
+  EXPECT_EQ(Window->Builder()->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
+  EXPECT_EQ(checked(), QStringList({"MS SQL Style"}));
+  EXPECT_FALSE(Window->SetLinkStyle("Access"));
+  EXPECT_EQ(checked(), QStringList({"MS SQL Style"}));
+  EXPECT_TRUE(Window->SetLinkStyle("Simple"));
+  EXPECT_EQ(checked(), QStringList({"Simple"}));
 
   // Preferences are stored and shown.
   TqxPreferencesDialog dialog(Window->Builder(), TqxPreferences::Load());
