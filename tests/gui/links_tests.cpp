@@ -564,10 +564,6 @@ TEST_F(Links, TheBuilderOwnsItsPainterAndFallsBackToAccessStyle) {
   Builder->SetLinkTypeName("NoSuchPainter");
   EXPECT_EQ(Builder->GetLinkPainter(), nullptr);
   EXPECT_EQ(stubInk(), 2);
-  EXPECT_TRUE(Builder->CreateByUserName("MS SQL Style"));
-  EXPECT_EQ(Builder->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
-  EXPECT_FALSE(Builder->CreateByUserName("Fancy"));
-  EXPECT_EQ(Builder->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
 }
 
 }  // namespace
