@@ -144,8 +144,9 @@ TEST_F(SqlEditorWindow, SyntaxErrorMarksItsTokenAndKeepsTheDiagram) {
     const int at = static_cast<int>(bytes.indexOf(QByteArray(c.At)));
     EXPECT_FALSE(Editor()->ErrorToolTipAt(at).isEmpty()) << c.Text;
     EXPECT_EQ(Editor()->ErrorToolTipAt(at), Window->StatusText());
-    if (c.Place != nullptr)
+    if (c.Place != nullptr) {
       EXPECT_TRUE(Window->StatusText().contains(c.Place)) << Window->StatusText().toStdString();
+    }
     EXPECT_TRUE(Editor()->ErrorToolTipAt(0).isEmpty()) << c.Text;
   }
   // A pause in typing applies the text as well, and the mark goes.
