@@ -17,18 +17,13 @@ namespace {
 // ---------------------------------------------------------------------------------------
 // Placement and hit test, on plain rectangles
 
-struct PlacementCase {
-  const char* name;
-  QRect a;
-  QRect b;
-  QRect bounds;
-  TqxQueryBuilderLinkConnectToSide left;
-  TqxQueryBuilderLinkConnectToSide right;
-};
-
 TEST(LinkGeometry, PlacementPicksSidesAndBoundsAndHoldsTheWholeLine) {
   // Field rows 100 wide (x 0..99) and 16 high, frame included.
-  const PlacementCase cases[] = {
+  const struct {
+    const char* name;
+    QRect a, b, bounds;
+    TqxQueryBuilderLinkConnectToSide left, right;
+  } cases[] = {
       // A gap of 10 is widened to 16 round its middle (105), then enlarged.
       {"side by side, gap 10", QRect(0, 40, 100, 16), QRect(110, 80, 100, 16),
        QRect(100 + 10 - 16 - 2, 40 - 20, 32 - 10 + 4, 56 + 41), csRight, csLeft},
@@ -45,7 +40,7 @@ TEST(LinkGeometry, PlacementPicksSidesAndBoundsAndHoldsTheWholeLine) {
       {"overlap, rights closer", QRect(50, 10, 100, 16), QRect(0, 200, 145, 16),
        QRect(145 - 2, -10, 150 + 16 - 145 + 4, 247), csRight, csRight},
   };
-  for (const PlacementCase& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     const TqxLinkPlacement placement = CalcLinkPlacement(c.a, c.b);
     EXPECT_EQ(placement.Bounds, c.bounds);
@@ -66,36 +61,32 @@ TEST(LinkGeometry, PlacementPicksSidesAndBoundsAndHoldsTheWholeLine) {
 }
 
 TEST(LinkGeometry, HitTestAnswersWithinSixPixelsOfEachKindOfStretch) {
-  // A horizontal stub, a vertical drop and an oblique run.
-  const TqxQueryBuilderPointArray vertical = {QPoint(10, 10), QPoint(26, 10), QPoint(26, 110),
-                                              QPoint(42, 110)};
-  const TqxQueryBuilderPointArray oblique = {QPoint(0, 0), QPoint(16, 0), QPoint(56, 20),
-                                             QPoint(72, 20)};
-  const TqxQueryBuilderPointArray steep = {QPoint(0, 0), QPoint(16, 0), QPoint(26, 80),
-                                           QPoint(42, 80)};
-  struct Case {
+  // Each line with points that hit it (within 6 pixels) and points that miss (7 out, beyond
+  // an end, far away).
+  const struct {
     const char* name;
-    const TqxQueryBuilderPointArray& points;
-    QPoint p;
-    bool hit;
+    TqxQueryBuilderPointArray points;
+    std::vector<QPoint> hits, misses;
   } cases[] = {
-      {"horizontal, 6 below", vertical, QPoint(18, 16), true},
-      {"horizontal, 7 below", vertical, QPoint(18, 17), false},
-      {"horizontal, 6 above", vertical, QPoint(18, 4), true},
-      {"horizontal, beyond its end", vertical, QPoint(4, 10), false},
-      {"vertical, 6 right", vertical, QPoint(32, 60), true},
-      {"vertical, 7 right", vertical, QPoint(33, 60), false},
-      {"vertical, 7 left", vertical, QPoint(19, 60), false},
-      {"oblique, on it", oblique, QPoint(36, 10), true},
-      {"oblique, 6 below", oblique, QPoint(36, 16), true},
-      {"oblique, 7 below", oblique, QPoint(36, 17), false},
-      {"oblique, 6 above", oblique, QPoint(46, 9), true},
-      {"steep, 6 right", steep, QPoint(27, 40), true},
-      {"steep, 7 right", steep, QPoint(28, 40), false},
-      {"far away", oblique, QPoint(200, 200), false},
+      {"a horizontal stub and a vertical drop",
+       {QPoint(10, 10), QPoint(26, 10), QPoint(26, 110), QPoint(42, 110)},
+       {QPoint(18, 16), QPoint(18, 4), QPoint(32, 60)},
+       {QPoint(18, 17), QPoint(4, 10), QPoint(33, 60), QPoint(19, 60)}},
+      {"an oblique run",
+       {QPoint(0, 0), QPoint(16, 0), QPoint(56, 20), QPoint(72, 20)},
+       {QPoint(36, 10), QPoint(36, 16), QPoint(46, 9)},
+       {QPoint(36, 17), QPoint(200, 200)}},
+      {"a steep run",
+       {QPoint(0, 0), QPoint(16, 0), QPoint(26, 80), QPoint(42, 80)},
+       {QPoint(27, 40)},
+       {QPoint(28, 40)}},
   };
-  for (const Case& c : cases)
-    EXPECT_EQ(LinkLineHitTest(c.points, c.p), c.hit) << c.name;
+  for (const auto& c : cases) {
+    for (const QPoint& p : c.hits)
+      EXPECT_TRUE(LinkLineHitTest(c.points, p)) << c.name << " at " << p.x() << "," << p.y();
+    for (const QPoint& p : c.misses)
+      EXPECT_FALSE(LinkLineHitTest(c.points, p)) << c.name << " at " << p.x() << "," << p.y();
+  }
 }
 
 // ---------------------------------------------------------------------------------------
