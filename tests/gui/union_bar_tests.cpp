@@ -135,19 +135,6 @@ TEST_F(UnionBar, AQueryWithoutUnionsShowsOneOperatorAndOneButtonInTheChosenCorne
   }
 }
 
-TEST_F(UnionBar, ClickingAButtonShowsItsOperandsPage) {
-  Load("select * from Customers union select * from Orders");
-  ExpectBarMatchesModel();
-  TqxUnionButton* second = Button(1);
-  QTest::mouseClick(second, Qt::LeftButton, Qt::NoModifier, second->rect().center());
-  EXPECT_EQ(Operand(), second->GetOperand());
-  EXPECT_TRUE(second->isChecked());
-  EXPECT_FALSE(Button(0)->isChecked()) << "exactly one button is down";
-  EXPECT_EQ(Sheet()->GetOperandPages()->currentWidget(),
-            dynamic_cast<TqxWidgetControl*>(Operand()->GetControl())->GetWidget());
-  EXPECT_TRUE(Errors.empty());
-}
-
 // Each row: a union (C, O and I select everything from Customers, Orders and Items, u is union),
 // a drag on its bar from one control onto another (bN the N-th button, oN the N-th operator,
 // "[" and "]" the brackets) and the union the model must then write.
@@ -268,6 +255,13 @@ TEST_F(UnionBar, TheUnionMenuAddsEnclosesAndRemovesOperandsWithTheirButtonsAndPa
   added->GetSelectList()->AddField(added->AddObject("Orders"), "Id");
   EXPECT_EQ(ModelSql(Sql()), Sql());
   EXPECT_NE(Sql().find("Orders"), std::string::npos) << Sql();
+  // A click on its button shows its page, and only that button is down.
+  QTest::mouseClick(Button(1), Qt::LeftButton, Qt::NoModifier, Button(1)->rect().center());
+  EXPECT_EQ(Operand(), added);
+  EXPECT_TRUE(Button(1)->isChecked());
+  EXPECT_FALSE(Button(0)->isChecked());
+  EXPECT_EQ(Sheet()->GetOperandPages()->currentWidget(),
+            dynamic_cast<TqxWidgetControl*>(added->GetControl())->GetWidget());
 
   // Brackets around the new operand, from its button's menu, then off again.
   ChooseInMenus("Enclose With Brackets");
