@@ -5,9 +5,12 @@
 #include <gtest/gtest.h>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -53,7 +56,7 @@ class DesignerTest : public ::testing::Test {
   }
 
   void TearDown() override {
-    Builder.reset();
+    Builder.reset();  // also stops the polls of OnModal
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
 
@@ -72,6 +75,18 @@ class DesignerTest : public ::testing::Test {
   }
 
   std::string Sql() const { return Builder->GetSQL(); }
+
+  // The SQL on one line with single spaces, for fragment checks.
+  std::string Flat() const {
+    std::string out;
+    for (char c : Sql()) {
+      const bool blank = c == ' ' || c == '\r' || c == '\n' || c == '\t';
+      if (blank && (out.empty() || out.back() == ' '))
+        continue;
+      out += blank ? ' ' : c;
+    }
+    return out;
+  }
 
   TqxUnionSubQuery* Operand() const { return Builder->GetActiveUnionSubquery(); }
 
@@ -144,6 +159,14 @@ class DesignerTest : public ::testing::Test {
     QTest::mouseRelease(viewport, Qt::LeftButton, Qt::NoModifier, end);
   }
 
+  // Presses at From, moves with the button held half way and all the way to To, releases.
+  static void Drag(QWidget* Target, const QPoint& From, const QPoint& To) {
+    QTest::mousePress(Target, Qt::LeftButton, Qt::NoModifier, From);
+    MoveWithButton(Target, (From + To) / 2);
+    MoveWithButton(Target, To);
+    QTest::mouseRelease(Target, Qt::LeftButton, Qt::NoModifier, To);
+  }
+
   // A mouse move with the left button held (QTest::mouseMove sends no buttons).
   static void MoveWithButton(QWidget* Target, const QPoint& Pos) {
     QMouseEvent move(QEvent::MouseMove, QPointF(Pos), QPointF(Target->mapToGlobal(Pos)),
@@ -151,11 +174,75 @@ class DesignerTest : public ::testing::Test {
     QApplication::sendEvent(Target, &move);
   }
 
+  // Orders.CustomerId refers to Customers.Id.
+  void RelateOrdersToCustomers() {
+    Metadata.OnGetTableRelations = [](TqxEventMetadataProvider*, const TSQLDatabaseObject& Table,
+                                      TSQLMetadataRelations& Relations) {
+      if (Table.GetObjName() != "Customers" && Table.GetObjName() != "Orders")
+        return;
+      auto relation = std::make_unique<TSQLMetadataRelation>();
+      relation->PKTable = std::make_unique<TSQLDatabaseObject>(nullptr);
+      relation->PKTable->AddName("Customers");
+      relation->PKColumns = {"Id"};
+      relation->FKTable = std::make_unique<TSQLDatabaseObject>(nullptr);
+      relation->FKTable->AddName("Orders");
+      relation->FKColumns = {"CustomerId"};
+      Relations.push_back(std::move(relation));
+    };
+  }
+
+  // Answers the builder's menus instead of showing them: records what each offers (sub-menus
+  // walked, "-" for a separator) and picks the item captioned Choose, or none.
+  void ChooseInMenus(const QString& Choose) {
+    TqxQueryBuilderPrivate::Of(Builder.get())->MenuExecutor = [this, Choose](QMenu& Menu,
+                                                                             const QPoint&) {
+      MenuCaptions.clear();
+      Checked.clear();
+      Disabled.clear();
+      Bold.clear();
+      ++MenusShown;
+      QAction* chosen = nullptr;
+      std::function<void(QMenu&)> walk = [&](QMenu& M) {
+        for (QAction* action : M.actions()) {
+          const QString text = action->isSeparator() ? QStringLiteral("-") : action->text();
+          MenuCaptions << text;
+          if (action->isChecked())
+            Checked << text;
+          if (!action->isEnabled())
+            Disabled << text;
+          if (action->font().bold() && M.defaultAction() == action)
+            Bold << text;
+          if (text == Choose)
+            chosen = action;
+          if (action->menu() != nullptr)
+            walk(*action->menu());
+        }
+      };
+      walk(Menu);
+      return chosen;
+    };
+  }
+
+  // Runs Driver on the modal dialog of class T once it shows (the caller then opens it, and
+  // its event loop delivers the timer). The poll dies with the builder.
+  template <class T>
+  void OnModal(std::function<void(T*)> Driver, int Tries = 0) {
+    QTimer::singleShot(Tries == 0 ? 0 : 10, Builder.get(), [this, Driver, Tries] {
+      auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
+      if (dialog != nullptr && dialog->isVisible())
+        Driver(dialog);
+      else if (Tries < 300)
+        OnModal<T>(Driver, Tries + 1);
+    });
+  }
+
   std::map<std::string, std::vector<std::string>> Tables;
   std::vector<std::string> Errors;
   TqxSQL92SyntaxProvider Syntax;
   TqxEventMetadataProvider Metadata;
   std::unique_ptr<TqxQueryBuilder> Builder;
+  QStringList MenuCaptions, Checked, Disabled, Bold;
+  int MenusShown = 0;
 };
 
 }  // namespace qorvex::testing_gui

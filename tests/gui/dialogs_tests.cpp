@@ -7,8 +7,6 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTabWidget>
-#include <QTimer>
-#include <functional>
 #include <memory>
 
 #include "gui/designer_fixture.h"
@@ -18,25 +16,6 @@
 
 namespace qorvex::testing_gui {
 namespace {
-
-// Runs Driver on the dialog of class T once it is the active modal window (the caller
-// then opens it and its event loop delivers the timer).
-template <class T>
-void PollForModal(std::shared_ptr<std::function<void(T*)>> Driver, int Tries) {
-  auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget());
-  if (dialog != nullptr && dialog->isVisible()) {
-    (*Driver)(dialog);
-    return;
-  }
-  if (Tries < 300)
-    QTimer::singleShot(10, [Driver, Tries] { PollForModal<T>(Driver, Tries + 1); });
-}
-
-template <class T>
-void OnModal(std::function<void(T*)> Driver) {
-  auto driver = std::make_shared<std::function<void(T*)>>(std::move(Driver));
-  QTimer::singleShot(0, [driver] { PollForModal<T>(driver, 0); });
-}
 
 // The SQL-92 dialect without views.
 class NoViewsAST : public TastSQL92SyntaxProvider {
@@ -61,21 +40,7 @@ class Dialogs : public DesignerTest {
     Metadata.OnGetViewNames = [](TqxEventMetadataProvider*, std::vector<std::string>& Names, bool) {
       Names = {"BigOrders"};
     };
-    // Orders.CustomerId refers to Customers.Id.
-    Metadata.OnGetTableRelations = [](TqxEventMetadataProvider*, const TSQLDatabaseObject& Table,
-                                      TSQLMetadataRelations& Relations) {
-      const std::string name = Table.GetObjName();
-      if (name != "Orders" && name != "Customers")
-        return;
-      auto relation = std::make_unique<TSQLMetadataRelation>();
-      relation->PKTable = std::make_unique<TSQLDatabaseObject>(nullptr);
-      relation->PKTable->AddName("Customers");
-      relation->PKColumns = {"Id"};
-      relation->FKTable = std::make_unique<TSQLDatabaseObject>(nullptr);
-      relation->FKTable->AddName("Orders");
-      relation->FKColumns = {"CustomerId"};
-      Relations.push_back(std::move(relation));
-    };
+    RelateOrdersToCustomers();
   }
 
   // Selects the rows of a list whose texts are given (a click, then ctrl-clicks).
@@ -118,40 +83,50 @@ class Dialogs : public DesignerTest {
   std::vector<std::string> TableNames = {"Customers", "Orders", "Order Details", "order"};
 };
 
-TEST_F(Dialogs, AddObjectQuotesNamesThatAreNotPlainIdentifiers) {
-  const std::vector<std::pair<QString, std::string>> cases = {
-      {"Customers", "FROM Customers"},
-      {"Order Details", "FROM \"Order Details\""},
-      {"order", "FROM \"order\""},  // a reserved word
-  };
-  for (const auto& [table, expected] : cases) {
-    Load("");
-    WithAddObject([&](TqxAddObjectForm* Form) {
-      SelectRows(Form->lTables, {table});
-      QTest::mouseClick(Form->bAdd, Qt::LeftButton);
-      EXPECT_TRUE(Form->isVisible()) << "the dialog stays open for more";
-    });
-    EXPECT_NE(Sql().find(expected), std::string::npos) << Sql();
-    EXPECT_EQ(Operand()->GetDatasources().size(), 1u) << table.toStdString();
-  }
-  EXPECT_TRUE(Errors.empty());
-}
-
-TEST_F(Dialogs, AddObjectWithoutAFocusedItemDoesNothingAndSeveralAreOneChange) {
+TEST_F(Dialogs, AddObjectTakesOptionsFiltersAndAddsTheSelectedTablesQuotedAsNeeded) {
   QSignalSpy changed(Builder.get(), &TqxQueryBuilder::sqlChanged);
   WithAddObject([&](TqxAddObjectForm* Form) {
     EXPECT_EQ(Form->windowTitle(), "Add new object");
     EXPECT_EQ(Form->pcObjects->currentWidget(), Form->tsTables);
     EXPECT_EQ(Form->lTables->model()->rowCount(), 4) << "tables in the provider's order";
     EXPECT_EQ(Form->lTables->model()->index(2, 0).data().toString(), "Order Details");
-    QTest::mouseClick(Form->bAdd, Qt::LeftButton);
+    // Options reach the open dialog; the size it is left with is kept.
+    const double scale = DialogScale(Form);
+    EXPECT_NEAR(Form->width(), 294 * scale, 1);
+    EXPECT_EQ(Form->lTables->flow(), QListView::TopToBottom);
+    TqxAddObjectFormOptions options = Builder->GetAddObjectFormOptions();
+    options.ListViewStyle = vsIcon;
+    options.Width = 400;
+    Builder->SetAddObjectFormOptions(options);
+    EXPECT_EQ(Form->lTables->viewMode(), QListView::IconMode);
+    EXPECT_NEAR(Form->width(), 400 * scale, 1);
+    Form->resize(Form->width(), static_cast<int>(500 * scale));
+    QTest::mouseClick(Form->bAdd, Qt::LeftButton);  // nothing selected
     EXPECT_EQ(changed.count(), 0);
-    SelectRows(Form->lTables, {"Customers", "Order Details"});
+    // The filter ignores case and narrows both lists; the row added is the one shown.
+    QTest::keyClicks(Form->eFilter, "ORD");
+    EXPECT_EQ(Form->lTables->model()->rowCount(), 3);  // Orders, Order Details, order
+    QTest::keyClicks(Form->eFilter, "er d");
+    ASSERT_EQ(Form->lTables->model()->rowCount(), 1);
+    EXPECT_EQ(Form->lViews->model()->rowCount(), 0);
+    SelectRows(Form->lTables, {"Order Details"});
     QTest::mouseClick(Form->bAdd, Qt::LeftButton);
+    Form->eFilter->clear();
+    EXPECT_EQ(Form->lTables->model()->rowCount(), 4);
+    // Several tables are one change; the dialog stays open for more.
+    SelectRows(Form->lTables, {"Customers", "order"});
+    QTest::mouseClick(Form->bAdd, Qt::LeftButton);
+    EXPECT_TRUE(Form->isVisible());
   });
-  EXPECT_EQ(changed.count(), 1);
-  EXPECT_EQ(Operand()->GetDatasources().size(), 2u);
+  EXPECT_EQ(changed.count(), 2);
+  EXPECT_NEAR(Builder->GetAddObjectFormOptions().Height, 500, 1);
+  EXPECT_EQ(Builder->GetAddObjectFormOptions().Width, 400);
+  // A name with a blank and a reserved word are quoted.
+  for (const char* name : {"\"Order Details\"", " Customers", "\"order\""})
+    EXPECT_NE(Sql().find(name), std::string::npos) << name << "\n" << Sql();
+  EXPECT_EQ(Operand()->GetDatasources().size(), 3u);
   ExpectBoxesMatchModel();
+  EXPECT_TRUE(Errors.empty());
 }
 
 TEST_F(Dialogs, ViewsPageFollowsTheDialect) {
@@ -179,21 +154,6 @@ TEST_F(Dialogs, ViewsPageFollowsTheDialect) {
   Builder->SetSyntaxProvider(&Syntax);
 }
 
-TEST_F(Dialogs, FilterNarrowsBothListsIgnoringCase) {
-  WithAddObject([&](TqxAddObjectForm* Form) {
-    QTest::keyClicks(Form->eFilter, "ORD");
-    EXPECT_EQ(Form->lTables->model()->rowCount(), 3);  // Orders, Order Details, order
-    QTest::keyClicks(Form->eFilter, "er d");
-    ASSERT_EQ(Form->lTables->model()->rowCount(), 1);
-    EXPECT_EQ(Form->lViews->model()->rowCount(), 0);
-    SelectRows(Form->lTables, {"Order Details"});
-    QTest::mouseClick(Form->bAdd, Qt::LeftButton);
-    Form->eFilter->clear();
-    EXPECT_EQ(Form->lTables->model()->rowCount(), 4);
-  });
-  EXPECT_NE(Sql().find("\"Order Details\""), std::string::npos) << Sql();
-}
-
 TEST_F(Dialogs, AddingWithForeignKeysCreatesLinksAndCardinalities) {
   for (const bool keys : {true, false}) {
     Load("select * from Customers");
@@ -213,23 +173,6 @@ TEST_F(Dialogs, AddingWithForeignKeysCreatesLinksAndCardinalities) {
     EXPECT_EQ(link->GetLeftCardinality(), qblcOne);
     EXPECT_EQ(link->GetRightCardinality(), qblcMany);
   }
-}
-
-TEST_F(Dialogs, AddObjectOptionsReachTheOpenDialogAndItsSizeIsKept) {
-  WithAddObject([&](TqxAddObjectForm* Form) {
-    const double scale = DialogScale(Form);
-    EXPECT_NEAR(Form->width(), 294 * scale, 1);
-    EXPECT_EQ(Form->lTables->flow(), QListView::TopToBottom);
-    TqxAddObjectFormOptions options = Builder->GetAddObjectFormOptions();
-    options.ListViewStyle = vsIcon;
-    options.Width = 400;
-    Builder->SetAddObjectFormOptions(options);
-    EXPECT_EQ(Form->lTables->viewMode(), QListView::IconMode);
-    EXPECT_NEAR(Form->width(), 400 * scale, 1);
-    Form->resize(Form->width(), static_cast<int>(500 * scale));
-  });
-  EXPECT_NEAR(Builder->GetAddObjectFormOptions().Height, 500, 1);
-  EXPECT_EQ(Builder->GetAddObjectFormOptions().Width, 400);
 }
 
 TEST_F(Dialogs, DatasourceAliasIsSavedOnlyWhenChangedAndValid) {
@@ -271,16 +214,17 @@ TEST_F(Dialogs, DatasourceAliasIsSavedOnlyWhenChangedAndValid) {
   EXPECT_NE(Sql().find("FROM Customers cust"), std::string::npos) << Sql();
 }
 
-TEST_F(Dialogs, LinkJoinKindFollowsTheTwoBoxes) {
-  struct Case {
+// The join kind follows the two "all rows" boxes; the operator is saved too.
+TEST_F(Dialogs, LinkPropertiesSetJoinKindOperatorAndExpression) {
+  const struct {
     bool Left, Right;
+    const char* Operator;
     const char* Join;
-  };
-  const Case cases[] = {{true, true, "FULL OUTER JOIN"},
-                        {false, false, "INNER JOIN"},
-                        {true, false, "LEFT OUTER JOIN"},
-                        {false, true, "RIGHT OUTER JOIN"}};
-  for (const Case& c : cases) {
+  } cases[] = {{true, true, "=", "FULL OUTER JOIN Orders o ON c.Id=o.CustomerId"},
+               {false, false, ">=", "INNER JOIN Orders o ON c.Id>=o.CustomerId"},
+               {true, false, "=", "LEFT OUTER JOIN"},
+               {false, true, "<>", "RIGHT OUTER JOIN Orders o ON c.Id<>o.CustomerId"}};
+  for (const auto& c : cases) {
     Load("select * from Customers c left outer join Orders o on c.Id = o.CustomerId");
     TqxLink* link = FirstLink();
     ASSERT_NE(link, nullptr);
@@ -291,34 +235,23 @@ TEST_F(Dialogs, LinkJoinKindFollowsTheTwoBoxes) {
       EXPECT_EQ(Form->eLeftCol->text(), "Id");
       EXPECT_EQ(Form->eRightCol->text(), "CustomerId");
       EXPECT_EQ(Form->cbOperator->currentText(), "=");
+      // The operator pane stays in the middle of the dialog.
+      Form->resize(Form->width() + 101, Form->height());
+      EXPECT_LE(std::abs(Form->pOperator->geometry().center().x() - Form->width() / 2), 1);
+      EXPECT_EQ(Form->pLeftObj->width(), Form->width() / 2);
       Form->cbAllFromLeft->setChecked(c.Left);
       Form->cbAllFromRight->setChecked(c.Right);
+      Form->cbOperator->setCurrentText(c.Operator);
       Form->accept();
     });
     EXPECT_TRUE(link->EditProps());
-    EXPECT_NE(Sql().find(c.Join), std::string::npos) << c.Join << "\n" << Sql();
+    EXPECT_NE(Flat().find(c.Join), std::string::npos) << c.Join << "\n" << Sql();
   }
-}
-
-TEST_F(Dialogs, LinkOperatorAndExpressionAreSaved) {
-  Load("select * from Customers c inner join Orders o on c.Id = o.CustomerId");
-  TqxLink* link = FirstLink();
-  OnModal<TqxLinkPropsForm>([&](TqxLinkPropsForm* Form) {
-    // The operator pane stays in the middle of the dialog.
-    Form->resize(Form->width() + 101, Form->height());
-    const QRect op = Form->pOperator->geometry();
-    EXPECT_LE(std::abs(op.center().x() - Form->width() / 2), 1);
-    EXPECT_EQ(Form->pLeftObj->width(), Form->width() / 2);
-    Form->cbOperator->setCurrentText(">=");
-    Form->accept();
-  });
-  EXPECT_TRUE(link->EditProps());
-  EXPECT_NE(Sql().find("ON c.Id>=o.CustomerId"), std::string::npos) << Sql();
 
   // Not a plain column comparison: the expression pane; a bad text keeps the dialog open
   // with the parser's message.
   Load("select * from Customers c inner join Orders o on c.Id = o.CustomerId + 0");
-  link = FirstLink();
+  TqxLink* link = FirstLink();
   const std::string before = Sql();
   QString message;
   OnModal<TqxLinkPropsForm>([&](TqxLinkPropsForm* Form) {

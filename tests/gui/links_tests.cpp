@@ -1,6 +1,5 @@
 // Links on the diagram: where the link controls go, what their lines answer to, what each
 // painter style draws, and editing links with the mouse and the keyboard.
-#include <QActionGroup>
 #include <QContextMenuEvent>
 #include <QImage>
 #include <QMenu>
@@ -9,7 +8,6 @@
 
 #include "designer/link_control.h"
 #include "designer_fixture.h"
-#include "main_window.h"
 #include "qorvex/ast/expressions.h"
 #include "qorvex/designer/link_painters.h"
 
@@ -19,18 +17,13 @@ namespace {
 // ---------------------------------------------------------------------------------------
 // Placement and hit test, on plain rectangles
 
-struct PlacementCase {
-  const char* name;
-  QRect a;
-  QRect b;
-  QRect bounds;
-  TqxQueryBuilderLinkConnectToSide left;
-  TqxQueryBuilderLinkConnectToSide right;
-};
-
 TEST(LinkGeometry, PlacementPicksSidesAndBoundsAndHoldsTheWholeLine) {
   // Field rows 100 wide (x 0..99) and 16 high, frame included.
-  const PlacementCase cases[] = {
+  const struct {
+    const char* name;
+    QRect a, b, bounds;
+    TqxQueryBuilderLinkConnectToSide left, right;
+  } cases[] = {
       // A gap of 10 is widened to 16 round its middle (105), then enlarged.
       {"side by side, gap 10", QRect(0, 40, 100, 16), QRect(110, 80, 100, 16),
        QRect(100 + 10 - 16 - 2, 40 - 20, 32 - 10 + 4, 56 + 41), csRight, csLeft},
@@ -47,7 +40,7 @@ TEST(LinkGeometry, PlacementPicksSidesAndBoundsAndHoldsTheWholeLine) {
       {"overlap, rights closer", QRect(50, 10, 100, 16), QRect(0, 200, 145, 16),
        QRect(145 - 2, -10, 150 + 16 - 145 + 4, 247), csRight, csRight},
   };
-  for (const PlacementCase& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     const TqxLinkPlacement placement = CalcLinkPlacement(c.a, c.b);
     EXPECT_EQ(placement.Bounds, c.bounds);
@@ -68,36 +61,32 @@ TEST(LinkGeometry, PlacementPicksSidesAndBoundsAndHoldsTheWholeLine) {
 }
 
 TEST(LinkGeometry, HitTestAnswersWithinSixPixelsOfEachKindOfStretch) {
-  // A horizontal stub, a vertical drop and an oblique run.
-  const TqxQueryBuilderPointArray vertical = {QPoint(10, 10), QPoint(26, 10), QPoint(26, 110),
-                                              QPoint(42, 110)};
-  const TqxQueryBuilderPointArray oblique = {QPoint(0, 0), QPoint(16, 0), QPoint(56, 20),
-                                             QPoint(72, 20)};
-  const TqxQueryBuilderPointArray steep = {QPoint(0, 0), QPoint(16, 0), QPoint(26, 80),
-                                           QPoint(42, 80)};
-  struct Case {
+  // Each line with points that hit it (within 6 pixels) and points that miss (7 out, beyond
+  // an end, far away).
+  const struct {
     const char* name;
-    const TqxQueryBuilderPointArray& points;
-    QPoint p;
-    bool hit;
+    TqxQueryBuilderPointArray points;
+    std::vector<QPoint> hits, misses;
   } cases[] = {
-      {"horizontal, 6 below", vertical, QPoint(18, 16), true},
-      {"horizontal, 7 below", vertical, QPoint(18, 17), false},
-      {"horizontal, 6 above", vertical, QPoint(18, 4), true},
-      {"horizontal, beyond its end", vertical, QPoint(4, 10), false},
-      {"vertical, 6 right", vertical, QPoint(32, 60), true},
-      {"vertical, 7 right", vertical, QPoint(33, 60), false},
-      {"vertical, 7 left", vertical, QPoint(19, 60), false},
-      {"oblique, on it", oblique, QPoint(36, 10), true},
-      {"oblique, 6 below", oblique, QPoint(36, 16), true},
-      {"oblique, 7 below", oblique, QPoint(36, 17), false},
-      {"oblique, 6 above", oblique, QPoint(46, 9), true},
-      {"steep, 6 right", steep, QPoint(27, 40), true},
-      {"steep, 7 right", steep, QPoint(28, 40), false},
-      {"far away", oblique, QPoint(200, 200), false},
+      {"a horizontal stub and a vertical drop",
+       {QPoint(10, 10), QPoint(26, 10), QPoint(26, 110), QPoint(42, 110)},
+       {QPoint(18, 16), QPoint(18, 4), QPoint(32, 60)},
+       {QPoint(18, 17), QPoint(4, 10), QPoint(33, 60), QPoint(19, 60)}},
+      {"an oblique run",
+       {QPoint(0, 0), QPoint(16, 0), QPoint(56, 20), QPoint(72, 20)},
+       {QPoint(36, 10), QPoint(36, 16), QPoint(46, 9)},
+       {QPoint(36, 17), QPoint(200, 200)}},
+      {"a steep run",
+       {QPoint(0, 0), QPoint(16, 0), QPoint(26, 80), QPoint(42, 80)},
+       {QPoint(27, 40)},
+       {QPoint(28, 40)}},
   };
-  for (const Case& c : cases)
-    EXPECT_EQ(LinkLineHitTest(c.points, c.p), c.hit) << c.name;
+  for (const auto& c : cases) {
+    for (const QPoint& p : c.hits)
+      EXPECT_TRUE(LinkLineHitTest(c.points, p)) << c.name << " at " << p.x() << "," << p.y();
+    for (const QPoint& p : c.misses)
+      EXPECT_FALSE(LinkLineHitTest(c.points, p)) << c.name << " at " << p.x() << "," << p.y();
+  }
 }
 
 // ---------------------------------------------------------------------------------------
@@ -109,19 +98,7 @@ class LinkPainting : public DesignerTest {
 
   void SetUp() override {
     DesignerTest::SetUp();
-    Metadata.OnGetTableRelations = [](TqxEventMetadataProvider*, const TSQLDatabaseObject& Table,
-                                      TSQLMetadataRelations& Relations) {
-      if (Table.GetObjName() != "Customers" && Table.GetObjName() != "Orders")
-        return;
-      auto relation = std::make_unique<TSQLMetadataRelation>();
-      relation->PKTable = NewNode<TSQLDatabaseObject>(Table.GetSyntaxProvider());
-      relation->PKTable->AddName("Customers");
-      relation->PKColumns = {"Id"};
-      relation->FKTable = NewNode<TSQLDatabaseObject>(Table.GetSyntaxProvider());
-      relation->FKTable->AddName("Orders");
-      relation->FKColumns = {"CustomerId"};
-      Relations.push_back(std::move(relation));
-    };
+    RelateOrdersToCustomers();
   }
 
   // A link whose left end keeps all its rows (outer) and whose right end is inner; the
@@ -141,12 +118,17 @@ class LinkPainting : public DesignerTest {
     return {QPoint(20, 50), QPoint(36, 50), QPoint(84, 50), QPoint(100, 50)};
   }
 
-  QImage Paint(TqxQueryBuilderLinkPainter& Painter, bool Focused, const TqxLink* Link) {
-    QImage image(130, 90, QImage::Format_RGB32);
+  // Paints a link on a 130 x 90 image; with an Origin, painted that far into a bigger image
+  // and cut out again: the marks are copied from kept images and must land the same.
+  QImage Paint(TqxQueryBuilderLinkPainter& Painter, bool Focused, const TqxLink* Link,
+               const TqxQueryBuilderPointArray& Points = Straight(), QPoint Origin = {}) {
+    QImage image(130 + Origin.x(), 90 + Origin.y(), QImage::Format_RGB32);
     image.fill(kBackground);
     QPainter canvas(&image);
-    Painter.PaintLink(canvas, Straight(), Focused, csRight, csLeft, Link);
-    return image;
+    canvas.translate(Origin);
+    Painter.PaintLink(canvas, Points, Focused, csRight, csLeft, Link);
+    canvas.end();
+    return image.copy(Origin.x(), Origin.y(), 130, 90);
   }
 
   static QColor At(const QImage& Image, int X, int Y) { return Image.pixelColor(X, Y); }
@@ -162,11 +144,10 @@ class LinkPainting : public DesignerTest {
 TEST_F(LinkPainting, SimpleStyleDrawsALineWithAnArrowForOuterAndACircleForInner) {
   TqxLink* link = LeftJoin();
   TqxQueryBuilderLinkPainterSimple painter(Builder.get());
-  EXPECT_EQ(painter.GetLinkColor(), clBlack);
-  EXPECT_EQ(painter.GetLinkShapesColor(), clWhite);
   for (bool focused : {false, true}) {
     SCOPED_TRACE(focused ? "focused" : "not focused");
     const QImage image = Paint(painter, focused, link);
+    EXPECT_EQ(Paint(painter, focused, link, Straight(), QPoint(7, 11)), image);
     EXPECT_EQ(Count(image, 60, 44, 56, Qt::black), focused ? 2 : 1);
     // Left end outer: a white arrow with its tip on the box edge, nothing behind the tip.
     EXPECT_EQ(At(image, 25, 50), QColor(Qt::white));
@@ -191,6 +172,7 @@ TEST_F(LinkPainting, MSSQLStyleDrawsABandWithADiamondAndOuterHalves) {
   for (bool focused : {false, true}) {
     SCOPED_TRACE(focused ? "focused" : "not focused");
     const QImage image = Paint(painter, focused, link);
+    EXPECT_EQ(Paint(painter, focused, link, Straight(), QPoint(7, 11)), image);
     // The band: three face-coloured rows between black edges; the lower edge is heavier
     // when focused.
     EXPECT_EQ(Count(image, 30, 49, 51, face), focused ? 2 : 3);
@@ -216,6 +198,7 @@ TEST_F(LinkPainting, AccessStyleDrawsHeavyStubsEndMarksAndCardinalityMarks) {
   for (bool focused : {false, true}) {
     SCOPED_TRACE(focused ? "focused" : "not focused");
     const QImage image = Paint(painter, focused, link);
+    EXPECT_EQ(Paint(painter, focused, link, Straight(), QPoint(7, 11)), image);
     EXPECT_EQ(Count(image, 60, 44, 56, Qt::black), focused ? 2 : 1);
     EXPECT_EQ(Count(image, 30, 47, 56, Qt::black), 2);  // stubs always heavy
     EXPECT_EQ(Count(image, 90, 47, 56, Qt::black), 2);
@@ -260,12 +243,7 @@ TEST_F(LinkPainting, MSSQLBandKeepsItsRowsAlongASlantedStretch) {
        {TqxQueryBuilderPointArray{QPoint(10, 20), QPoint(26, 20), QPoint(86, 37), QPoint(102, 37)},
         TqxQueryBuilderPointArray{QPoint(102, 37), QPoint(86, 37), QPoint(26, 20),
                                   QPoint(10, 20)}}) {
-    QImage image(120, 60, QImage::Format_RGB32);
-    image.fill(kBackground);
-    {
-      QPainter canvas(&image);
-      painter.PaintLink(canvas, points, false, csRight, csLeft, nullptr);
-    }
+    const QImage image = Paint(painter, false, nullptr, points);
     for (int x = 28; x <= 48; ++x) {
       std::string column;
       for (int y = 10; y < 50; ++y) {
@@ -314,29 +292,6 @@ TEST(LinkLines, DrawLineSetsThePixelsOfTheEnginesPolyline) {
         }
         EXPECT_EQ(drawn, expected) << c.name << " width " << width << " offset " << offset;
       }
-    }
-  }
-}
-
-// The marks are copied from kept images: a link painted elsewhere looks the same.
-TEST_F(LinkPainting, EveryStyleLooksTheSameWherePainted) {
-  TqxLink* link = LeftJoin();
-  TqxQueryBuilderLinkPainterSimple simple(Builder.get());
-  TqxQueryBuilderLinkPainterMSSQL mssql(Builder.get());
-  TqxQueryBuilderLinkPainterAccess access(Builder.get());
-  for (TqxQueryBuilderLinkPainter* painter :
-       std::initializer_list<TqxQueryBuilderLinkPainter*>{&simple, &mssql, &access}) {
-    for (bool focused : {false, true}) {
-      const QImage here = Paint(*painter, focused, link);
-      QImage there(here.width() + 7, here.height() + 11, QImage::Format_RGB32);
-      there.fill(kBackground);
-      {
-        QPainter canvas(&there);
-        canvas.translate(7, 11);
-        painter->PaintLink(canvas, Straight(), focused, csRight, csLeft, link);
-      }
-      EXPECT_EQ(there.copy(7, 11, here.width(), here.height()), here)
-          << painter->PainterStyle() << (focused ? " focused" : "");
     }
   }
 }
@@ -482,36 +437,65 @@ TEST_F(Links, TheLinkMenuOffersRemoveAndEditAndRunsRemove) {
   PlaceSideBySide(BoxOf("Customers c"), BoxOf("Orders o"), 80);
   TqxQueryBuilderLinkControl* link = OnlyLink();
   ASSERT_NE(link, nullptr);
-  QStringList shown;
-  QString bold;
-  TqxQueryBuilderPrivate::Of(Builder.get())->MenuExecutor = [&](QMenu& Menu, const QPoint&) {
-    QAction* remove = nullptr;
-    for (QAction* action : Menu.actions()) {
-      shown << (action->isSeparator() ? QStringLiteral("-") : action->text());
-      if (action->text() == QStringLiteral("Remove"))
-        remove = action;
-    }
-    if (Menu.defaultAction() != nullptr)
-      bold = Menu.defaultAction()->text();
-    return remove;
-  };
+  ChooseInMenus("Remove");
   const QPoint onLine = ToCanvas(link, 0) + QPoint(5, 1);
   QContextMenuEvent event(QContextMenuEvent::Mouse, onLine, Canvas()->mapToGlobal(onLine));
   QApplication::sendEvent(Canvas(), &event);
   Settle();
-  EXPECT_EQ(shown, QStringList({"Remove", "Edit...", "-", "About Qorvex..."}));
-  EXPECT_EQ(bold, QStringLiteral("Edit..."));
+  EXPECT_EQ(MenuCaptions, QStringList({"Remove", "Edit...", "-", "About Qorvex..."}));
+  EXPECT_EQ(Bold, QStringList{"Edit..."});
   EXPECT_EQ(Sql().find("CustomerId"), std::string::npos) << Sql();
   EXPECT_TRUE(WorkArea()->LinkControls().empty());
 }
 
-TEST_F(Links, ADroppedFieldIsDrawnAtOnce) {
+// Field rows dragged with the mouse: a drag starts three pixels out; a row dropped on another
+// box's row joins the two and the link is drawn at once; any other drop changes nothing.
+TEST_F(Links, AFieldDroppedOnAnotherBoxJoinsThemAndTheLinkIsDrawnAtOnce) {
   Load("select * from Customers c, Orders o");
   Box* customers = BoxOf("Customers c");
   Box* orders = BoxOf("Orders o");
   PlaceSideBySide(customers, orders, 60);
-  EXPECT_TRUE(WorkArea()->LinkControls().empty());
+  // Room below the rows of the target, to drop on empty list space.
+  orders->ProposeGeometry(QRect(orders->pos(), orders->size() + QSize(0, 60)));
+  auto* source = customers->GetFieldsList();
+  auto* target = orders->GetFieldsList();
+  const std::string before = Sql();
+  const QPoint start = RowCenter(customers, 2);
+  for (const auto& [move, drags] : {std::pair{QPoint(2, 0), false},
+                                    {QPoint(2, -2), false},
+                                    {QPoint(0, 2), false},
+                                    {QPoint(3, 0), true},
+                                    {QPoint(0, -3), true},
+                                    {QPoint(-3, 2), true}}) {
+    QTest::mousePress(source->viewport(), Qt::LeftButton, Qt::NoModifier, start);
+    EXPECT_EQ(source->GetPressPoint(), start);
+    MoveWithButton(source->viewport(), start + move);
+    EXPECT_EQ(source->IsDragging(), drags) << move.x() << "," << move.y();
+    QTest::mouseRelease(source->viewport(), Qt::LeftButton, Qt::NoModifier, start + move);
+    EXPECT_EQ(source->GetPressPoint(), QPoint(-1, -1));
+    EXPECT_FALSE(source->IsDragging());
+  }
+  const std::pair<const char*, QPoint> refused[] = {
+      {"the * row", target->viewport()->mapToGlobal(RowCenter(orders, 0))},
+      {"below the rows", target->viewport()->mapToGlobal(
+                             QPoint(10, target->visualItemRect(target->item(3)).bottom() + 2))},
+      {"the same box", source->viewport()->mapToGlobal(RowCenter(customers, 2))},
+      {"the empty diagram", Canvas()->mapToGlobal(QPoint(600, 300))},
+      {"the caption of the other box", orders->mapToGlobal(orders->CaptionRect().center())},
+  };
+  for (const auto& [where, point] : refused) {
+    DragField(customers, 1, point);
+    EXPECT_EQ(Sql(), before) << where;
+  }
+  DragField(customers, 0, target->viewport()->mapToGlobal(RowCenter(orders, 2)));
+  EXPECT_EQ(Sql(), before) << "a drag from \"*\" is no field drag";
+
+  QSignalSpy changed(Builder.get(), &TqxQueryBuilder::sqlChanged);
   DragField(customers, 1, orders->GetFieldsList()->viewport()->mapToGlobal(RowCenter(orders, 2)));
+  EXPECT_EQ(changed.count(), 1);
+  EXPECT_NE(Sql().find("ON c.Id=o.CustomerId"), std::string::npos) << Sql();
+  EXPECT_FALSE(customers->GetFieldsList()->IsDragging());
+  ExpectBoxesMatchModel();
   TqxQueryBuilderLinkControl* link = OnlyLink();
   ASSERT_NE(link, nullptr) << Sql();
   EXPECT_TRUE(link->isVisible());
@@ -524,6 +508,22 @@ TEST_F(Links, ADroppedFieldIsDrawnAtOnce) {
   for (int y = middle.y() - 3; y <= middle.y() + 3; ++y)
     dark += qGray(shot.pixel(middle.x(), y)) < 60 ? 1 : 0;
   EXPECT_GE(dark, 1);
+
+  // Fields of another union operand never meet: their boxes are on other diagrams.
+  EXPECT_TRUE(target->CanAcceptDrop(source, 1));
+  EXPECT_FALSE(target->CanAcceptDrop(target, 1));
+  TqxUnionSubQuery* second = nullptr;
+  TqxQueryBuilderPrivate::Run(Builder.get(), [&] {
+    second = Operand()->GetParentGroup()->Add();
+    second->AddObject("Items");
+  });
+  ASSERT_NE(second, nullptr);
+  const std::vector<Box*> boxes = Boxes();
+  auto items = std::find_if(boxes.begin(), boxes.end(), [&](Box* B) {
+    return B->GetDatasource()->GetUnionSubQuery() == second;
+  });
+  ASSERT_NE(items, boxes.end());
+  EXPECT_FALSE((*items)->GetFieldsList()->CanAcceptDrop(source, 1));
 }
 
 TEST_F(Links, TheBuilderOwnsItsPainterAndFallsBackToAccessStyle) {
@@ -555,32 +555,6 @@ TEST_F(Links, TheBuilderOwnsItsPainterAndFallsBackToAccessStyle) {
   Builder->SetLinkTypeName("NoSuchPainter");
   EXPECT_EQ(Builder->GetLinkPainter(), nullptr);
   EXPECT_EQ(stubInk(), 2);
-  EXPECT_TRUE(Builder->CreateByUserName("MS SQL Style"));
-  EXPECT_EQ(Builder->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
-  EXPECT_FALSE(Builder->CreateByUserName("Fancy"));
-  EXPECT_EQ(Builder->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
-}
-
-TEST_F(Links, TheProgramsViewMenuSwitchesTheLinkStyle) {
-  TqxDesignerWindow window(&Syntax, &Metadata, QString());
-  TqxQueryBuilder* builder = window.Builder();
-  auto checked = [&] {
-    QStringList texts;
-    for (QAction* action : window.LinkStyleActions()->actions()) {
-      if (action->isChecked())
-        texts << action->text();
-    }
-    return texts;
-  };
-  ASSERT_EQ(window.LinkStyleActions()->actions().size(), 3);
-  EXPECT_EQ(checked(), QStringList({"Access Style"}));
-  window.LinkStyleActions()->actions()[1]->trigger();
-  EXPECT_EQ(builder->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
-  EXPECT_EQ(checked(), QStringList({"MS SQL Style"}));
-  EXPECT_FALSE(window.SetLinkStyle("Access"));
-  EXPECT_EQ(checked(), QStringList({"MS SQL Style"}));
-  EXPECT_TRUE(window.SetLinkStyle("Simple"));
-  EXPECT_EQ(checked(), QStringList({"Simple"}));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // statement, keyboard commands and preferences.
 #include <sqlite3.h>
 
+#include <QActionGroup>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDropEvent>
@@ -14,12 +15,10 @@
 #include <QSpinBox>
 #include <QTableView>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QTreeWidget>
 
 #include "connection_dialog.h"
-#include "gui/designer_fixture.h"
-#include "main_window.h"
+#include "gui/window_fixture.h"
 #include "object_browser.h"
 #include "preferences_dialog.h"
 #include "qorvex/designer/dialogs.h"
@@ -38,24 +37,17 @@ insert into Customers values (1, 'Ann'), (2, 'Bob'), (3, 'Cy');
 insert into Orders values (1, 1, 5), (2, 1, 20), (3, 2, 30), (4, 3, 1), (5, 3, 12);
 )";
 
-class ProgramOnDatabase : public DesignerTest {
+class ProgramOnDatabase : public WindowTest {
  protected:
   void SetUp() override {
-    DesignerTest::SetUp();
+    WindowTest::SetUp();
     ASSERT_TRUE(Dir.isValid());
     // Settings go to the temporary folder, not to the user's.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, Dir.path());
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, Dir.path());
     Path = Dir.filePath(QStringLiteral("shop.sqlite"));
     Exec(kSchema);
-    Window = std::make_unique<TqxDesignerWindow>(&Syntax, &Metadata, QString());
-    Window->resize(1000, 760);
-    Window->show();
-    Settle();
-  }
-  void TearDown() override {
-    Window.reset();
-    DesignerTest::TearDown();
+    OpenWindow();
   }
   // Changes the database behind the program's back.
   void Exec(const char* Sql) const {
@@ -118,7 +110,6 @@ class ProgramOnDatabase : public DesignerTest {
 
   QTemporaryDir Dir;
   QString Path;
-  std::unique_ptr<TqxDesignerWindow> Window;
 };
 
 TEST_F(ProgramOnDatabase, BrowserListsFiltersAndAddsObjects) {
@@ -174,7 +165,7 @@ TEST_F(ProgramOnDatabase, BrowserListsFiltersAndAddsObjects) {
   EXPECT_EQ(Datasources().size(), 3u);
 }
 
-TEST_F(ProgramOnDatabase, RunsTheStatementAndCountsRows) {
+TEST_F(ProgramOnDatabase, RunsTheStatementCountsRowsAndShowsFailures) {
   Open();
   ASSERT_TRUE(
       Run("select c.Name, o.Total from Customers c inner join Orders o on "
@@ -196,18 +187,11 @@ TEST_F(ProgramOnDatabase, RunsTheStatementAndCountsRows) {
   ASSERT_TRUE(Run("select null as Empty"));
   EXPECT_EQ(Window->Results()->Model()->index(0, 0).data(), "NULL")
       << Window->Results()->ErrorText().toStdString() << Rows();
-  Window->Editor()->setPlainText("select * from BigOrders");
-  Window->ApplyText();
-  Settle();
+  Apply("select * from BigOrders");
   ASSERT_TRUE(Run(Window->Editor()->toPlainText()));
   EXPECT_EQ(Rows(), 3);
-}
 
-TEST_F(ProgramOnDatabase, FailuresShowTheDatabaseMessageAndTheWindowGoesOn) {
-  Open();
-  Window->Editor()->setPlainText("select * from Orders");
-  Window->ApplyText();
-  Settle();
+  // Failures show the database's message, and the window goes on.
   Exec("drop view BigOrders; drop table Orders;");
   struct Case {
     const char* sql;
@@ -224,6 +208,7 @@ TEST_F(ProgramOnDatabase, FailuresShowTheDatabaseMessageAndTheWindowGoesOn) {
   }
   // Nothing was written, the diagram is kept, and the next statement runs.
   EXPECT_EQ(Datasources().size(), 1u);
+  EXPECT_EQ(Datasources().front()->GetCaption(), "BigOrders");
   ASSERT_TRUE(Run("select * from Customers"));
   EXPECT_EQ(Rows(), 3);
   EXPECT_TRUE(Window->Results()->ErrorText().isEmpty());
@@ -323,20 +308,16 @@ TEST_F(ProgramOnDatabase, ODBCDialogListsDriversAndTests) {
 
 TEST_F(ProgramOnDatabase, KeyboardAndPreferences) {
   Open();
-  Window->Editor()->setPlainText("select * from Customers c");
-  Window->ApplyText();
-  Settle();
+  Apply("select * from Customers c");
   // F2 without a focused box says what to do; with one it edits the alias.
   Window->Editor()->setFocus();
   EXPECT_FALSE(Window->RenameFocused());
   QList<Box*> boxes = Window->Builder()->findChildren<Box*>();
   ASSERT_EQ(boxes.size(), 1);
   QTest::mouseClick(boxes.front(), Qt::LeftButton, Qt::NoModifier, QPoint(20, 6));
-  QTimer::singleShot(0, [] {
-    auto* form = qobject_cast<TqxDatasourcePropsForm*>(QApplication::activeModalWidget());
-    ASSERT_NE(form, nullptr);
-    form->eAlias->setText("cu");
-    form->accept();
+  OnModal<TqxDatasourcePropsForm>([](TqxDatasourcePropsForm* Form) {
+    Form->eAlias->setText("cu");
+    Form->accept();
   });
   QTest::keyClick(Window.get(), Qt::Key_F2);
   Settle();
@@ -355,6 +336,25 @@ TEST_F(ProgramOnDatabase, KeyboardAndPreferences) {
   }
   for (const char* menu : {"menuFile", "menuEdit", "menuView", "menuQuery", "menuHelp"})
     EXPECT_NE(Window->Menu(menu), nullptr) << menu;
+
+  // The View menu switches the link style, with one item checked.
+  auto checked = [&] {
+    QStringList texts;
+    for (QAction* action : Window->LinkStyleActions()->actions()) {
+      if (action->isChecked())
+        texts << action->text();
+    }
+    return texts;
+  };
+  ASSERT_EQ(Window->LinkStyleActions()->actions().size(), 3);
+  EXPECT_EQ(checked(), QStringList({"Access Style"}));
+  Window->LinkStyleActions()->actions()[1]->trigger();
+  EXPECT_EQ(Window->Builder()->GetLinkTypeName(), "TqxQueryBuilderLinkPainterMSSQL");
+  EXPECT_EQ(checked(), QStringList({"MS SQL Style"}));
+  EXPECT_FALSE(Window->SetLinkStyle("Access"));
+  EXPECT_EQ(checked(), QStringList({"MS SQL Style"}));
+  EXPECT_TRUE(Window->SetLinkStyle("Simple"));
+  EXPECT_EQ(checked(), QStringList({"Simple"}));
 
   // Preferences are stored and shown.
   TqxPreferencesDialog dialog(Window->Builder(), TqxPreferences::Load());

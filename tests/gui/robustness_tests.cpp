@@ -1,11 +1,8 @@
-// Deferred loading, focus, and long random mouse and key sequences that must never leave a
+// Deferred loading, and long random mouse and key sequences that must never leave a
 // box without its datasource, a datasource without its box, or SQL that does not parse.
-#include <QLineEdit>
-#include <QMenu>
-#include <random>
-
 #include <QDialog>
 #include <QTimer>
+#include <random>
 
 #include "gui/designer_fixture.h"
 
@@ -42,32 +39,6 @@ TEST_F(Robustness, EventsStillQueuedWhenTheBuilderGoesAreHarmless) {
   QApplication::processEvents();
   Settle();
   SUCCEED();
-}
-
-TEST_F(Robustness, FocusFollowsPressesAndLeavesWithTheKeyboard) {
-  Load("select * from Customers c, Orders o");
-  // Another control of the same window, outside the diagram.
-  auto* outside = new QLineEdit(Builder.get());
-  outside->show();
-  Box* customers = BoxOf("Customers c");
-  Box* orders = BoxOf("Orders o");
-  QTest::mouseClick(customers, Qt::LeftButton, Qt::NoModifier, customers->CaptionRect().center());
-  EXPECT_EQ(WorkArea()->GetFocusedControl(), customers);
-  EXPECT_TRUE(customers->IsActive());
-  QTest::mouseClick(orders->GetFieldsList()->viewport(), Qt::LeftButton, Qt::NoModifier,
-                    RowCenter(orders, 1) + QPoint(30, 0));
-  EXPECT_EQ(WorkArea()->GetFocusedControl(), orders);
-  EXPECT_FALSE(customers->IsActive());
-  EXPECT_TRUE(orders->IsActive());
-  // Any press raises the box above the others.
-  EXPECT_EQ(WorkArea()->Canvas()->children().last(), orders);
-  QTest::mouseClick(WorkArea()->Canvas(), Qt::LeftButton, Qt::NoModifier, QPoint(700, 400));
-  EXPECT_EQ(WorkArea()->GetFocusedControl(), nullptr);
-  EXPECT_FALSE(orders->IsActive());
-  customers->GetFieldsList()->setFocus();
-  EXPECT_EQ(WorkArea()->GetFocusedControl(), customers);
-  outside->setFocus();
-  EXPECT_EQ(WorkArea()->GetFocusedControl(), nullptr);
 }
 
 TEST_F(Robustness, RandomMouseAndKeySequencesKeepBoxesAndModelTogether) {

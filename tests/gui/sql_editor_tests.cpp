@@ -1,8 +1,6 @@
-// The designer program's SQL editor: highlighting by the scanner, the error mark,
-// completion from the model and Format.
+// The designer program's SQL editor: in step with the diagram both ways, highlighting by the
+// scanner, the error mark, completion from the model and Format.
 #include <QClipboard>
-#include <QLabel>
-#include <QStatusBar>
 
 #include "gui/window_fixture.h"
 #include "main_window.h"
@@ -94,11 +92,6 @@ class SqlEditorWindow : public WindowTest {
     OpenWindow();
   }
   TqxSqlEditor* Editor() const { return Window->Editor(); }
-  void Apply(const QString& Text) {
-    Editor()->setText(Text);
-    QTest::keyClick(Editor(), Qt::Key_Return, Qt::ControlModifier);
-    Settle();
-  }
   // The statement written back on one line.
   std::string OneLine(const QString& Text) {
     std::string out;
@@ -107,8 +100,18 @@ class SqlEditorWindow : public WindowTest {
     Syntax.ParseSelect(Text.toStdString())->BuildSQL(writer, false);
     return out;
   }
-  QString Status() const { return Window->statusBar()->findChild<QLabel*>()->text(); }
 };
+
+TEST_F(SqlEditorWindow, TextAndDiagramFollowEachOther) {
+  Apply("select c.Name from Customers c");
+  ASSERT_EQ(Window->Builder()->findChildren<Box*>().size(), 1);
+  EXPECT_EQ(Editor()->toPlainText(), "select c.Name from Customers c")
+      << "typed text is not reformatted under the cursor";
+  // A diagram edit writes the pane.
+  ClickCheck(Window->Builder()->findChildren<Box*>().front(), 3);
+  EXPECT_TRUE(Editor()->toPlainText().contains("c.Country"));
+  EXPECT_FALSE(Editor()->toPlainText().contains("\r"));
+}
 
 TEST_F(SqlEditorWindow, SyntaxErrorMarksItsTokenAndKeepsTheDiagram) {
   const QString good = QStringLiteral(
@@ -121,13 +124,15 @@ TEST_F(SqlEditorWindow, SyntaxErrorMarksItsTokenAndKeepsTheDiagram) {
     const char* Text;
     const char* Marked;
     const char* At;  // the text from the marked token on
+    const char* Place;
   };
   // Multi-byte characters and blank lines before the error do not move the mark; a
   // statement that stops early marks its last token.
   const Case cases[] = {
-      {"select 'ñandú' x, c.Name\n\nfrom Customers c\nwhere c.Id = = 3", "=", "= = 3"},
-      {"select c.Name\r\nfrom Customers c wher c.Id = 1", "wher", "wher"},
-      {"select c.Name from Customers c where", "where", "where"},
+      {"select 'ñandú' x, c.Name\n\nfrom Customers c\nwhere c.Id = = 3", "=", "= = 3", nullptr},
+      {"select c.Name\nfrom Customers c\nwhere c.Id = = 3", "=", "= = 3", "line 3, column 12"},
+      {"select c.Name\r\nfrom Customers c wher c.Id = 1", "wher", "wher", "line 2, column 18"},
+      {"select c.Name from Customers c where", "where", "where", "line 1, column 32"},
   };
   for (const Case& c : cases) {
     Apply(QString::fromUtf8(c.Text));
@@ -138,10 +143,18 @@ TEST_F(SqlEditorWindow, SyntaxErrorMarksItsTokenAndKeepsTheDiagram) {
     const QByteArray bytes = Editor()->text().toUtf8();
     const int at = static_cast<int>(bytes.indexOf(QByteArray(c.At)));
     EXPECT_FALSE(Editor()->ErrorToolTipAt(at).isEmpty()) << c.Text;
-    EXPECT_EQ(Editor()->ErrorToolTipAt(at).toStdString(), Status().toStdString());
+    EXPECT_EQ(Editor()->ErrorToolTipAt(at), Window->StatusText());
+    if (c.Place != nullptr) {
+      EXPECT_TRUE(Window->StatusText().contains(c.Place)) << Window->StatusText().toStdString();
+    }
     EXPECT_TRUE(Editor()->ErrorToolTipAt(0).isEmpty()) << c.Text;
   }
-  Apply(good);
+  // A pause in typing applies the text as well, and the mark goes.
+  Editor()->setPlainText("select * from Orders o");
+  QTest::qWait(1000);
+  Settle();
+  ASSERT_EQ(Window->Builder()->findChildren<Box*>().size(), 1);
+  EXPECT_EQ(Window->Builder()->findChildren<Box*>().front()->GetCaption(), "Orders o");
   EXPECT_TRUE(Editor()->MarkedText().isEmpty());
   EXPECT_TRUE(Editor()->ErrorToolTipAt(0).isEmpty());
 }
@@ -212,10 +225,11 @@ TEST_F(SqlEditorWindow, FormatPutsClausesOnLinesAndKeepsTheStatement) {
   // Comments cannot be kept: the status says so.
   Editor()->setText(QStringLiteral("select a -- why\n\rfrom t"));
   EXPECT_TRUE(Editor()->Format());
-  EXPECT_TRUE(Status().contains(QStringLiteral("comments"))) << Status().toStdString();
+  EXPECT_TRUE(Window->StatusText().contains(QStringLiteral("comments")))
+      << Window->StatusText().toStdString();
   Editor()->setText(QStringLiteral("select '--' from t"));
   EXPECT_TRUE(Editor()->Format());
-  EXPECT_EQ(Status().toStdString(), "Formatted");
+  EXPECT_EQ(Window->StatusText(), "Formatted");
 
   // Text that does not parse stays as it is, with the error marked.
   Editor()->setText(QStringLiteral("select a from where"));

@@ -9,11 +9,9 @@
 #include <QPushButton>
 #include <QSvgRenderer>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QUndoStack>
 
-#include "gui/designer_fixture.h"
-#include "main_window.h"
+#include "gui/window_fixture.h"
 #include "query_files.h"
 
 namespace qorvex::testing_gui {
@@ -33,7 +31,7 @@ void PrintTo(const Snapshot& S, std::ostream* Out) {
          << "x" << r.height();
 }
 
-class UndoLayoutTest : public DesignerTest {
+class UndoLayoutTest : public WindowTest {
  protected:
   static Snapshot Take(TqxQueryBuilder* B) {
     Snapshot s{B->GetSQL(), {}};
@@ -52,10 +50,7 @@ class UndoLayoutTest : public DesignerTest {
   // Drags a box by its caption, as a mouse would.
   static void DragBox(Box* B, QPoint Delta) {
     const QPoint start = B->CaptionRect().topLeft() + QPoint(10, 5);
-    QTest::mousePress(B, Qt::LeftButton, Qt::NoModifier, start);
-    MoveWithButton(B, start + Delta / 2);
-    MoveWithButton(B, start + Delta);
-    QTest::mouseRelease(B, Qt::LeftButton, Qt::NoModifier, start + Delta);
+    Drag(B, start, start + Delta);
   }
 };
 
@@ -215,104 +210,77 @@ TEST_F(UndoLayoutTest, ExportCoversTheWholeDiagram) {
 TEST_F(UndoLayoutTest, ProgramSavesAndReopensQueryWithLayout) {
   QTemporaryDir dir;
   const QString path = dir.filePath("two.sql");
-  Snapshot saved;
-  {
-    TqxDesignerWindow window(&Syntax, &Metadata, QString());
-    window.show();
-    TqxQueryBuilder* builder = window.Builder();
-    window.Editor()->setPlainText("select c1.Name from Customers c1, Customers c2");
-    window.ApplyText();
-    Settle();
-    window.Editor()->setPlainText("select c1.Name, c2.Name from Customers c1, Customers c2");
-    window.ApplyText();
-    Settle();
-    EXPECT_EQ(builder->UndoStack()->count(), 2) << "one step per applied text";
-    EXPECT_EQ(window.Files()->UndoAction()->text(), "&Undo Edit SQL");
-    for (Box* box : builder->findChildren<Box*>()) {
-      if (box->GetCaption() == "Customers c2")
-        DragBox(box, QPoint(200, 120));
-    }
-    EXPECT_EQ(window.Files()->UndoAction()->text(), "&Undo Move");
-    QString error;
-    ASSERT_TRUE(window.Files()->SaveAs(path, &error)) << error.toStdString();
-    EXPECT_TRUE(builder->UndoStack()->isClean());
-    saved = Take(builder);
+  OpenWindow();
+  TqxQueryBuilder* builder = Window->Builder();
+  Apply("select c1.Name from Customers c1, Customers c2");
+  Apply("select c1.Name, c2.Name from Customers c1, Customers c2");
+  EXPECT_EQ(builder->UndoStack()->count(), 2) << "one step per applied text";
+  EXPECT_EQ(Window->Files()->UndoAction()->text(), "&Undo Edit SQL");
+  for (Box* box : builder->findChildren<Box*>()) {
+    if (box->GetCaption() == "Customers c2")
+      DragBox(box, QPoint(200, 120));
   }
+  EXPECT_EQ(Window->Files()->UndoAction()->text(), "&Undo Move");
+  QString error;
+  ASSERT_TRUE(Window->Files()->SaveAs(path, &error)) << error.toStdString();
+  EXPECT_TRUE(builder->UndoStack()->isClean());
+  const Snapshot saved = Take(builder);
   QFile sql(path);
   ASSERT_TRUE(sql.open(QIODevice::ReadOnly));
   EXPECT_FALSE(sql.readAll().contains('{')) << "the statement stays plain SQL";
   ASSERT_TRUE(QFile::exists(TqxQueryFiles::LayoutPathFor(path)));
 
-  TqxDesignerWindow window(&Syntax, &Metadata, QString());
-  window.show();
-  QString error;
-  ASSERT_TRUE(window.Files()->Open(path, &error)) << error.toStdString();
+  OpenWindow();
+  ASSERT_TRUE(Window->Files()->Open(path, &error)) << error.toStdString();
   Settle();
-  EXPECT_EQ(Take(window.Builder()), saved);
-  EXPECT_EQ(window.Builder()->UndoStack()->count(), 0);
-  EXPECT_FALSE(window.Files()->Open(dir.filePath("none.sql"), &error));
+  EXPECT_EQ(Take(Window->Builder()), saved);
+  EXPECT_EQ(Window->Builder()->UndoStack()->count(), 0);
+  EXPECT_FALSE(Window->Files()->Open(dir.filePath("none.sql"), &error));
   EXPECT_TRUE(error.contains("none.sql"));
 }
 
 // Ctrl+Z in the editor is the diagram's undo: typing not yet applied becomes a step that the
 // command takes back; typing that does not parse is taken back without touching the history.
 TEST_F(UndoLayoutTest, UndoInTheEditorTakesBackTyping) {
-  TqxDesignerWindow window(&Syntax, &Metadata, QString());
-  window.show();
-  const QString first = "select c.Name from Customers c";
-  window.Editor()->setPlainText(first);
-  window.ApplyText();
+  OpenWindow();
+  Apply("select c.Name from Customers c");
+  const std::string loaded = Window->Builder()->GetSQL();
+  const int steps = Window->Builder()->UndoStack()->count();
+  auto typeAndUndo = [&](const QString& Text, Qt::KeyboardModifiers Keys) {
+    Window->Editor()->setPlainText(Text);
+    QTest::keyClick(Window->Editor(), Qt::Key_Z, Keys);
+    Settle();
+  };
+  Window->Editor()->setFocus();
+  typeAndUndo("select c.Name, c.Id from Customers c", Qt::ControlModifier);
+  EXPECT_EQ(Window->Builder()->GetSQL(), loaded);
+  EXPECT_EQ(Window->Builder()->UndoStack()->count(), steps + 1) << "the typing is redoable";
+  QTest::keyClick(Window->Editor(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
   Settle();
-  const std::string loaded = window.Builder()->GetSQL();
-  const int steps = window.Builder()->UndoStack()->count();
+  const std::string redone = Window->Builder()->GetSQL();
+  EXPECT_NE(redone.find("c.Id"), std::string::npos);
 
-  window.Editor()->setFocus();
-  window.Editor()->setPlainText("select c.Name, c.Id from Customers c");
-  QTest::keyClick(window.Editor(), Qt::Key_Z, Qt::ControlModifier);
-  Settle();
-  EXPECT_EQ(window.Builder()->GetSQL(), loaded);
-  EXPECT_EQ(window.Builder()->UndoStack()->count(), steps + 1) << "the typing is redoable";
-  QTest::keyClick(window.Editor(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-  Settle();
-  EXPECT_NE(window.Builder()->GetSQL().find("c.Id"), std::string::npos);
-
-  const std::string redone = window.Builder()->GetSQL();
-  window.Editor()->setPlainText("select c.Name from Customers c where");
-  QTest::keyClick(window.Editor(), Qt::Key_Z, Qt::ControlModifier);
-  Settle();
-  EXPECT_EQ(window.Builder()->GetSQL(), redone) << "the diagram keeps its last good statement";
-  EXPECT_EQ(window.Editor()->toPlainText().contains("where"), false);
-  EXPECT_EQ(window.Builder()->UndoStack()->index(), steps + 1);
+  typeAndUndo("select c.Name from Customers c where", Qt::ControlModifier);
+  EXPECT_EQ(Window->Builder()->GetSQL(), redone) << "the diagram keeps its last good statement";
+  EXPECT_FALSE(Window->Editor()->toPlainText().contains("where"));
+  EXPECT_EQ(Window->Builder()->UndoStack()->index(), steps + 1);
 }
 
 // Closing with unsaved changes asks first: Cancel keeps the window, Discard closes it.
 TEST_F(UndoLayoutTest, ClosingWithChangesAsksFirst) {
-  TqxDesignerWindow window(&Syntax, &Metadata, QString());
-  window.show();
-  window.Editor()->setPlainText("select c.Name from Customers c");
+  OpenWindow();
+  Window->Editor()->setPlainText("select c.Name from Customers c");  // typing not yet applied
   int asked = 0;
-  const auto answer = [&](QMessageBox::StandardButton Button) {
-    // The poll outlives this call when no question comes: it owns itself through the timer.
-    auto poll = std::make_shared<std::function<void(int)>>();
-    *poll = [&asked, Button, weak = std::weak_ptr<std::function<void(int)>>(poll)](int Tries) {
-      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-      if (box != nullptr && box->isVisible()) {
-        ++asked;
-        box->button(Button)->click();
-      } else if (auto self = weak.lock(); self && Tries < 100) {
-        QTimer::singleShot(10, [self, Tries] { (*self)(Tries + 1); });
-      }
-    };
-    QTimer::singleShot(0, [poll] { (*poll)(0); });
-    window.close();
+  for (const QMessageBox::StandardButton button : {QMessageBox::Cancel, QMessageBox::Discard}) {
+    OnModal<QMessageBox>([&asked, button](QMessageBox* Box) {
+      ++asked;
+      Box->button(button)->click();
+    });
+    Window->close();
     Settle();
-  };
-  answer(QMessageBox::Cancel);
-  EXPECT_EQ(asked, 1) << "typing not yet applied is a change";
-  EXPECT_TRUE(window.isVisible());
-  answer(QMessageBox::Discard);
-  EXPECT_EQ(asked, 2);
-  EXPECT_FALSE(window.isVisible());
+    EXPECT_EQ(asked, button == QMessageBox::Cancel ? 1 : 2);
+    EXPECT_EQ(Window->isVisible(), button == QMessageBox::Cancel);
+  }
 }
 
 }  // namespace

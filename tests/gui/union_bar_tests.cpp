@@ -4,13 +4,9 @@
 #include <QScrollBar>
 #include <QStackedWidget>
 #include <QStyle>
-#include <functional>
-
-#include <QPlainTextEdit>
 
 #include "designer/union_nav_bar.h"
-#include "gui/designer_fixture.h"
-#include "main_window.h"
+#include "gui/window_fixture.h"
 #include "qorvex/syntax/sql92_syntax_provider.h"
 
 namespace qorvex::testing_gui {
@@ -30,7 +26,7 @@ class TqxSetOpsSyntaxProvider : public TqxSQL92SyntaxProvider {
   }
 };
 
-class UnionBar : public DesignerTest {
+class UnionBar : public WindowTest {
  public:
   TqxQueryBuiderPageControl* Pages() const {
     return TqxQueryBuilderPrivate::Of(Builder.get())->Pages;
@@ -79,29 +75,6 @@ class UnionBar : public DesignerTest {
     QTest::mouseRelease(Source, Qt::LeftButton, Qt::NoModifier, end);
   }
 
-  // Chooses the item captioned Choose in the next menu and records the menu's captions.
-  void ChooseInMenus(const QString& Choose) {
-    TqxQueryBuilderPrivate::Of(Builder.get())->MenuExecutor = [this, Choose](QMenu& menu,
-                                                                             const QPoint&) {
-      MenuCaptions.clear();
-      Checked.clear();
-      QAction* chosen = nullptr;
-      std::function<void(QMenu&)> walk = [&](QMenu& m) {
-        for (QAction* action : m.actions()) {
-          MenuCaptions.push_back(action->isSeparator() ? QStringLiteral("-") : action->text());
-          if (action->isChecked())
-            Checked.push_back(action->text());
-          if (action->text() == Choose)
-            chosen = action;
-          if (action->menu() != nullptr)
-            walk(*action->menu());
-        }
-      };
-      walk(menu);
-      return chosen;
-    };
-  }
-
   // The buttons stand in operand order, left to right, each showing its operand's name.
   void ExpectBarMatchesModel(int Tab = 0) {
     std::vector<TqxUnionSubQuery*> operands;
@@ -118,9 +91,6 @@ class UnionBar : public DesignerTest {
     EXPECT_EQ(Sheet(Tab)->GetOperandPages()->count(), static_cast<int>(operands.size()));
     EXPECT_EQ(Bar(Tab)->width(), Bar(Tab)->CalcWidth());
   }
-
-  std::vector<QString> MenuCaptions;
-  std::vector<QString> Checked;
 };
 
 TEST_F(UnionBar, AQueryWithoutUnionsShowsOneOperatorAndOneButtonInTheChosenCorner) {
@@ -165,79 +135,57 @@ TEST_F(UnionBar, AQueryWithoutUnionsShowsOneOperatorAndOneButtonInTheChosenCorne
   }
 }
 
-TEST_F(UnionBar, ClickingAButtonShowsItsOperandsPage) {
-  Load("select * from Customers union select * from Orders");
-  ExpectBarMatchesModel();
-  TqxUnionButton* second = Button(1);
-  QTest::mouseClick(second, Qt::LeftButton, Qt::NoModifier, second->rect().center());
-  EXPECT_EQ(Operand(), second->GetOperand());
-  EXPECT_TRUE(second->isChecked());
-  EXPECT_FALSE(Button(0)->isChecked()) << "exactly one button is down";
-  EXPECT_EQ(Sheet()->GetOperandPages()->currentWidget(),
-            dynamic_cast<TqxWidgetControl*>(Operand()->GetControl())->GetWidget());
-  EXPECT_TRUE(Errors.empty());
-}
-
-// Each row: a statement, a drag on its bar, and the statement the model must then write.
-struct DragCase {
-  const char* Name;
-  const char* Sql;
-  std::function<std::pair<QWidget*, QWidget*>(UnionBar&)> Pick;
-  const char* Expected;  // null: the drop is refused and nothing changes
-};
-
+// Each row: a union (C, O and I select everything from Customers, Orders and Items, u is union),
+// a drag on its bar from one control onto another (bN the N-th button, oN the N-th operator,
+// "[" and "]" the brackets) and the union the model must then write.
 TEST_F(UnionBar, DragsReshapeTheUnion) {
-  const char* flat = "select * from Customers union select * from Orders union select * from Items";
-  const char* tail =
-      "select * from Customers union (select * from Orders union select * from Items)";
-  const char* head =
-      "(select * from Customers union select * from Orders) union select * from Items";
-  auto button = [](int I) { return [I](UnionBar& t) -> QWidget* { return t.Button(I); }; };
-  auto bracket = [](bool Left) {
-    return [Left](UnionBar& t) -> QWidget* { return t.Bracket(Left); };
+  auto expand = [](const std::string& Shape) {
+    const std::map<char, std::string> words = {{'C', "select * from Customers"},
+                                               {'O', "select * from Orders"},
+                                               {'I', "select * from Items"},
+                                               {'u', "union"}};
+    std::string sql;
+    for (char c : Shape)
+      sql += words.count(c) ? words.at(c) : std::string(1, c);
+    return sql;
   };
-  auto pick = [](auto From, auto To) {
-    return [From, To](UnionBar& t) { return std::make_pair(From(t), To(t)); };
+  auto control = [this](const std::string& Code) -> QWidget* {
+    if (Code == "[" || Code == "]")
+      return Bracket(Code == "[");
+    const int n = Code[1] - '0';
+    return Code[0] == 'b' ? static_cast<QWidget*>(Button(n)) : Controls<TqxUnionOperator>().at(n);
   };
-  const DragCase cases[] = {
-      {"first onto last", flat, pick(button(0), button(2)),
-       "select * from Orders union select * from Items union select * from Customers"},
-      {"last onto first", flat, pick(button(2), button(0)),
-       "select * from Items union select * from Customers union select * from Orders"},
-      {"left bracket onto the operand before its group", tail, pick(bracket(true), button(0)),
-       "(select * from Customers union select * from Orders union select * from Items)"},
-      {"left bracket onto the group's first member", tail, pick(bracket(true), button(1)),
-       "select * from Customers union select * from Orders union (select * from Items)"},
-      {"right bracket onto the operand after its group", head, pick(bracket(false), button(2)),
-       "(select * from Customers union select * from Orders union select * from Items)"},
-      {"right bracket onto the group's last member", head, pick(bracket(false), button(1)),
-       "(select * from Customers) union select * from Orders union select * from Items"},
-      {"left bracket onto an operand after its group", head, pick(bracket(true), button(2)),
-       nullptr},
-      {"right bracket onto an operand before its group", tail, pick(bracket(false), button(0)),
-       nullptr},
-      {"a button onto itself", flat, pick(button(1), button(1)), nullptr},
-      {"a button after the group onto its left bracket", head, pick(button(2), bracket(true)),
-       "select * from Items union (select * from Customers union select * from Orders)"},
-      {"a button before the group onto its left bracket", tail, pick(button(0), bracket(true)),
-       "(select * from Customers union select * from Orders union select * from Items)"},
-      {"a button after the group onto its right bracket", head, pick(button(2), bracket(false)),
-       "(select * from Customers union select * from Orders union select * from Items)"},
-      {"a member onto its group's right bracket", head, pick(button(0), bracket(false)),
-       "(select * from Orders) union select * from Customers union select * from Items"},
-      {"a button onto an operator passes to that operand", flat,
-       [](UnionBar& t) {
-         return std::make_pair<QWidget*, QWidget*>(t.Button(0), t.Controls<TqxUnionOperator>()[2]);
-       },
-       "select * from Orders union select * from Items union select * from Customers"},
+  const struct {
+    const char* Name;
+    const char* Union;
+    const char* From;
+    const char* To;
+    const char* Expected;  // null: the drop is refused and nothing changes
+  } cases[] = {
+      {"first onto last", "C u O u I", "b0", "b2", "O u I u C"},
+      {"last onto first", "C u O u I", "b2", "b0", "I u C u O"},
+      {"left bracket onto the operand before its group", "C u (O u I)", "[", "b0", "(C u O u I)"},
+      {"left bracket onto the group's first member", "C u (O u I)", "[", "b1", "C u O u (I)"},
+      {"right bracket onto the operand after its group", "(C u O) u I", "]", "b2", "(C u O u I)"},
+      {"right bracket onto the group's last member", "(C u O) u I", "]", "b1", "(C) u O u I"},
+      {"left bracket onto an operand after its group", "(C u O) u I", "[", "b2", nullptr},
+      {"right bracket onto an operand before its group", "C u (O u I)", "]", "b0", nullptr},
+      {"a button onto itself", "C u O u I", "b1", "b1", nullptr},
+      {"a button after the group onto its left bracket", "(C u O) u I", "b2", "[", "I u (C u O)"},
+      {"a button before the group onto its left bracket", "C u (O u I)", "b0", "[", "(C u O u I)"},
+      {"a button after the group onto its right bracket", "(C u O) u I", "b2", "]", "(C u O u I)"},
+      {"a member onto its group's right bracket", "(C u O) u I", "b0", "]", "(O) u C u I"},
+      {"a member onto a button before its group", "C u (O u I)", "b2", "b0", "I u C u (O)"},
+      {"a button onto an operator passes to that operand", "C u O u I", "b0", "o2", "O u I u C"},
   };
-  for (const DragCase& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.Name);
-    Load(c.Sql);
+    Load(QString::fromStdString(expand(c.Union)));
     const std::string before = Sql();
     const int aligned = Bar()->GetAlignCount();
     QSignalSpy changed(Builder.get(), &TqxQueryBuilder::sqlChanged);
-    auto [source, target] = c.Pick(*this);
+    QWidget* source = control(c.From);
+    QWidget* target = control(c.To);
     EXPECT_EQ(Bar()->CanDrop(source, target), c.Expected != nullptr);
     DragOnto(source, target);
     Settle();
@@ -245,7 +193,7 @@ TEST_F(UnionBar, DragsReshapeTheUnion) {
       EXPECT_EQ(Sql(), before);
       EXPECT_EQ(changed.count(), 0);
     } else {
-      EXPECT_EQ(Sql(), ModelSql(c.Expected));
+      EXPECT_EQ(Sql(), ModelSql(expand(c.Expected)));
       EXPECT_EQ(changed.count(), 1) << "one change per drop";
       EXPECT_EQ(Bar()->GetAlignCount(), aligned + 1) << "the bar is aligned once per drop";
       EXPECT_EQ(ModelSql(Sql()), Sql()) << "the new SQL reads back to itself";
@@ -265,10 +213,9 @@ TEST_F(UnionBar, TheOperatorMenuListsTheProvidersOperatorsAndSetsOne) {
 
   ChooseInMenus("Except All");
   QTest::mouseClick(op, Qt::LeftButton, Qt::NoModifier, op->rect().center());
-  const std::vector<QString> expected = {"Union",     "Union All",     "Except", "Except All",
-                                         "Intersect", "Intersect All", "-",      "About Qorvex..."};
-  EXPECT_EQ(MenuCaptions, expected);
-  EXPECT_EQ(Checked, std::vector<QString>{"Union"});
+  EXPECT_EQ(MenuCaptions, QStringList({"Union", "Union All", "Except", "Except All", "Intersect",
+                                       "Intersect All", "-", "About Qorvex..."}));
+  EXPECT_EQ(Checked, QStringList{"Union"});
   EXPECT_NE(QString::fromStdString(Sql()).toUpper().indexOf("EXCEPT ALL"), -1) << Sql();
   EXPECT_EQ(ModelSql(Sql()), Sql());
   EXPECT_EQ(op->GetCaption(), "ea");
@@ -281,22 +228,19 @@ TEST_F(UnionBar, TheOperatorMenuListsTheProvidersOperatorsAndSetsOne) {
   EXPECT_TRUE(MenuCaptions.empty());
   ChooseInMenus("");
   QTest::mouseClick(op, Qt::LeftButton, Qt::NoModifier, op->rect().center());
-  EXPECT_EQ(Checked, std::vector<QString>{"Except All"});
-  Builder->SetSyntaxProvider(&Syntax);
-}
+  EXPECT_EQ(Checked, QStringList{"Except All"});
 
-TEST_F(UnionBar, WithoutASyntaxProviderOperatorsArePlainRectanglesWithOnlyTheClosingItems) {
-  Load("select * from Customers");
+  // Without a syntax provider: plain rectangles, and only the closing items.
   Builder->SetSyntaxProvider(nullptr);
   Settle();
-  TqxUnionOperator* op = Controls<TqxUnionOperator>().at(0);
+  op = Controls<TqxUnionOperator>().at(0);
   EXPECT_TRUE(op->Icon().isNull());
   const QImage image = op->grab().toImage();
   EXPECT_EQ(image.pixelColor(0, 0), op->palette().color(QPalette::WindowText));
   EXPECT_EQ(image.pixelColor(8, 8), op->palette().color(QPalette::Base));
   ChooseInMenus("");
   QTest::mouseClick(op, Qt::LeftButton, Qt::NoModifier, op->rect().center());
-  EXPECT_EQ(MenuCaptions, (std::vector<QString>{"-", "About Qorvex..."}));
+  EXPECT_EQ(MenuCaptions, QStringList({"-", "About Qorvex..."}));
 }
 
 TEST_F(UnionBar, TheUnionMenuAddsEnclosesAndRemovesOperandsWithTheirButtonsAndPages) {
@@ -311,6 +255,13 @@ TEST_F(UnionBar, TheUnionMenuAddsEnclosesAndRemovesOperandsWithTheirButtonsAndPa
   added->GetSelectList()->AddField(added->AddObject("Orders"), "Id");
   EXPECT_EQ(ModelSql(Sql()), Sql());
   EXPECT_NE(Sql().find("Orders"), std::string::npos) << Sql();
+  // A click on its button shows its page, and only that button is down.
+  QTest::mouseClick(Button(1), Qt::LeftButton, Qt::NoModifier, Button(1)->rect().center());
+  EXPECT_EQ(Operand(), added);
+  EXPECT_TRUE(Button(1)->isChecked());
+  EXPECT_FALSE(Button(0)->isChecked());
+  EXPECT_EQ(Sheet()->GetOperandPages()->currentWidget(),
+            dynamic_cast<TqxWidgetControl*>(added->GetControl())->GetWidget());
 
   // Brackets around the new operand, from its button's menu, then off again.
   ChooseInMenus("Enclose With Brackets");
@@ -379,17 +330,12 @@ TEST_F(UnionBar, SubQueriesHaveTabsThatFollowTheActiveSubQuery) {
 }
 
 TEST_F(UnionBar, TheProgramShowsAUnionOnTheBarAndItsTextFollowsADrag) {
-  TqxDesignerWindow window(&Syntax, &Metadata, QString());
-  window.resize(900, 700);
-  window.show();
-  Settle();
-  window.Editor()->setPlainText(
+  OpenWindow();
+  Apply(
       "select Name from Customers union (select Name from Products except select Name from "
       "Customers)");
-  QTest::keyClick(window.Editor(), Qt::Key_Return, Qt::ControlModifier);
-  Settle();
   auto* sheet = qobject_cast<TqxQueryTabSheet*>(
-      TqxQueryBuilderPrivate::Of(window.Builder())->Pages->currentWidget());
+      TqxQueryBuilderPrivate::Of(Window->Builder())->Pages->currentWidget());
   ASSERT_NE(sheet, nullptr);
   QList<TqxUnionButton*> buttons;
   int brackets = 0;
@@ -405,16 +351,10 @@ TEST_F(UnionBar, TheProgramShowsAUnionOnTheBarAndItsTextFollowsADrag) {
 
   DragOnto(buttons[2], buttons[0]);
   Settle();
-  const std::string sql = window.Builder()->GetSQL();
-  EXPECT_EQ(ModelSql(sql), sql);
-  EXPECT_EQ(window.Editor()->toPlainText(), QString::fromStdString(sql).remove('\r'))
+  const std::string sql = Window->Builder()->GetSQL();
+  EXPECT_NE(sql.find("Union\r\n(SELECT Products.Name\r\nFROM Products)"), std::string::npos) << sql;
+  EXPECT_EQ(Window->Editor()->toPlainText(), QString::fromStdString(sql).remove('\r'))
       << "the pane shows the rewritten text";
-  std::vector<TqxUnionSubQuery*> operands;
-  window.Builder()->GetQuery()->GetUnionGroup()->GetOperands(operands);
-  ASSERT_EQ(operands.size(), 3u);
-  EXPECT_EQ(operands[0]->GetDatasources().front()->GetCaption(), "Customers");
-  EXPECT_EQ(operands[1]->GetDatasources().front()->GetCaption(), "Customers");
-  EXPECT_EQ(operands[2]->GetDatasources().front()->GetCaption(), "Products");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "gui/designer_fixture.h"
 #include "main_window.h"
+#include "sql_editor.h"
 
 namespace qorvex::testing_gui {
 
@@ -19,6 +20,13 @@ class WindowTest : public DesignerTest {
     Window.reset();
     DesignerTest::TearDown();
   }
+  // Puts Text in the SQL pane and applies it with Ctrl+Return.
+  void Apply(const QString& Text) {
+    Window->Editor()->setPlainText(Text);
+    QTest::keyClick(Window->Editor(), Qt::Key_Return, Qt::ControlModifier);
+    Settle();
+  }
+
   std::unique_ptr<TqxDesignerWindow> Window;
 };
 
