@@ -293,7 +293,7 @@ class SQL92Parser::DirectBuilder {
   // first operand read here, so that a lone operand costs no further calls.
   ExpressionPtr Expression() {
     Enter();
-    ExpressionPtr left = ExpressionUnary();
+    ExpressionPtr left = kUnaryOperator.Has(Next()) ? ExpressionUnary() : ExpressionTerm();
     if (kFactorOperator.Has(Next()))
       left = ChainRest(std::move(left), kFactorOperator, kFactorKinds, 3,
                        [this] { return ExpressionUnary(); });
