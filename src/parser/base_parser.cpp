@@ -211,9 +211,6 @@ void TqxParserErrors::Exception(const std::string& message) {
 TqxBaseParser::TqxBaseParser(TqxBaseScanner* scanner, TastSyntaxProvider* provider)
     : scanner(scanner), provider(provider) {
   kinds_.swap(spareKinds);
-  wayBuffer_.swap(spareWay);
-  runDecisions_.swap(spareRun);
-  runPending_.swap(sparePending);
   tokenCount_ = scanner != nullptr ? scanner->GetTokenCount() : 0;
   // The padding is zero, the end token's kind.
   kinds_.resize(static_cast<std::size_t>(tokenCount_) + kKindPadding);
@@ -236,11 +233,23 @@ TqxBaseParser::~TqxBaseParser() {
     kinds_.clear();
     kinds_.swap(spareKinds);
   }
-  if (wayBuffer_.capacity() <= kKeep && spareWay.capacity() == 0)
+  // A text built directly used none of the way buffers: the thread's spares stay as
+  // they are.
+  const auto giveBack = [](auto& buffer, auto& spare) {
+    if (buffer.capacity() != 0 && buffer.capacity() <= kKeep && spare.capacity() == 0)
+      buffer.swap(spare);
+  };
+  giveBack(wayBuffer_, spareWay);
+  giveBack(runDecisions_, spareRun);
+  giveBack(runPending_, sparePending);
+}
+
+void TqxBaseParser::TakeSpareBuffers() {
+  if (wayBuffer_.capacity() == 0)
     wayBuffer_.swap(spareWay);
-  if (runDecisions_.capacity() <= kKeep && spareRun.capacity() == 0)
+  if (runDecisions_.capacity() == 0)
     runDecisions_.swap(spareRun);
-  if (runPending_.capacity() <= kKeep && sparePending.capacity() == 0)
+  if (runPending_.capacity() == 0)
     runPending_.swap(sparePending);
 }
 

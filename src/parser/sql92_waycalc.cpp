@@ -102,13 +102,25 @@ constexpr std::size_t kSpareCapacity = 1024;
 }  // namespace
 
 SQL92Parser::SQL92Parser(TqxBaseScanner* scanner, TastSyntaxProvider* provider)
-    : TqxBaseParser(scanner, provider) {
-  pool_.swap(spareLists);
-  workedIndex_.swap(spareWorkedIndex);
-  workedIndex_.clear();
+    : TqxBaseParser(scanner, provider) {}
+
+// The thread's spare buffers are taken when ways are first calculated.
+void SQL92Parser::TakeSpares() {
+  if (sparesTaken_)
+    return;
+  sparesTaken_ = true;
+  TakeSpareBuffers();
+  if (pool_.empty())
+    pool_.swap(spareLists);
+  if (workedIndex_.capacity() == 0) {
+    workedIndex_.swap(spareWorkedIndex);
+    workedIndex_.clear();
+  }
 }
 
 SQL92Parser::~SQL92Parser() {
+  if (!sparesTaken_)
+    return;
   if (workedIndex_.capacity() <= kSpareWorkedIndex && spareWorkedIndex.capacity() == 0)
     workedIndex_.swap(spareWorkedIndex);
   if (!spareLists.empty())
@@ -580,6 +592,7 @@ void SQL92Parser::ExpectSize(TqxWayList& ways) {
 // where it fails, so the error is reported at the farthest token.
 template <class F>
 void SQL92Parser::Entry(TqxWayList& ways, DirectEntry entry, F&& calc) {
+  TakeSpares();
   if (plain_ || ways.empty()) {
     calc(ways);
     return;

@@ -286,6 +286,9 @@ class QORVEX_SQL_EXPORT TqxBaseParser {
   // runPending_, and EndRun makes the leaf that stands for it, at token `tokenIndex`.
   // Below a root, the leaf is one point and the decisions are replayed from the list
   // (the parser keeps the last such run); elsewhere the chain of points is made.
+  // Takes the thread's spare way buffers, which a parser takes only when it calculates
+  // ways (a text built directly needs none).
+  void TakeSpareBuffers();
   void BeginRun(const TqxWayPoint* start) {
     runPending_.clear();
     runPending_.push_back(start->decision);

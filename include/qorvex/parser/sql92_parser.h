@@ -291,6 +291,8 @@ class QORVEX_SQL_EXPORT SQL92Parser : public TqxBaseParser {
   std::int32_t depth_ = 0;
   std::int32_t peakDepth_ = 0;
   std::vector<std::unique_ptr<TqxWayList>> pool_;
+  void TakeSpares();
+  bool sparesTaken_ = false;
   std::vector<std::uint32_t> stamp_;
   std::uint32_t epoch_ = 0;
   std::vector<std::int32_t> workedIndex_;
