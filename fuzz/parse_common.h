@@ -5,7 +5,8 @@
 // round trip: its one-line text parses to the same tree, writing the same one-line text,
 // and so does its multi-line text (read with "\n" line breaks, as the tool writes it). The way
 // calculation must also decide as its plain form does: the same first way, or the same
-// error position.
+// error position; and a SELECT statement built directly must have the tree of the two
+// passes.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -47,10 +48,39 @@ inline void CompareWithPlainWayCalc(const std::string& text, Entry entry) {
   }
 }
 
+// A SELECT statement built directly must have the tree that the two passes (way
+// calculation, then replay) give.
+inline void CompareDirectBuilding(const std::string& text) {
+  static TastSQL92SyntaxProvider provider;
+  SQL92Scanner scanner;
+  scanner.Init(text);
+  std::string direct;
+  {
+    SQL92Parser parser(&scanner, &provider);
+    std::unique_ptr<TSQLSelectStatement> tree = parser.ParseSelectDirect();
+    if (tree == nullptr)
+      return;
+    direct = tree->Dump();
+  }
+  SQL92Parser parser(&scanner, &provider);
+  TqxWayList ways{parser.NewWayPoint(nullptr)};
+  parser.ParseSelectWayCalc(ways);
+  parser.Expect(ways, tkEof);
+  if (ways.empty())
+    Fail("a text built directly has no way", text, direct);
+  parser.UnrollWay(ways.front());
+  parser.GetWayNode();
+  const std::string replayed = parser.ParseSelect()->Dump();
+  if (replayed != direct)
+    Fail("the direct building made another tree than the two passes", direct, replayed);
+}
+
 inline int Run(const std::uint8_t* data, std::size_t size, Entry entry) {
   static TastSQL92SyntaxProvider provider;
   const std::string text(reinterpret_cast<const char*>(data), size);
   CompareWithPlainWayCalc(text, entry);
+  if (entry == Entry::kSelect)
+    CompareDirectBuilding(text);
   std::unique_ptr<TastNode> tree;
   try {
     tree = Parse(provider, entry, text);

@@ -30,10 +30,27 @@ void Fail(int line) {
       Fail(__LINE__);    \
   } while (false)
 
+namespace {
+// A dialect that adds nothing: scanned token by token through the general recogniser,
+// never on the fast path.
+class GeneralScanner : public qorvex::SQL92Scanner {};
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
   qorvex::SQL92Scanner scanner;
   scanner.Init(text);
+
+  // The fast path gives exactly the general recogniser's tokens.
+  GeneralScanner general;
+  general.Init(text);
+  Check(general.GetTokenCount() == scanner.GetTokenCount());
+  for (std::int32_t i = 0; i < scanner.GetTokenCount(); ++i) {
+    const qorvex::TqxToken& a = scanner.GetToken(i);
+    const qorvex::TqxToken& b = general.GetToken(i);
+    Check(a.kind == b.kind && a.pos == b.pos && a.line == b.line && a.col == b.col &&
+          a.offset == b.offset && a.val == b.val);
+  }
 
   const std::int32_t count = scanner.GetTokenCount();
   Check(count >= 1);

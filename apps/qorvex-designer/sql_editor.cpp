@@ -129,9 +129,10 @@ TqxSqlEditor::TqxSqlEditor(QWidget* Parent) : QsciScintilla(Parent) {
 
   // Undo and redo belong to the diagram's history, which holds each applied text as a step:
   // the editor gives up its own keys for them so that the window's commands receive them.
-  for (const int key :
+  for (const QKeyCombination combination :
        {Qt::CTRL | Qt::Key_Z, Qt::CTRL | Qt::SHIFT | Qt::Key_Z, Qt::CTRL | Qt::Key_Y,
         Qt::ALT | Qt::Key_Backspace, Qt::ALT | Qt::SHIFT | Qt::Key_Backspace}) {
+    const int key = combination.toCombined();
     if (QsciCommand* command = standardCommands()->boundTo(key)) {
       if (command->key() == key)
         command->setKey(0);

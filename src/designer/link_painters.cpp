@@ -178,13 +178,11 @@ void DrawCircle(QPainter& Canvas, int X1, int Y1, int X2, int Y2) {
 }
 
 // Keys of the kept marks: the style, the end's join kind and side, and extra flags.
-enum TqxMarkKey : quint32 {
-  kSimpleMark = 0x100,
-  kAccessMark = 0x200,
-  kMSSQLMark = 0x300,
-  kOuterEnd = 0x1,
-  kRightSide = 0x2,
-};
+constexpr quint32 kSimpleMark = 0x100;
+constexpr quint32 kAccessMark = 0x200;
+constexpr quint32 kMSSQLMark = 0x300;
+constexpr quint32 kOuterEnd = 0x1;
+constexpr quint32 kRightSide = 0x2;
 
 }  // namespace
 
@@ -210,7 +208,7 @@ void TqxQueryBuilderLinkPainterSimple::PaintEndMark(QPainter& Canvas, QPoint At,
                                                     const QColor& Line, const QColor& Shapes) {
   const int d = Side == csRight ? 8 : -8;
   const quint32 key =
-      kSimpleMark | (Type == ctOuter ? kOuterEnd : 0) | (Side == csRight ? kRightSide : 0);
+      kSimpleMark | (Type == ctOuter ? kOuterEnd : 0u) | (Side == csRight ? kRightSide : 0u);
   Stamp(Canvas, At, key, 9, Line, Shapes, [&](QPainter& P, QPoint C) {
     if (Type == ctOuter)
       DrawTriangle(P, C, d);
@@ -359,7 +357,7 @@ void TqxQueryBuilderLinkPainterAccess::PaintEndMark(QPainter& Canvas, QPoint At,
                                                     TqxQueryBuilderLinkConnectToSide Side,
                                                     const QColor& Line) {
   const quint32 key =
-      kAccessMark | (Type == ctOuter ? kOuterEnd : 0) | (Side == csRight ? kRightSide : 0);
+      kAccessMark | (Type == ctOuter ? kOuterEnd : 0u) | (Side == csRight ? kRightSide : 0u);
   Stamp(Canvas, At, key, 7, Line, Line, [&](QPainter& P, QPoint C) {
     if (Type == ctOuter)
       DrawTriangle(P, C, Side == csRight ? 4 : -4);
