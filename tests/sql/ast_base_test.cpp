@@ -151,16 +151,6 @@ std::string ExtName(const TastNode& Node) {
                                        : std::string(Node.GetExtender()->ClassType().ClassName());
 }
 
-TEST(TreeNode, ClassReferencesCreateTheDynamicClassWithItsExtender) {
-  TestProvider p;
-  p.RegisterExtender(TLeaf::StaticClass(), TBracketExt::StaticClass());
-  std::unique_ptr<TastExtender> made = TLeafSub::StaticClass().Create(&p);
-  auto* leaf = dynamic_cast<TLeafSub*>(made.get());
-  ASSERT_NE(leaf, nullptr);
-  EXPECT_EQ(leaf->GetSyntaxProvider(), &p);
-  EXPECT_EQ(ExtName(*leaf), "TBracketExt");
-}
-
 TEST(ExtenderRegistry, NearestRegisteredAncestorWinsAndExactMatchWinsAtOnce) {
   TestProvider p;
   p.RegisterExtender(TLeaf::StaticClass(), TBracketExt::StaticClass());
@@ -389,14 +379,6 @@ TEST(TreeNode, GetSimpleSQLIsSafeWhenCalledWhileWriting) {
   EXPECT_EQ(list->GetSimpleSQL(), "a, b /* other name */, c");
   EXPECT_EQ(list->GetSimpleSQL(), "a, b /* other name */, c");
   TNestedTextExt::other = nullptr;
-}
-
-TEST(TreeNode, DumpListsOneObjectPerLineIndented) {
-  TestProvider p;
-  p.RegisterExtender(TLeafSub::StaticClass(), TBracketExt::StaticClass());
-  auto list = ListOf(&p, {"a"});
-  list->Add(Leaf<TLeafSub>(&p, "b"));
-  EXPECT_EQ(list->Dump(), "TList\n  TLeaf a\n  TLeafSub b\n    TBracketExt\n");
 }
 
 }  // namespace

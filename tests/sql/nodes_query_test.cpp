@@ -152,16 +152,20 @@ std::unique_ptr<TSQLSelectStatement> RichStatement() {
       "union all (select a from t except select b from t) order by a");
 }
 
+// A copy shares no node, keeps the sources' fields and binds names to its own sources.
 TEST(QueryNodes, CloneOfAStatementSharesNoNodeAndRebindsItsNames) {
   std::unique_ptr<TSQLSelectStatement> original = RichStatement();
   std::vector<TSQLFromSource*> stack;
   original->FixupObjects(stack);
+  std::vector<TastExtender*> before, after;
+  CollectNodes(*original, before);
+  for (TastExtender* node : before) {
+    if (auto* source = dynamic_cast<TSQLFromSource*>(node))
+      source->Fields = {"f"};
+  }
   std::unique_ptr<TastNode> copy = original->Clone();
   EXPECT_EQ(&copy->ClassType(), &TSQLSelectStatement::StaticClass());
   EXPECT_EQ(Plain(*copy, true), Plain(*original, true));
-
-  std::vector<TastExtender*> before, after;
-  CollectNodes(*original, before);
   CollectNodes(*copy, after);
   EXPECT_EQ(before.size(), after.size());
   const std::set<TastExtender*> originalNodes(before.begin(), before.end());
@@ -169,6 +173,8 @@ TEST(QueryNodes, CloneOfAStatementSharesNoNodeAndRebindsItsNames) {
   int bound = 0;
   for (TastExtender* node : after) {
     EXPECT_EQ(originalNodes.count(node), 0u) << node->ClassType().ClassName();
+    if (auto* source = dynamic_cast<TSQLFromSource*>(node))
+      EXPECT_EQ(source->Fields, Strings{"f"});
     auto* name = dynamic_cast<TSQLDatabaseObject*>(node);
     if (name != nullptr && name->GetFromSource() != nullptr) {
       ++bound;

@@ -123,16 +123,6 @@ TEST(StatementWiseScan, ParsingTheTokensMatchesParsingTheText) {
   }
 }
 
-// A script splits where its statements, each scanned on its own, have their ";": a "-"
-// after blank lines does not make the split scan step back into a string literal.
-TEST(StatementWiseScan, SplitFollowsTheStatementsOwnTokens) {
-  const std::string script = "select 1;\n\nselect 'a;'-1 from t;select 2";
-  std::vector<std::string> texts;
-  for (const TqxStatementText& statement : SplitStatements(script))
-    texts.emplace_back(statement.text);
-  EXPECT_EQ(texts, (std::vector<std::string>{"select 1", "select 'a;'-1 from t", "select 2"}));
-}
-
 TEST(StatementWiseScan, NothingToParse) {
   TastSQL92SyntaxProvider provider;
   SQL92Scanner scanner;
