@@ -32,23 +32,6 @@ class SQLiteProviderTest : public ::testing::Test {
   TqxSQLiteMetadataProvider provider_;
 };
 
-TEST_F(SQLiteProviderTest, SystemTablesOnlyWithSystem) {
-  SQLiteExec(file_,
-             "create table counted (id integer primary key autoincrement, v int);"
-             "insert into counted (v) values (1);"
-             "create table plain (a int);"
-             "create index plain_a on plain (a);"
-             "analyze;"
-             "create view seen as select * from plain");
-  Names names;
-  provider_.GetTableNames(names, false);
-  EXPECT_EQ(names, (Names{"counted", "plain"}));
-  provider_.GetTableNames(names, true);
-  EXPECT_EQ(names, (Names{"counted", "sqlite_sequence", "plain", "sqlite_stat1"}));
-  provider_.GetViewNames(names, true);
-  EXPECT_EQ(names, Names{"seen"});
-}
-
 TEST_F(SQLiteProviderTest, ImplicitKeysFollowThePrimaryKeyOrderAndBrokenKeysAreLeftOut) {
   SQLiteExec(file_,
              "create table p (k1 int, k2 int, primary key (k2, k1));"
