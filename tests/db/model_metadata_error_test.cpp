@@ -66,10 +66,6 @@ TEST_F(ModelMetadataErrorTest, UnknownTablesAndFunctionsLoadWithoutFields) {
       {"SELECT c.name, q.v FROM customers c JOIN (SELECT undefined_fn(c2.id) AS v, c2.id FROM "
        "customers c2) q ON q.id = c.id",
        {"q: Cannot prepare the statement: no such function: undefined_fn"}},
-      {"SELECT c.id FROM customers c WHERE c.id IN (SELECT a.customer_id FROM archive a)",
-       {"a: " + noTable + "archive"}},
-      {"SELECT c.name FROM customers c UNION SELECT s.name FROM suppliers s ORDER BY 1",
-       {"s: " + noTable + "suppliers"}},
       {"SELECT * FROM gone g, (SELECT * FROM gone) h",
        {"g: " + noTable + "gone", "h: " + noTable + "gone", "gone: " + noTable + "gone"}},
   };

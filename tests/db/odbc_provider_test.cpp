@@ -86,21 +86,5 @@ TEST(ODBCMetadataProvider, SystemTablesOnlyWithSystemAndNoOtherTypes) {
   EXPECT_EQ(views, Names{"my_view"});
 }
 
-TEST(ODBCMetadataProvider, ServerErrorsDuringCataloguesReachTheCaller) {
-  PostgresServer& pg = PostgresServer::Instance();
-  TqxODBCConnection connection(pg.ConnectionString(pg.CreateDatabase()));
-  TqxODBCMetadataProvider provider(&connection);
-  Names fields;
-  provider.GetFields("select 1 as one, 'x' as \"two words\"", fields);
-  EXPECT_EQ(fields, (Names{"one", "two words"}));
-  const std::string error =
-      ErrorOf([&] { provider.GetFields("select * from (select 1) x where", fields); });
-  EXPECT_THAT(error, HasSubstr("syntax error"));
-  EXPECT_THAT(error, HasSubstr("SQLSTATE 42601"));
-  // The connection stays usable after a rejected statement.
-  provider.GetFields("select 2 as again", fields);
-  EXPECT_EQ(fields, Names{"again"});
-}
-
 }  // namespace
 }  // namespace qorvex::dbtest

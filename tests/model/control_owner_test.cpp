@@ -92,24 +92,6 @@ TEST_F(ControlOwnerTest, ControlsAreCreatedTopDownOnlyWhereTheParentHasOne) {
   EXPECT_EQ(Factory.Alive, 0);
 }
 
-TEST_F(ControlOwnerTest, AControlFreedByTheScreenFreesItsModelObject) {
-  LoadWithControls("SELECT a.x FROM a INNER JOIN b ON a.id=b.id AND a.y=b.y");
-  TqxDatasourceBase* b = Operand()->GetFromClause()->GetItems(1);
-  ASSERT_EQ(b->GetJoinsCount(), 2);
-  // The Delete key on a link control: the screen frees the control.
-  Reports = 0;
-  delete b->GetJoins(0)->GetControl();
-  EXPECT_EQ(b->GetJoinsCount(), 1);
-  EXPECT_EQ(Reports, 1);
-  EXPECT_EQ(SQL(), "SELECT a.x FROM a INNER JOIN  b ON a.y=b.y");
-  // The close button of a box removes the datasource.
-  delete b->GetControl();
-  EXPECT_EQ(Datasources().size(), 1u);
-  EXPECT_EQ(SQL(), "SELECT a.x FROM a");
-  Builder.SetControlFactory(nullptr);
-  EXPECT_EQ(Factory.Alive, 0);
-}
-
 TEST_F(ControlOwnerTest, MenusEndWithTheCommonItemsAndRunTheirCommands) {
   LoadWithControls("SELECT a.x FROM a INNER JOIN b ON a.id=b.id");
   TqxLink* link = Operand()->GetFromClause()->GetItems(1)->GetJoins(0);

@@ -237,17 +237,6 @@ std::unique_ptr<TTestProxy> MakeProxy(std::unique_ptr<TSQLSubSelectStatement> St
   return std::unique_ptr<TTestProxy>(static_cast<TTestProxy*>(proxy.release()));
 }
 
-TEST(StatementProxy, WritesThroughAFreshTreeAndFreesIt) {
-  auto proxy = MakeProxy(Sql("select 1 from t"));
-  EXPECT_EQ(proxy->GetOwner(), FakeOwner());
-  EXPECT_EQ(Plain(*proxy, true), "SELECT 1\r\nFROM t");
-  EXPECT_EQ(proxy->GetSimpleSQL(), "SELECT 1 FROM t");
-  EXPECT_EQ(gLiveTrees, 0);
-  // The HTML builder refuses the number: the tree is freed on that path too.
-  EXPECT_THROW(Html(*proxy, false), EqxError);
-  EXPECT_EQ(gLiveTrees, 0);
-}
-
 TEST(StatementProxy, CloneIsARealStatement) {
   auto proxy = MakeProxy(Sql("select a from t"));
   std::unique_ptr<TastNode> copy = proxy->Clone();

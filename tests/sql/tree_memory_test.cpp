@@ -65,14 +65,6 @@ TEST(TreeMemory, ParsedNodesGetTheExtendersRegisteredForTheirClasses) {
   EXPECT_EQ(objects, 2);
   // Each column is written through two extenders (its expression and its name).
   EXPECT_NE(tree->GetSimpleSQL().find("<<a.x>>"), std::string::npos) << tree->GetSimpleSQL();
-
-  // Without a registration, the same text gives a tree without extenders.
-  TastSQL92SyntaxProvider plain;
-  std::vector<TastNode*> plainNodes;
-  auto plainTree = plain.ParseSelect("select a.x + 1, count(*) from t1 x join t2 on x.k = t2.k");
-  CollectNodes(*plainTree, plainNodes);
-  for (TastNode* node : plainNodes)
-    EXPECT_EQ(node->GetExtender(), nullptr) << node->ClassType().ClassName();
 }
 
 std::vector<std::string> Dumps(const std::vector<std::unique_ptr<TSQLSelectStatement>>& Trees) {
