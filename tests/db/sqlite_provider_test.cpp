@@ -61,6 +61,10 @@ TEST_F(SQLiteProviderTest, RelationsComeInOrderAndFollowSchemaChanges) {
             (Names{"alpha(pid) -> p(id)", "alpha(qid) -> q(id)"}));
   EXPECT_EQ(RelationTexts(provider_, "q"), (Names{"alpha(qid) -> q(id)", "q(pid) -> p(id)"}));
   EXPECT_EQ(RelationTexts(provider_, "none"), Names{});
+  // A text without a statement has no fields.
+  Names fields{"left over"};
+  provider_.GetFields("  -- nothing\n", fields);
+  EXPECT_TRUE(fields.empty());
   SQLiteExec(file_,
              "drop table zeta;"
              "create table beta (pid int references p (id))");
@@ -71,13 +75,6 @@ TEST_F(SQLiteProviderTest, RelationsComeInOrderAndFollowSchemaChanges) {
   SQLiteExec(other, "create table p (id int primary key); create table c (x int references p)");
   connection_.SetFileName(other.string());
   EXPECT_EQ(RelationTexts(provider_, "p"), Names{"c(x) -> p(id)"});
-}
-
-TEST_F(SQLiteProviderTest, TextWithoutAStatementHasNoFields) {
-  SQLiteExec(file_, "create table t (a int)");
-  Names fields{"left over"};
-  provider_.GetFields("  -- nothing\n", fields);
-  EXPECT_TRUE(fields.empty());
 }
 
 TEST_F(SQLiteProviderTest, OpenFailuresCarrySQLitesMessage) {

@@ -35,9 +35,6 @@ const TextCase kFrom[] = {
      "<b>cross</b> <b>join</b>"},
     {"left outer join", [] { return JoinKind<TSQLJoinKindLeft>(true); }, "LEFT OUTER JOIN", nullptr,
      "<b>left</b> <b>outer</b> <b>join</b>"},
-    {"right join", [] { return JoinKind<TSQLJoinKindRight>(); }, "RIGHT JOIN", nullptr, nullptr},
-    {"full outer join", [] { return JoinKind<TSQLJoinKindFull>(true); }, "FULL OUTER JOIN", nullptr,
-     nullptr},
     {"table",
      [] {
        return Table({"s", "t"});

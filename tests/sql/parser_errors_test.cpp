@@ -62,8 +62,7 @@ TEST(RejectedCorpus, ReportsMessageLineAndColumnAsThePlainCalculation) {
 }
 
 // Beyond the line and column of the corpus: the character position and the text of the
-// token the error is reported at, also for an error token holding the rest of the text;
-// and an error made without a token.
+// token the error is reported at, also for an error token holding the rest of the text.
 TEST(ParseEntries, ErrorsCarryPositionAndTokenText) {
   TastSQL92SyntaxProvider provider;
   const struct {
@@ -85,19 +84,13 @@ TEST(ParseEntries, ErrorsCarryPositionAndTokenText) {
       EXPECT_EQ(e.tokenText, c.token);
     }
   }
-  const EqxSQLError e = MakeSQLError("Bad expression", nullptr);
-  EXPECT_STREQ(e.what(), "Bad expression");
-  EXPECT_EQ(e.pos, 0);
-  EXPECT_EQ(e.line, 0);
-  EXPECT_EQ(e.col, 0);
-  EXPECT_EQ(e.tokenText, "");
 }
 
 // ---- nesting ---------------------------------------------------------------------
 
-// Every kind of nesting is read to 256 levels (the "+" chain to 500); far deeper text is
-// rejected with the entry's message, never overflowing the stack. A text is
-// head + open * n + middle + close * n + tail.
+// Every kind of nesting is read to 256 levels; far deeper text is rejected with the
+// entry's message, never overflowing the stack (the kinds the direct reading takes close
+// to the bound are tried there). A text is head + open * n + middle + close * n + tail.
 TEST(Nesting, DeepTextsAreReadOrRejectedCleanly) {
   TastSQL92SyntaxProvider provider;
   const struct {
@@ -107,15 +100,11 @@ TEST(Nesting, DeepTextsAreReadOrRejectedCleanly) {
       {"select ", "(", "1", ")", "", 256, 5000},
       {"select * from t where ", "(", "a = 1", ")", "", 256, 5000},
       {"select * from t where ", "(", "a", ")", " = 1", 256, 0},
-      {"select * from t where ", "not ", "a = 1", "", "", 256, 5000},
-      {"select ", "- ", "1", "", "", 256, 5000},
       {"select ", "f(", "1", ")", "", 256, 0},
       {"select ", "(select ", "1", ")", "", 256, 3000},
       {"select * from t where a in ", "(select a from t where a in ", "(1)", ")", "", 256, 0},
       {"select * from ", "(select * from ", "t", ") x", "", 256, 0},
-      {"select * from ", "(", "t", ")", "", 256, 0},
       {"select ", "case when a = 1 then ", "1", " end", "", 256, 0},
-      {"select 1", " + 1", "", "", "", 500, 5000},
       {"select * from a", " join b", "", " on 1 = 1", "", 256, 3000},
   };
   for (const auto& c : cases) {

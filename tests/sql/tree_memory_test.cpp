@@ -11,6 +11,7 @@
 #include "parser_test_util.h"
 #include "qorvex/ast/builder.h"
 #include "qorvex/ast/syntax_provider.h"
+#include "sql/nodes_support.h"
 
 namespace qorvex {
 namespace {
@@ -28,26 +29,20 @@ class TAngleWriter : public TastExtender {
 };
 QX_DEFINE_CLASS(TAngleWriter, TastExtender)
 
-void CollectNodes(TastExtender& Object, std::vector<TastNode*>& Out) {
-  if (auto* node = dynamic_cast<TastNode*>(&Object))
-    Out.push_back(node);
-  std::vector<TastExtender*> children;
-  Object.GetMyChildren(children);
-  for (TastExtender* child : children)
-    CollectNodes(*child, Out);
-}
-
 TEST(TreeMemory, ParsedNodesGetTheExtendersRegisteredForTheirClasses) {
   TastSQL92SyntaxProvider provider;
   provider.RegisterExtender(TSQLExpressionColumn::StaticClass(), TAngleWriter::StaticClass());
   provider.RegisterExtender(TSQLDatabaseObject::StaticClass(), TAngleWriter::StaticClass());
   auto tree = provider.ParseSelect("select a.x + 1, count(*) from t1 x join t2 on x.k = t2.k");
 
-  std::vector<TastNode*> nodes;
-  CollectNodes(*tree, nodes);
+  std::vector<TastExtender*> all;
+  test::CollectNodes(*tree, all);
   int columns = 0;
   int objects = 0;
-  for (TastNode* node : nodes) {
+  for (TastExtender* object : all) {
+    auto* node = dynamic_cast<TastNode*>(object);
+    if (node == nullptr)
+      continue;
     // Columns and the names derived from TSQLDatabaseObject get one; no other node does.
     const bool registered = dynamic_cast<TSQLExpressionColumn*>(node) != nullptr ||
                             dynamic_cast<TSQLDatabaseObject*>(node) != nullptr;
