@@ -41,19 +41,6 @@ TEST_F(QueryTest, BlankTextGivesOneEmptyOperand) {
   EXPECT_EQ(SQL(), "SELECT");
 }
 
-TEST_F(QueryTest, TheSameSQLInAnyLetterCaseKeepsTheModel) {
-  Load("SELECT a.x FROM a JOIN b ON a.id = b.id");
-  TqxDatasource* a = DS(0);
-  a->SetLeft(77);
-  Reports = 0;
-  Load("select A.X from A inner join B on A.ID=B.ID");
-  EXPECT_EQ(DS(0), a);
-  EXPECT_EQ(DS(0)->GetLeft(), 77);
-  EXPECT_EQ(Reports, 0);
-  Load("SELECT a.x FROM a JOIN b ON a.id = b.id WHERE a.x = 1");
-  EXPECT_NE(DS(0)->GetLeft(), 77);
-}
-
 TEST_F(QueryTest, LoadingNeedsBothProviders) {
   TqxBaseQueryBuilder builder;
   builder.SetSyntaxProvider(&Syntax);

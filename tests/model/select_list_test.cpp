@@ -236,6 +236,9 @@ TEST_F(SelectListTest, SortingRowsWritesOrderBy) {
   EXPECT_EQ(Row(1)->GetSortOrder(), 2);
   EXPECT_EQ(Row(2)->GetExpressionText(), "t.b");
   EXPECT_FALSE(Row(2)->GetSelect());
+  ASSERT_EQ(List()->GetSortedCount(), 3);
+  EXPECT_EQ(List()->GetSortedItems(0), Row(0));
+  EXPECT_EQ(List()->GetSortedItems(2), Row(2));
   EXPECT_EQ(SQL(), "SELECT Count(*) AS n, t.a FROM t GROUP BY t.a ORDER BY n DESC, t.a, t.b");
 }
 
