@@ -64,6 +64,10 @@ const JoinCase kJoinCases[] = {
     {"SELECT * FROM a JOIN b ON a.x = b.x OR a.y = b.y",
      {"a-b [a.x=b.x Or a.y=b.y]"},
      "SELECT * FROM a INNER JOIN  b ON a.x=b.x Or a.y=b.y"},
+    // Both columns of the joined table: no link between two ends.
+    {"SELECT * FROM a JOIN b ON a.id = b.id AND b.x = b.y",
+     {"a.id-b.id [a.id=b.id]", "a-b [b.x=b.y]"},
+     "SELECT * FROM a INNER JOIN  b ON a.id=b.id And b.x=b.y"},
     // Unqualified columns name no datasource.
     {"SELECT * FROM a JOIN b ON x = y", {"a-b [x=y]"}, "SELECT * FROM a INNER JOIN  b ON x=y"},
     {"SELECT * FROM a LEFT JOIN b ON a.x = b.x AND b.flag = 1",
