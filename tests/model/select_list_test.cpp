@@ -82,7 +82,7 @@ TEST_F(SelectListTest, ConditionTermsLoadAsCellsOrWholeConditions) {
   struct Case {
     const char* Clauses;
     const char* Rows;
-    const char* Written;  // when it differs from the loaded text
+    const char* Written = nullptr;  // when it differs from the loaded text
   };
   const Case cases[] = {
       {"WHERE t.a>1 And (Exists(SELECT 1 FROM u) Or Exists(SELECT 1 FROM v))",

@@ -173,8 +173,9 @@ TEST(QueryNodes, CloneOfAStatementSharesNoNodeAndRebindsItsNames) {
   int bound = 0;
   for (TastExtender* node : after) {
     EXPECT_EQ(originalNodes.count(node), 0u) << node->ClassType().ClassName();
-    if (auto* source = dynamic_cast<TSQLFromSource*>(node))
+    if (auto* source = dynamic_cast<TSQLFromSource*>(node)) {
       EXPECT_EQ(source->Fields, Strings{"f"});
+    }
     auto* name = dynamic_cast<TSQLDatabaseObject*>(node);
     if (name != nullptr && name->GetFromSource() != nullptr) {
       ++bound;
