@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -53,8 +54,8 @@ std::string ParamName(const ::testing::TestParamInfo<Backend>& info) {
 
 // --- names -------------------------------------------------------------------------------
 
-// Views are never among tables, system ones included, nor tables among views; names with
-// blanks, quotes and letters beyond ASCII are kept.
+// Views (and sequences) are never among tables, system ones included, nor tables among
+// views; names with blanks, quotes and letters beyond ASCII are kept.
 TEST_P(ProviderTest, TableAndViewNames) {
   db_->Exec(
       "create table \"order items\" (id int primary key, \"say \"\"hi\"\"\" int, \"x y\" int);"
@@ -63,10 +64,16 @@ TEST_P(ProviderTest, TableAndViewNames) {
       "create view v_both as select a.id from \"order items\" a join \"line items\" b on a.id = "
       "b.id;"
       "create table \"größe\" (\"maß\" int)");
+  if (IsPostgres())
+    db_->Exec("create sequence my_seq");
   EXPECT_EQ(Sorted(Tables()), (Names{"größe", "line items", "order items"}));
   EXPECT_EQ(Sorted(Views()), (Names{"big items", "v_both"}));
-  for (const std::string& name : Tables(/*system=*/true))
-    EXPECT_TRUE(name != "big items" && name != "v_both") << name;
+  const Names system = Tables(/*system=*/true);
+  for (const std::string& name : system)
+    EXPECT_TRUE(name != "big items" && name != "v_both" && name != "my_seq") << name;
+  // PostgreSQL's driver reports the information schema's tables as system tables.
+  EXPECT_EQ(std::count(system.begin(), system.end(), "sql_features"), IsPostgres() ? 1 : 0);
+  EXPECT_EQ(std::count(system.begin(), system.end(), "order items"), 1);
   EXPECT_EQ(Fields("select * from \"größe\""), Names{"maß"});
   EXPECT_EQ(Fields("select * from \"order items\""), (Names{"id", "say \"hi\"", "x y"}));
   EXPECT_EQ(Fields("select * from \"big items\" b"), (Names{"id", "say \"hi\"", "x y"}));
