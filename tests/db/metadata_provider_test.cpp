@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -53,27 +54,27 @@ std::string ParamName(const ::testing::TestParamInfo<Backend>& info) {
 
 // --- names -------------------------------------------------------------------------------
 
-TEST_P(ProviderTest, ViewsAreNeverAmongTablesNorTablesAmongViews) {
-  db_->Exec(
-      "create table alpha (id int primary key);"
-      "create table beta (id int);"
-      "create view v_alpha as select id from alpha;"
-      "create view v_both as select a.id from alpha a join beta b on a.id = b.id");
-  EXPECT_EQ(Sorted(Tables()), (Names{"alpha", "beta"}));
-  EXPECT_EQ(Sorted(Views()), (Names{"v_alpha", "v_both"}));
-  for (const std::string& name : Tables(/*system=*/true))
-    EXPECT_TRUE(name != "v_alpha" && name != "v_both") << name;
-}
-
-TEST_P(ProviderTest, NamesWithBlanksQuotesAndLettersBeyondASCIIAreKept) {
+// Views (and sequences) are never among tables, system ones included, nor tables among
+// views; names with blanks, quotes and letters beyond ASCII are kept.
+TEST_P(ProviderTest, TableAndViewNames) {
   db_->Exec(
       "create table \"order items\" (id int primary key, \"say \"\"hi\"\"\" int, \"x y\" int);"
       "create table \"line items\" (id int, item int references \"order items\" (id));"
       "create view \"big items\" as select * from \"order items\";"
+      "create view v_both as select a.id from \"order items\" a join \"line items\" b on a.id = "
+      "b.id;"
       "create table \"größe\" (\"maß\" int)");
+  if (IsPostgres())
+    db_->Exec("create sequence my_seq");
   EXPECT_EQ(Sorted(Tables()), (Names{"größe", "line items", "order items"}));
+  EXPECT_EQ(Sorted(Views()), (Names{"big items", "v_both"}));
+  const Names system = Tables(/*system=*/true);
+  for (const std::string& name : system)
+    EXPECT_TRUE(name != "big items" && name != "v_both" && name != "my_seq") << name;
+  // PostgreSQL's driver reports the information schema's tables as system tables.
+  EXPECT_EQ(std::count(system.begin(), system.end(), "sql_features"), IsPostgres() ? 1 : 0);
+  EXPECT_EQ(std::count(system.begin(), system.end(), "order items"), 1);
   EXPECT_EQ(Fields("select * from \"größe\""), Names{"maß"});
-  EXPECT_EQ(Views(), Names{"big items"});
   EXPECT_EQ(Fields("select * from \"order items\""), (Names{"id", "say \"hi\"", "x y"}));
   EXPECT_EQ(Fields("select * from \"big items\" b"), (Names{"id", "say \"hi\"", "x y"}));
   EXPECT_EQ(Relations("order items"), Names{"line items(item) -> order items(id)"});
@@ -124,6 +125,8 @@ TEST_P(ProviderTest, ReadingMetadataNeverChangesTheDatabase) {
   EXPECT_EQ(db_->Scalar("select count(*) from audit"), "0");
 }
 
+// The message of a rejected statement reaches the caller (with the SQLSTATE through ODBC),
+// and the connection stays usable.
 TEST_P(ProviderTest, StatementsTheDatabaseRejectsRaiseItsMessage) {
   db_->Exec("create table t (x int)");
   Names fields{"left over"};
@@ -131,67 +134,55 @@ TEST_P(ProviderTest, StatementsTheDatabaseRejectsRaiseItsMessage) {
               HasSubstr(IsPostgres() ? "relation \"no_such_table\" does not exist"
                                      : "no such table: no_such_table"));
   EXPECT_TRUE(fields.empty());
-  EXPECT_THAT(ErrorOf([&] { Provider().GetFields("select * from t where x = = 1", fields); }),
-              HasSubstr("syntax error"));
+  const std::string error =
+      ErrorOf([&] { Provider().GetFields("select * from t where x = = 1", fields); });
+  EXPECT_THAT(error, HasSubstr("syntax error"));
+  if (IsPostgres()) {
+    EXPECT_THAT(error, HasSubstr("SQLSTATE 42601"));
+  }
+  EXPECT_EQ(Fields("select 1 as one, 'x' as \"two words\""), (Names{"one", "two words"}));
 }
 
 // --- relations ---------------------------------------------------------------------------
 
-TEST_P(ProviderTest, ATwoColumnKeyIsOneRelationWithColumnsInKeyOrder) {
+// A two-column key is one relation, its columns in key order; two one-column keys between
+// the same tables are two; keys referring to a table come first, ordered by table, then the
+// table's own keys; a self-reference shows in each pass; a key without referenced columns
+// refers to the primary key. Only the object part of a name is used and results are
+// appended to what the list holds.
+TEST_P(ProviderTest, RelationsOfEveryKindOfKey) {
   db_->Exec(
       "create table p (x int, y int, z int, primary key (x, y));"
       "create table q (a int, b int, c int, constraint k_xy foreign key (b, a) "
-      "references p (x, y))");
-  EXPECT_EQ(Relations("p"), Names{"q(b,a) -> p(x,y)"});
-  EXPECT_EQ(Relations("q"), Names{"q(b,a) -> p(x,y)"});
-  EXPECT_TRUE(Relations("nothing here").empty());
-}
-
-TEST_P(ProviderTest, TwoOneColumnKeysBetweenTheSameTablesAreTwoRelations) {
-  db_->Exec(
-      "create table p (x int primary key, z int unique);"
-      "create table q (a int, c int, constraint k1 foreign key (a) references p (x),"
-      " constraint k2 foreign key (c) references p (z))");
-  Names expected{"q(a) -> p(x)", "q(c) -> p(z)"};
-  // PostgreSQL names the keys, and the rows are ordered by name; SQLite's keys have no
-  // names and come in its own order.
-  EXPECT_EQ(IsPostgres() ? Relations("p") : Sorted(Relations("p")), expected);
-  EXPECT_EQ(IsPostgres() ? Relations("q") : Sorted(Relations("q")), expected);
-}
-
-TEST_P(ProviderTest, ReferringKeysComeFirstOrderedByTableThenTheTablesOwnKeys) {
-  db_->Exec(
+      "references p (x, y));"
+      "create table p2 (x int primary key, z int unique);"
+      "create table q2 (a int, c int, constraint k1 foreign key (a) references p2 (x),"
+      " constraint k2 foreign key (c) references p2 (z));"
       "create table hub (id int primary key);"
       "create table zulu (id int primary key);"
       "create table alpha (id int primary key);"
       "create table middle (id int primary key, zulu_id int references zulu (id),"
       " hub_id int references hub (id), alpha_id int references alpha (id));"
       "create table zz_user (m int references middle (id));"
-      "create table aa_user (m int references middle (id))");
+      "create table aa_user (m int references middle (id));"
+      "create table node (id int primary key, parent int references node (id));"
+      "create table p3 (k2 int, k1 int, primary key (k2, k1));"
+      "create table q3 (a int, b int, s int references hub, foreign key (a, b) references p3)");
+  EXPECT_EQ(Relations("p"), Names{"q(b,a) -> p(x,y)"});
+  EXPECT_EQ(Relations("q"), Names{"q(b,a) -> p(x,y)"});
+  EXPECT_TRUE(Relations("nothing here").empty());
+  // PostgreSQL names the keys, and the rows are ordered by name; SQLite's keys have no
+  // names and come in its own order.
+  const Names two{"q2(a) -> p2(x)", "q2(c) -> p2(z)"};
+  EXPECT_EQ(IsPostgres() ? Relations("p2") : Sorted(Relations("p2")), two);
+  EXPECT_EQ(IsPostgres() ? Relations("q2") : Sorted(Relations("q2")), two);
   EXPECT_EQ(Relations("middle"),
             (Names{"aa_user(m) -> middle(id)", "zz_user(m) -> middle(id)",
                    "middle(alpha_id) -> alpha(id)", "middle(hub_id) -> hub(id)",
                    "middle(zulu_id) -> zulu(id)"}));
-}
-
-TEST_P(ProviderTest, ASelfReferencingTableGivesItsRelationInEachPass) {
-  db_->Exec("create table node (id int primary key, parent int references node (id))");
   EXPECT_EQ(Relations("node"), (Names{"node(parent) -> node(id)", "node(parent) -> node(id)"}));
-}
+  EXPECT_EQ(Sorted(Relations("q3")), (Names{"q3(a,b) -> p3(k2,k1)", "q3(s) -> hub(id)"}));
 
-TEST_P(ProviderTest, AKeyWithoutReferencedColumnsRefersToThePrimaryKey) {
-  db_->Exec(
-      "create table p (k2 int, k1 int, primary key (k2, k1));"
-      "create table single (id int primary key);"
-      "create table q (a int, b int, s int references single,"
-      " foreign key (a, b) references p)");
-  EXPECT_EQ(Sorted(Relations("q")), (Names{"q(a,b) -> p(k2,k1)", "q(s) -> single(id)"}));
-}
-
-TEST_P(ProviderTest, OnlyTheObjectNamePartIsUsedAndResultsAreAppended) {
-  db_->Exec(
-      "create table p (x int primary key);"
-      "create table q (a int references p (x))");
   auto name = NewNode<TSQLDatabaseObject>(&syntax_);
   name->AddName("some_catalog");
   name->AddName("some_schema");
@@ -202,7 +193,7 @@ TEST_P(ProviderTest, OnlyTheObjectNamePartIsUsedAndResultsAreAppended) {
   ASSERT_EQ(relations.size(), 2u);
   EXPECT_EQ(relations[0]->PKTable, nullptr);
   EXPECT_EQ(relations[1]->FKTable->GetObjName(), "q");
-  EXPECT_EQ(relations[1]->PKColumns, Names{"x"});
+  EXPECT_EQ(relations[1]->PKColumns, (Names{"x", "y"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Databases, ProviderTest,

@@ -127,54 +127,5 @@ TEST_F(ModelEditingTest, BuildingAJoinQueryStepByStep) {
   EXPECT_EQ(Run(), 1u);
 }
 
-TEST_F(ModelEditingTest, ATableWithTwoForeignKeysLinksToBoth) {
-  TqxUnionSubQuery* q = Operand();
-  Step([&] { q->AddObjectWithFK("orders"); }, "SELECT FROM orders");
-  Step([&] { q->AddObjectWithFK("products"); }, "SELECT FROM orders,  products");
-  TqxDataSourceObject* items = nullptr;
-  const std::string from =
-      " FROM orders CROSS JOIN  products INNER JOIN  order_items oi ON orders.id=oi.order_id And "
-      "products.id=oi.product_id";
-  Step([&] { items = q->AddObjectWithFK("order_items", "oi"); }, "SELECT" + from);
-  EXPECT_EQ(items->GetJoinsCount(), 2);
-  TqxSelectList* list = q->GetSelectList();
-  Step([&] { list->AddExpression("Sum(oi.qty)"); }, "SELECT Sum(oi.qty)" + from);
-  Step([&] { list->InsertField(0, q->GetDatasources()[1], "name"); },
-       "SELECT products.name, Sum(oi.qty)" + from);
-  Step([&] { list->GetItems(0)->SetGroupByTypeName("Group By"); },
-       "SELECT products.name, Sum(oi.qty)" + from + " GROUP BY products.name");
-  Step([&] { list->GetItems(1)->SetCondition(0, "> 5"); },
-       "SELECT products.name, Sum(oi.qty)" + from + " GROUP BY products.name HAVING Sum(oi.qty)>5");
-  EXPECT_EQ(Run(), 1u);
-}
-
-TEST_F(ModelEditingTest, AddingAndBracketingUnionOperands) {
-  builder_.SetSQL("SELECT c.name FROM customers c WHERE c.city = 'Oslo'");
-  builder_.ProcessMessages();
-  TqxUnionGroup* top = builder_.GetQuery()->GetUnionGroup();
-  const std::string oslo = "SELECT c.name FROM customers c WHERE c.city='Oslo' ";
-  const std::string tea = "Union SELECT products.name FROM products";
-  TqxUnionSubQuery* second = nullptr;
-  Step([&] { second = top->Add(); }, oslo + "Union SELECT");
-  TqxDataSourceObject* products = nullptr;
-  Step([&] { products = second->AddObject("products"); }, oslo + "Union SELECT FROM products");
-  Step([&] { second->GetSelectList()->AddField(products, "name"); }, oslo + tea);
-  EXPECT_EQ(Run(), 4u);
-  TqxUnionSubQuery* third = nullptr;
-  Step([&] { third = top->Add(); }, oslo + tea + " Union SELECT");
-  Step([&] { third->GetSelectList()->AddExpression("'none'"); },
-       oslo + tea + " Union SELECT 'none'");
-  Step([&] { third->SetUnionOperatorEvent("union all"); }, oslo + tea + " Union All SELECT 'none'");
-  EXPECT_EQ(Run(), 5u);
-  TqxUnionGroup* group = nullptr;
-  Step([&] { group = top->EncloseWithBrackets(second); },
-       oslo + "Union (SELECT products.name FROM products) Union All SELECT 'none'");
-  Step([&] { group->AddToEnd(third); },
-       oslo + "Union (SELECT products.name FROM products Union All SELECT 'none')");
-  Step([&] { group->RemoveBrackets(); }, oslo + tea + " Union All SELECT 'none'");
-  Step([&] { top->Remove(second); }, oslo + "Union All SELECT 'none'");
-  EXPECT_EQ(Run(), 3u);
-}
-
 }  // namespace
 }  // namespace qorvex::dbtest

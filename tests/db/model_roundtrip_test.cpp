@@ -145,17 +145,5 @@ TEST_F(ModelRoundTripTest, RegeneratedStatementsMeanTheSameAndAreStable) {
   EXPECT_GE(nonEmpty, static_cast<int>(statements.size()) * 9 / 10);
 }
 
-TEST_F(ModelRoundTripTest, DerivedTablesAndDatasourcesKnowTheirFields) {
-  auto builder = Load(
-      "SELECT c.name, t.n FROM customers c JOIN (SELECT o.customer_id AS cid, count(*) AS n "
-      "FROM orders o GROUP BY o.customer_id) t ON t.cid = c.id");
-  std::vector<TqxDatasource*> sources = builder->GetQuery()->GetFirstOperand()->GetDatasources();
-  ASSERT_EQ(sources.size(), 2u);
-  EXPECT_EQ(sources[0]->GetFields(),
-            (std::vector<std::string>{"id", "country_id", "name", "segment", "credit"}));
-  EXPECT_EQ(sources[1]->GetFields(), (std::vector<std::string>{"cid", "n"}));
-  EXPECT_EQ(sources[1]->GetJoinsCount(), 1);
-}
-
 }  // namespace
 }  // namespace qorvex::dbtest

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -14,10 +13,6 @@ namespace {
 
 using ::testing::HasSubstr;
 using Names = std::vector<std::string>;
-
-bool Contains(const Names& names, const std::string& name) {
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
 
 std::string OpenError(const std::string& connection_string) {
   TqxODBCConnection connection(connection_string);
@@ -57,49 +52,6 @@ TEST(ODBCConnection, OpensClosesAndReopensWithANewString) {
               HasSubstr("database \"no_such_database\" does not exist"));
   connection.Close();
   EXPECT_EQ(connection.GetHandle(), nullptr);
-}
-
-TEST(ODBCMetadataProvider, SystemTablesOnlyWithSystemAndNoOtherTypes) {
-  PostgresServer& pg = PostgresServer::Instance();
-  const std::string database = pg.CreateDatabase();
-  ODBCExec(pg.ConnectionString(database),
-           "create table mine (id int); create view my_view as select * from mine;"
-           "create sequence my_seq");
-  TqxODBCConnection connection(pg.ConnectionString(database));
-  TqxODBCMetadataProvider provider(&connection);
-
-  Names user{"left over"};
-  provider.GetTableNames(user, false);
-  EXPECT_EQ(user, Names{"mine"});
-
-  // The driver reports the information schema's tables as "SYSTEM TABLE".
-  Names all;
-  provider.GetTableNames(all, true);
-  EXPECT_TRUE(Contains(all, "mine"));
-  EXPECT_TRUE(Contains(all, "sql_features"));
-  EXPECT_GT(all.size(), 10u);
-  EXPECT_FALSE(Contains(all, "my_view"));
-  EXPECT_FALSE(Contains(all, "my_seq"));
-
-  Names views;
-  provider.GetViewNames(views, true);
-  EXPECT_EQ(views, Names{"my_view"});
-}
-
-TEST(ODBCMetadataProvider, ServerErrorsDuringCataloguesReachTheCaller) {
-  PostgresServer& pg = PostgresServer::Instance();
-  TqxODBCConnection connection(pg.ConnectionString(pg.CreateDatabase()));
-  TqxODBCMetadataProvider provider(&connection);
-  Names fields;
-  provider.GetFields("select 1 as one, 'x' as \"two words\"", fields);
-  EXPECT_EQ(fields, (Names{"one", "two words"}));
-  const std::string error =
-      ErrorOf([&] { provider.GetFields("select * from (select 1) x where", fields); });
-  EXPECT_THAT(error, HasSubstr("syntax error"));
-  EXPECT_THAT(error, HasSubstr("SQLSTATE 42601"));
-  // The connection stays usable after a rejected statement.
-  provider.GetFields("select 2 as again", fields);
-  EXPECT_EQ(fields, Names{"again"});
 }
 
 }  // namespace

@@ -32,23 +32,6 @@ class SQLiteProviderTest : public ::testing::Test {
   TqxSQLiteMetadataProvider provider_;
 };
 
-TEST_F(SQLiteProviderTest, SystemTablesOnlyWithSystem) {
-  SQLiteExec(file_,
-             "create table counted (id integer primary key autoincrement, v int);"
-             "insert into counted (v) values (1);"
-             "create table plain (a int);"
-             "create index plain_a on plain (a);"
-             "analyze;"
-             "create view seen as select * from plain");
-  Names names;
-  provider_.GetTableNames(names, false);
-  EXPECT_EQ(names, (Names{"counted", "plain"}));
-  provider_.GetTableNames(names, true);
-  EXPECT_EQ(names, (Names{"counted", "sqlite_sequence", "plain", "sqlite_stat1"}));
-  provider_.GetViewNames(names, true);
-  EXPECT_EQ(names, Names{"seen"});
-}
-
 TEST_F(SQLiteProviderTest, ImplicitKeysFollowThePrimaryKeyOrderAndBrokenKeysAreLeftOut) {
   SQLiteExec(file_,
              "create table p (k1 int, k2 int, primary key (k2, k1));"
@@ -78,6 +61,10 @@ TEST_F(SQLiteProviderTest, RelationsComeInOrderAndFollowSchemaChanges) {
             (Names{"alpha(pid) -> p(id)", "alpha(qid) -> q(id)"}));
   EXPECT_EQ(RelationTexts(provider_, "q"), (Names{"alpha(qid) -> q(id)", "q(pid) -> p(id)"}));
   EXPECT_EQ(RelationTexts(provider_, "none"), Names{});
+  // A text without a statement has no fields.
+  Names fields{"left over"};
+  provider_.GetFields("  -- nothing\n", fields);
+  EXPECT_TRUE(fields.empty());
   SQLiteExec(file_,
              "drop table zeta;"
              "create table beta (pid int references p (id))");
@@ -88,13 +75,6 @@ TEST_F(SQLiteProviderTest, RelationsComeInOrderAndFollowSchemaChanges) {
   SQLiteExec(other, "create table p (id int primary key); create table c (x int references p)");
   connection_.SetFileName(other.string());
   EXPECT_EQ(RelationTexts(provider_, "p"), Names{"c(x) -> p(id)"});
-}
-
-TEST_F(SQLiteProviderTest, TextWithoutAStatementHasNoFields) {
-  SQLiteExec(file_, "create table t (a int)");
-  Names fields{"left over"};
-  provider_.GetFields("  -- nothing\n", fields);
-  EXPECT_TRUE(fields.empty());
 }
 
 TEST_F(SQLiteProviderTest, OpenFailuresCarrySQLitesMessage) {

@@ -55,8 +55,10 @@ TEST_F(QuotingTest, LetterCaseOfQuotedNamesMakesAnotherStatement) {
   Load("select t.a \"One\", 'X' from t");
   Row(0)->SetSortType(stAsc);  // a change that the same statement keeps
   const std::string sorted = SQL();
-  Load("SELECT T.A \"One\", 'X' FROM T ORDER BY \"One\"");
+  TqxDatasource* t = DS(0);
+  EXPECT_EQ(ReportsOf([&] { Load("SELECT T.A \"One\", 'X' FROM T ORDER BY \"One\""); }), 0);
   EXPECT_EQ(SQL(), sorted);
+  EXPECT_EQ(DS(0), t);
   Load("select t.a \"one\", 'X' from t order by \"one\"");
   EXPECT_EQ(SQL(), "SELECT t.a \"one\", 'X' FROM t ORDER BY \"one\"");
   Load("select t.a \"one\", 'x' from t order by \"one\"");

@@ -92,16 +92,6 @@ TEST_F(ScopingTest, OrderByTermsKeepTheirMeaning) {
   });
 }
 
-TEST_F(ScopingTest, NumberedTermsSortTheOutputRow) {
-  Load("select a, b, c from t where d > 0 order by 3 desc, 1");
-  TqxSelectList* list = Builder.GetQuery()->GetFirstOperand()->GetSelectList();
-  ASSERT_EQ(list->GetSortedCount(), 2);
-  EXPECT_EQ(list->GetSortedItems(0), list->GetItems(2));
-  EXPECT_EQ(list->GetItems(2)->GetSortType(), stDesc);
-  EXPECT_EQ(list->GetSortedItems(1), list->GetItems(0));
-  EXPECT_EQ(list->GetSortedItems(1)->GetSortType(), stAsc);
-}
-
 // FROM lists long enough to be indexed: an unqualified name binds where exactly one source
 // of the innermost block that has it does; a block where no source has it but one's
 // columns are unknown keeps it from the outer blocks.

@@ -1,19 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cctype>
-
 #include "model_support.h"
 
 namespace qorvex::modeltest {
 namespace {
-
-bool SameTextForTest(const std::string& A, const std::string& B) {
-  return A.size() == B.size() && std::equal(A.begin(), A.end(), B.begin(), [](char a, char b) {
-           return std::toupper(static_cast<unsigned char>(a)) ==
-                  std::toupper(static_cast<unsigned char>(b));
-         });
-}
 
 class SelectListTest : public ModelTest {
  protected:
@@ -71,64 +61,6 @@ TEST_F(SelectListTest, ConditionsLoadIntoRowsAndColumns) {
       "SELECT t.a, Count(*) AS n FROM t WHERE t.a>0 GROUP BY t.a HAVING t.a<9 And Count(*)>1");
 }
 
-// Many terms over many columns: each finds the row of its expression (any letter case,
-// of a type the clause may use), new rows follow in order of first use, and a grouped
-// row is not taken for a WHERE term.
-TEST_F(SelectListTest, LongConditionsFindTheirRows) {
-  const int n = 40;
-  std::string where;
-  std::string orColumn;
-  for (int i = 1; i <= n; ++i)
-    where +=
-        (i > 1 ? " AND " : "") + std::string("t.c") + std::to_string(i) + " > " + std::to_string(i);
-  for (int i = n; i >= 1; i -= 3)
-    where += " AND T.C" + std::to_string(i) + " < " + std::to_string(100 + i);
-  for (int i = 2; i <= n; i += 5)
-    orColumn += (orColumn.empty() ? "" : " AND ") + std::string("t.c") + std::to_string(i) + " = 0";
-  std::string groupBy;
-  for (int i = 7; i <= n; i += 7)
-    groupBy += (groupBy.empty() ? "" : ", ") + std::string("t.c") + std::to_string(i);
-  Load("SELECT t.c3, t.c1 FROM t WHERE " + where + " OR " + orColumn + " GROUP BY " + groupBy);
-  auto at = [&](const std::string& Expression, TqxQueryBuilderGroupByType Type) {
-    TqxSelectList* list = Operand()->GetSelectList();
-    for (int r = 0; r < list->GetCount(); ++r) {
-      if (SameTextForTest(list->GetItems(r)->GetExpressionText(), Expression) &&
-          list->GetItems(r)->GetGroupByType() == Type)
-        return r;
-    }
-    return -1;
-  };
-  // Select items, the grouped rows, then the WHERE rows in order of first use.
-  std::vector<std::string> expected{"t.c3", "t.c1"};
-  for (int i = 7; i <= n; i += 7)
-    expected.push_back("t.c" + std::to_string(i));
-  for (int i = 1; i <= n; ++i) {
-    if (i != 1 && i != 3)
-      expected.push_back("t.c" + std::to_string(i));
-  }
-  expected.push_back("");  // the empty row
-  std::vector<std::string> rows;
-  for (int r = 0; r < Operand()->GetSelectList()->GetCount(); ++r)
-    rows.push_back(Operand()->GetSelectList()->GetItems(r)->GetExpressionText());
-  EXPECT_EQ(rows, expected);
-  for (int i = 1; i <= n; ++i) {
-    SCOPED_TRACE(i);
-    const int row = at("t.c" + std::to_string(i), gtWhere);
-    ASSERT_GE(row, 0);
-    std::string criteria = ">" + std::to_string(i);
-    if ((n - i) % 3 == 0)
-      criteria += " And <" + std::to_string(100 + i);
-    EXPECT_EQ(Row(row)->GetCondition(0), criteria);
-    EXPECT_EQ(Row(row)->GetCondition(1), i % 5 == 2 ? "=0" : "");
-    if (i % 7 == 0) {
-      const int grouped = at("t.c" + std::to_string(i), gtGroupBy);
-      ASSERT_GE(grouped, 0);
-      EXPECT_NE(grouped, row);
-      EXPECT_EQ(Row(grouped)->GetConditionsCount(), 0);
-    }
-  }
-}
-
 // The rows that filter, each as "expression: cell | cell", separated by "; ".
 std::string FilteringRows(const TqxSelectList& List) {
   std::string text;
@@ -150,7 +82,7 @@ TEST_F(SelectListTest, ConditionTermsLoadAsCellsOrWholeConditions) {
   struct Case {
     const char* Clauses;
     const char* Rows;
-    const char* Written;  // when it differs from the loaded text
+    const char* Written = nullptr;  // when it differs from the loaded text
   };
   const Case cases[] = {
       {"WHERE t.a>1 And (Exists(SELECT 1 FROM u) Or Exists(SELECT 1 FROM v))",
@@ -304,6 +236,9 @@ TEST_F(SelectListTest, SortingRowsWritesOrderBy) {
   EXPECT_EQ(Row(1)->GetSortOrder(), 2);
   EXPECT_EQ(Row(2)->GetExpressionText(), "t.b");
   EXPECT_FALSE(Row(2)->GetSelect());
+  ASSERT_EQ(List()->GetSortedCount(), 3);
+  EXPECT_EQ(List()->GetSortedItems(0), Row(0));
+  EXPECT_EQ(List()->GetSortedItems(2), Row(2));
   EXPECT_EQ(SQL(), "SELECT Count(*) AS n, t.a FROM t GROUP BY t.a ORDER BY n DESC, t.a, t.b");
 }
 

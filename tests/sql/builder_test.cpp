@@ -179,26 +179,6 @@ TEST(SQLBuilder, HTMLHasNoNumbersOrStrings) {
   EXPECT_EQ(out, "<b>where</b> <i>a</i>");
 }
 
-TEST(SQLBuilder, ResetTruncatesForReuseAndNewLineTextIsConfigurable) {
-  std::string out = "left over";
-  TSQLBuilderPlainText b(&out);
-  EXPECT_EQ(b.NewLineText, "\r\n");
-  b.ResetBuilder();
-  EXPECT_EQ(out, "");
-  b.WriteKeyword("SELECT");
-  b.Space();
-  b.WriteSymbol("*");
-  EXPECT_EQ(out, "SELECT *");
-  b.NewLineText = "\n";
-  b.ResetBuilder();
-  b.Space();
-  b.NewLine();
-  b.WriteSymbol("1");
-  b.NewLine();
-  b.WriteKeyword("B");
-  EXPECT_EQ(out, "1\nB");
-}
-
 // A builder made by its class without a stream refuses to write instead of crashing.
 TEST(SQLBuilder, WithoutStreamRefusesToWrite) {
   std::unique_ptr<TSQLBuilder> none = TSQLBuilderPlainText::StaticClass().Create(nullptr);

@@ -235,20 +235,5 @@ TEST(ExpressionNodes, ListsCheckTheirIndexes) {
   EXPECT_THROW(list->Delete(3), EqxError);
 }
 
-TEST(ExpressionNodes, AssignReplacesTheOwnFields) {
-  auto target = NewNode<TSQLExpressionAnd>(P());
-  target->Add(Col({"x"}));
-  auto source = And(Items(Cmp("a", "=", "1"), Cmp("b", "=", "2")));
-  target->Assign(*source);
-  EXPECT_EQ(Plain(*target, false), "a=1 And b=2");
-  EXPECT_NE(target->GetItems(0), static_cast<TSQLExpressionAnd&>(*source).GetItems(0));
-}
-
-TEST(ExpressionNodes, DumpShowsDetailsAndChildrenInOrder) {
-  EXPECT_EQ(Cond("a not between 1 and 2")->Dump(),
-            "TSQLExpressionBetween NOT\n  TSQLExpressionColumn\n    TSQLObjectColumn a\n"
-            "  TSQLExpressionConstant 1\n  TSQLExpressionConstant 2\n");
-}
-
 }  // namespace
 }  // namespace qorvex

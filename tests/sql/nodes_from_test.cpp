@@ -35,9 +35,6 @@ const TextCase kFrom[] = {
      "<b>cross</b> <b>join</b>"},
     {"left outer join", [] { return JoinKind<TSQLJoinKindLeft>(true); }, "LEFT OUTER JOIN", nullptr,
      "<b>left</b> <b>outer</b> <b>join</b>"},
-    {"right join", [] { return JoinKind<TSQLJoinKindRight>(); }, "RIGHT JOIN", nullptr, nullptr},
-    {"full outer join", [] { return JoinKind<TSQLJoinKindFull>(true); }, "FULL OUTER JOIN", nullptr,
-     nullptr},
     {"table",
      [] {
        return Table({"s", "t"});
@@ -86,30 +83,6 @@ TEST_P(FromText, WritesExactlyItsText) {
 }
 INSTANTIATE_TEST_SUITE_P(Nodes, FromText, testing::ValuesIn(kFrom), CaseName);
 
-TEST(JoinKinds, OuterSides) {
-  const struct {
-    std::unique_ptr<TSQLJoinKind> kind;
-    bool left, right;
-  } cases[] = {{JoinKind<TSQLJoinKind>(), false, false},
-               {JoinKind<TSQLJoinKindCross>(), false, false},
-               {JoinKind<TSQLJoinKindInner>(), false, false},
-               {JoinKind<TSQLJoinKindLeft>(), true, false},
-               {JoinKind<TSQLJoinKindRight>(), false, true},
-               {JoinKind<TSQLJoinKindFull>(true), true, true}};
-  for (auto& c : cases) {
-    SCOPED_TRACE(c.kind->ClassType().ClassName());
-    EXPECT_EQ(c.kind->IsLeftOuter(), c.left);
-    EXPECT_EQ(c.kind->IsRightOuter(), c.right);
-  }
-}
-
-TEST(FromSources, SimpleExpressionLeavesOutTheAlias) {
-  EXPECT_EQ(Table({"s", "t"}, "x", true)->GetSimpleExpression(), "s.t");
-  EXPECT_EQ(Source("(select 1) q (c)")->GetSimpleExpression(), "(SELECT 1)");
-  EXPECT_EQ(Table({"t"}, "x")->GetAliasName(), "x");
-  EXPECT_EQ(Table({"t"})->GetAliasName(), "");
-}
-
 TEST(FromSources, ItemListOperations) {
   auto item = From<TSQLFromItem>(Sources(Table({"a"}), Table({"b"})));
   TSQLFromSource* b = item->GetItems(1);
@@ -124,16 +97,6 @@ TEST(FromSources, ItemListOperations) {
   EXPECT_THROW(item->GetItems(1), EqxError);
   EXPECT_THROW(item->Insert(3, Table({"d"})), EqxError);
   EXPECT_THROW(item->Extract(-1), EqxError);
-}
-
-TEST(FromSources, AllSourcesAreFlattenedInTextOrder) {
-  auto clause = Clause("a, (b join c on 1 = 1), d");
-  std::vector<TSQLFromSource*> all;
-  clause->GetAllSources(all);
-  std::string names;
-  for (TSQLFromSource* source : all)
-    names += source->GetSimpleExpression();
-  EXPECT_EQ(names, "abcd");
 }
 
 // Answers field questions from a fixed list and records every question.
@@ -179,21 +142,6 @@ TEST(FieldLists, RecursiveRefreshAsksChildrenFirstAndSkipsJoinGroups) {
   EXPECT_TRUE(clause->Fields.empty());
   EXPECT_TRUE(clause->GetItems(2)->Fields.empty());
   EXPECT_EQ(clause->GetItems(1)->Fields, metadata.Answer);
-}
-
-TEST(FromSources, CopiesKeepFieldsAndRebindTheirOwnCondition) {
-  auto source = Table({"t"}, "x");
-  auto condition = WithInner<TSQLExpressionOperatorBinary>(Col({"x", "a"}));
-  static_cast<TSQLExpressionColumn*>(condition->GetInner())
-      ->GetColumn()
-      ->SetFromSource(source.get());
-  source->SetJoinCondition(std::move(condition));
-  source->Fields = {"a", "b"};
-  std::unique_ptr<TSQLFromObject> copy = CloneNode(*source);
-  EXPECT_EQ(copy->Fields, source->Fields);
-  auto* copied = static_cast<TSQLExpressionOperatorBinary*>(copy->GetJoinCondition());
-  EXPECT_EQ(static_cast<TSQLExpressionColumn*>(copied->GetInner())->GetColumn()->GetFromSource(),
-            copy.get());
 }
 
 }  // namespace

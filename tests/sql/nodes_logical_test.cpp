@@ -133,29 +133,6 @@ TEST(LogicalOperations, ExpressionsEqual) {
     EXPECT_EQ(IsExpressionsEqual(c.a.get(), c.b.get()), c.equal);
 }
 
-TEST(LogicalOperations, IsLogical) {
-  struct {
-    Expr node;
-    bool logical;
-  } cases[] = {
-      {Col({"a"}), false},
-      {Cmp("a", "=", "1"), false},
-      {Brackets(Cmp("a", "=", "1")), false},
-      {NewNode<TSQLExpressionIsNull>(P()), true},
-      {NewNode<TSQLExpressionInSet>(P()), true},
-      {NewNode<TSQLExpressionLikeTemplate>(P()), true},
-      {NewNode<TSQLExpressionBetween>(P()), false},
-      {Not(Col({"a"})), true},
-      {NewNode<TSQLExpressionExists>(P()), true},
-      {NewNode<TSQLExpressionOverlaps>(P()), true},
-      {And({}), true},
-      {Or({}), true},
-      {NewNode<TSQLExpressionItemsList>(P()), false},
-  };
-  for (auto& c : cases)
-    EXPECT_EQ(c.node->IsLogical(), c.logical) << c.node->ClassType().ClassName();
-}
-
 TEST(LogicalOperations, FindExpressionItem) {
   // A comparison is its own condition; its left side is the expression.
   Expr comparison = Cmp("a", ">", "1");

@@ -140,28 +140,6 @@ TEST(ParserTrees, NodeClassesAndFields) {
   EXPECT_EQ(derived->ColumnAliases, (std::vector<std::string>{"c1", "c2"}));
 }
 
-TEST(ParserTrees, ConstantsKeepTheirText) {
-  TastSQL92SyntaxProvider provider;
-  for (const char* text : {"007", "1.50", ".5e+01", "'it''s'", "0xfF", "{ts '2020-01-01 10:00'}",
-                           "NULL", "123456789012345678901234567890"}) {
-    auto node = provider.ParseExpression(text);
-    auto* constant = dynamic_cast<TSQLExpressionConstant*>(node.get());
-    ASSERT_NE(constant, nullptr) << text;
-    EXPECT_EQ(Write(*constant, false), text);
-  }
-}
-
-TEST(ParserTrees, QuotedNamesStandForTheTextInside) {
-  TastSQL92SyntaxProvider provider;
-  auto a = provider.ParseObjectName("\"my \"\"quoted\"\" table\"");
-  EXPECT_EQ(a->GetObjName(), "my \"quoted\" table");
-  auto b = provider.ParseObjectName("[my table]");
-  EXPECT_EQ(b->GetObjName(), "my table");
-  auto c = provider.ParseObjectName("s.[a][b]");
-  ASSERT_EQ(c->Count(), 3);
-  EXPECT_EQ(c->GetQualifiedName(), "s.a.b");
-}
-
 // The same text gives the same tree every time, also when one parser object is not
 // reused and when texts are parsed in another order.
 TEST(ParserTrees, AmbiguousTextsAreReadTheSameWayEveryTime) {

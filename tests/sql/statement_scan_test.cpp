@@ -1,9 +1,8 @@
-// Scripts scanned statement by statement: each statement's tokens, and what parsing them
-// gives, must be exactly what scanning and parsing the statement's own text gives, with
-// places mapped into the script.
+// Scripts scanned statement by statement: each statement's tokens must be exactly what
+// scanning the statement's own text gives, with places mapped into the script (the parser
+// takes its error places from the tokens).
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -82,55 +81,11 @@ std::vector<std::vector<Place>> TokensStatementWise(const std::string& script) {
   return out;
 }
 
-// The tree's dump, or the error with its place in the script.
-std::string Outcome(TastSyntaxProvider& provider, const TqxStatementText* statement,
-                    const std::function<std::unique_ptr<TSQLSelectStatement>()>& parse) {
-  try {
-    return parse()->Dump();
-  } catch (const EqxSQLError& e) {
-    TqxScriptLocation at{e.pos, e.line, e.col};
-    if (statement != nullptr)
-      at = ToScriptLocation(*statement, e.pos, e.line, e.col);
-    return std::string(e.what()) + " at " + std::to_string(at.pos) + ":" + std::to_string(at.line) +
-           ":" + std::to_string(at.col) + " near " + e.tokenText;
-  }
-}
-
 TEST(StatementWiseScan, TokensAreThoseOfEachStatementScannedOnItsOwn) {
   for (const std::string& script : Scripts()) {
     SCOPED_TRACE(script);
     ASSERT_EQ(TokensStatementWise(script), TokensOfOwnTexts(script));
   }
-}
-
-TEST(StatementWiseScan, ParsingTheTokensMatchesParsingTheText) {
-  TastSQL92SyntaxProvider provider;
-  for (const std::string& script : Scripts()) {
-    SCOPED_TRACE(script);
-    std::vector<std::string> fromTexts;
-    for (const TqxStatementText& statement : SplitStatements(script)) {
-      const std::string text(statement.text);
-      fromTexts.push_back(
-          Outcome(provider, &statement, [&] { return provider.ParseSelect(text); }));
-    }
-    std::vector<std::string> fromTokens;
-    SQL92Scanner scanner;
-    scanner.BeginStatements(script);
-    while (scanner.ScanStatement())
-      fromTokens.push_back(
-          Outcome(provider, nullptr, [&] { return provider.ParseSelect(scanner); }));
-    ASSERT_EQ(fromTokens, fromTexts);
-  }
-}
-
-// A script splits where its statements, each scanned on its own, have their ";": a "-"
-// after blank lines does not make the split scan step back into a string literal.
-TEST(StatementWiseScan, SplitFollowsTheStatementsOwnTokens) {
-  const std::string script = "select 1;\n\nselect 'a;'-1 from t;select 2";
-  std::vector<std::string> texts;
-  for (const TqxStatementText& statement : SplitStatements(script))
-    texts.emplace_back(statement.text);
-  EXPECT_EQ(texts, (std::vector<std::string>{"select 1", "select 'a;'-1 from t", "select 2"}));
 }
 
 TEST(StatementWiseScan, NothingToParse) {

@@ -43,7 +43,7 @@ class BaseComponent : public TqxBaseSyntaxProvider {
   }
 };
 
-TEST(SyntaxProvider, BaseAnswers) {
+TEST(SyntaxProvider, BaseAnswersUnionOperatorsAndIcons) {
   BaseDialect p;
   Strings list = {"left over"};
   p.GetComparisonOperators(list);
@@ -54,10 +54,6 @@ TEST(SyntaxProvider, BaseAnswers) {
   EXPECT_EQ(p.GetQuoteBegin(), "");
   EXPECT_EQ(p.GetQuoteEnd(), "");
   EXPECT_FALSE(p.IsUniversalExpressions());
-}
-
-TEST(SyntaxProvider, NormalizeUnionOperatorAndIcons) {
-  BaseDialect p;
   const struct {
     const char* op;
     const char* normal;
