@@ -218,7 +218,6 @@ class SQL92Parser::DirectReader {
   }
   void ExpressionNot();
   void ExpressionLogicalTerm();
-  bool LogicalBracketsFit();
   void Predicate();
   void ExpressionFactor() {
     ExpressionUnary();
@@ -464,7 +463,7 @@ void SQL92Parser::DirectReader::ExpressionNot() {
 //                      | "exists" "(" subSelectStatement ")"
 void SQL92Parser::DirectReader::ExpressionLogicalTerm() {
   const std::int32_t kind = Next();
-  if (kind == tkLParen && LogicalBracketsFit()) {
+  if (kind == tkLParen && p_.BracketsHoldCondition(at_ + 1, match_)) {
     Mark(0);
     ++at_;
     ExpressionLogical();
@@ -484,28 +483,29 @@ void SQL92Parser::DirectReader::ExpressionLogicalTerm() {
   }
 }
 
-// A bracketed condition needs a condition to start inside its bracket, and after the
-// matching ")" a token that may follow a condition; otherwise the bracket opens the
-// value expression of a predicate, as in "(a + b) > c".
-bool SQL92Parser::DirectReader::LogicalBracketsFit() {
-  if (!kExpressionLogical.Has(Ahead(1)))
+// A bracket at token `open` holds a condition when a condition starts inside it and a
+// token that may follow a condition follows its matching ")"; otherwise it opens the value
+// expression of a predicate, as in "(a + b) > c". `match` keeps the matching ")" of every
+// "(", worked out when first needed.
+bool SQL92Parser::BracketsHoldCondition(std::int32_t open, std::vector<std::int32_t>& match) const {
+  if (!kExpressionLogical.Has(NextKind(open)))
     return false;
-  if (match_.empty()) {
-    const std::int32_t count = p_.TokenCount();
-    match_.assign(static_cast<std::size_t>(count), -1);
-    std::vector<std::int32_t> open;
+  if (match.empty()) {
+    const std::int32_t count = TokenCount();
+    match.assign(static_cast<std::size_t>(count), -1);
+    std::vector<std::int32_t> opened;
     for (std::int32_t i = 0; i < count; ++i) {
-      const std::int32_t kind = p_.KindAt(i);
+      const std::int32_t kind = KindAt(i);
       if (kind == tkLParen) {
-        open.push_back(i);
-      } else if (kind == tkRParen && !open.empty()) {
-        match_[static_cast<std::size_t>(open.back())] = i;
-        open.pop_back();
+        opened.push_back(i);
+      } else if (kind == tkRParen && !opened.empty()) {
+        match[static_cast<std::size_t>(opened.back())] = i;
+        opened.pop_back();
       }
     }
   }
-  const std::int32_t close = match_[static_cast<std::size_t>(at_ + 1)];
-  return close >= 0 && kFollowCondition.Has(p_.NextKind(close));
+  const std::int32_t close = match[static_cast<std::size_t>(open)];
+  return close >= 0 && kFollowCondition.Has(NextKind(close));
 }
 
 // predicate: comparisonOperator ( expression | expressionCompWithSet )

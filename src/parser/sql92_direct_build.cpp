@@ -266,7 +266,6 @@ class SQL92Parser::DirectBuilder {
     return ExpressionLogicalTerm();
   }
   ExpressionPtr ExpressionLogicalTerm();
-  bool LogicalBracketsFit();
   ExpressionPtr Predicate(ExpressionPtr left);
   // The rest of an operator chain after its first operand: each further operand goes one
   // level down for good (checked against the bound) and is read one level further down
@@ -547,7 +546,7 @@ void SQL92Parser::DirectBuilder::Name(int levels, TSQLQualifiedName& name) {
 //                      | "exists" "(" subSelectStatement ")"
 ExpressionPtr SQL92Parser::DirectBuilder::ExpressionLogicalTerm() {
   const std::int32_t kind = Next();
-  if (kind == tkLParen && LogicalBracketsFit()) {
+  if (kind == tkLParen && p_.BracketsHoldCondition(at_ + 1, match_)) {
     ++at_;
     auto node = New<TSQLExpressionBrackets>();
     node->SetInner(ExpressionLogical());
@@ -568,29 +567,6 @@ ExpressionPtr SQL92Parser::DirectBuilder::ExpressionLogicalTerm() {
   node->SetSubQuery(SubSelectStatement());
   Expect(tkRParen);
   return node;
-}
-
-// A bracketed condition needs a condition to start inside its bracket, and after the
-// matching ")" a token that may follow a condition.
-bool SQL92Parser::DirectBuilder::LogicalBracketsFit() {
-  if (!kExpressionLogical.Has(Ahead(1)))
-    return false;
-  if (match_.empty()) {
-    const std::int32_t count = p_.TokenCount();
-    match_.assign(static_cast<std::size_t>(count), -1);
-    std::vector<std::int32_t> open;
-    for (std::int32_t i = 0; i < count; ++i) {
-      const std::int32_t kind = p_.KindAt(i);
-      if (kind == tkLParen) {
-        open.push_back(i);
-      } else if (kind == tkRParen && !open.empty()) {
-        match_[static_cast<std::size_t>(open.back())] = i;
-        open.pop_back();
-      }
-    }
-  }
-  const std::int32_t close = match_[static_cast<std::size_t>(at_ + 1)];
-  return close >= 0 && kFollowCondition.Has(p_.NextKind(close));
 }
 
 // predicate: comparisonOperator ( expression | expressionCompWithSet )

@@ -271,6 +271,9 @@ class QORVEX_SQL_EXPORT SQL92Parser : public TqxBaseParser {
   // The built-in type form with arguments (index into the forms) whose tokens follow
   // `tokenIndex` and are followed by ")", with `end` its last token; -1 for none.
   std::int32_t TypeFormAfter(std::int32_t tokenIndex, std::int32_t& end) const;
+  // The bracket at token `open` holds a condition rather than a value (see the direct
+  // reading); `match` caches the matching ")" of every "(".
+  bool BracketsHoldCondition(std::int32_t open, std::vector<std::int32_t>& match) const;
   // An integer literal that fits a type size stands at `tokenIndex`.
   bool SizeAt(std::int32_t tokenIndex) const;
   // Number of name parts that the tokens after `start` up to `end` stand for.
