@@ -401,17 +401,27 @@ void SQL92Parser::DirectReader::JoinedTable() {
   }
 }
 
-void SQL92Parser::DirectReader::Name(int levels) {
-  const std::int32_t first = at_ + 1;
+// The last part of the name chain part.part...part starting at token `first`, each part
+// one token standing for one name; -1 when a part is anything else.
+std::int32_t SQL92Parser::NameChainEnd(std::int32_t first) const {
+  // A dot is never the end token, so the padded kinds are read only up to one past it.
+  const std::int32_t* kinds = PaddedKinds();
   std::int32_t last = first;
   for (;;) {
-    const std::int32_t kind = kinds_[last - 1];
-    if (!kNamePart.Has(kind) || (kind == tkQuotedIdentifier && p_.NameParts(last - 1, last) != 1))
-      throw DirectMiss{};
-    if (kinds_[last] != tkDot)
-      break;
+    const std::int32_t kind = kinds[last];
+    if (!kNamePart.Has(kind) || (kind == tkQuotedIdentifier && NameParts(last - 1, last) != 1))
+      return -1;
+    if (kinds[last + 1] != tkDot)
+      return last;
     last += 2;
   }
+}
+
+void SQL92Parser::DirectReader::Name(int levels) {
+  const std::int32_t first = at_ + 1;
+  const std::int32_t last = p_.NameChainEnd(first);
+  if (last < 0)
+    throw DirectMiss{};
   const std::int32_t groups = (last - first) / 2;
   if (groups > levels)
     throw DirectMiss{};

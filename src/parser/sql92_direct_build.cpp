@@ -517,16 +517,8 @@ std::unique_ptr<TSQLFromSource> SQL92Parser::DirectBuilder::JoinedTable() {
 
 void SQL92Parser::DirectBuilder::Name(int levels, TSQLQualifiedName& name) {
   const std::int32_t first = at_ + 1;
-  std::int32_t last = first;
-  for (;;) {
-    const std::int32_t kind = kinds_[last - 1];
-    if (!kNamePart.Has(kind) || (kind == tkQuotedIdentifier && p_.NameParts(last - 1, last) != 1))
-      throw DirectMiss{};
-    if (kinds_[last] != tkDot)
-      break;
-    last += 2;
-  }
-  if ((last - first) / 2 > levels)
+  const std::int32_t last = p_.NameChainEnd(first);
+  if (last < 0 || (last - first) / 2 > levels)
     throw DirectMiss{};
   const TqxToken* tokens[kColumnQualifiers + 1];
   int count = 0;

@@ -274,6 +274,9 @@ class QORVEX_SQL_EXPORT SQL92Parser : public TqxBaseParser {
   // The bracket at token `open` holds a condition rather than a value (see the direct
   // reading); `match` caches the matching ")" of every "(".
   bool BracketsHoldCondition(std::int32_t open, std::vector<std::int32_t>& match) const;
+  // The last token of the name chain of one-token parts that starts at token `first`;
+  // -1 when a part is no such name.
+  std::int32_t NameChainEnd(std::int32_t first) const;
   // An integer literal that fits a type size stands at `tokenIndex`.
   bool SizeAt(std::int32_t tokenIndex) const;
   // Number of name parts that the tokens after `start` up to `end` stand for.
