@@ -246,7 +246,7 @@ void SQL92Parser::queryExpression(TSQLSubQueryExpressions& list) {
 
 std::unique_ptr<TSQLSubQueryExpression> SQL92Parser::subQueryExpression() {
   if (Decision() == 0)
-    return querySpecification();
+    return selectBlock();
   Get();  // "("
   auto group = Make<TSQLSubQueryExpressions>(provider);
   queryExpression(*group);
@@ -254,7 +254,7 @@ std::unique_ptr<TSQLSubQueryExpression> SQL92Parser::subQueryExpression() {
   return group;
 }
 
-std::unique_ptr<TSQLSubQuerySelectExpression> SQL92Parser::querySpecification() {
+std::unique_ptr<TSQLSubQuerySelectExpression> SQL92Parser::selectBlock() {
   auto query = Make<TSQLSubQuerySelectExpression>(provider);
   selectClause(*query);
   if (Decision() == 1)

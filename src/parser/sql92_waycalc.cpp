@@ -672,9 +672,9 @@ void SQL92Parser::queryExpressionWayCalc(TqxWayList& ways) {
   });
 }
 
-// subQueryExpression: querySpecification | "(" queryExpression ")"
+// subQueryExpression: selectBlock | "(" queryExpression ")"
 void SQL92Parser::subQueryExpressionWayCalc(TqxWayList& ways) {
-  Choice(ways, Alt(kQuerySpecification, [&](TqxWayList& w) { querySpecificationWayCalc(w); }),
+  Choice(ways, Alt(kSelectBlock, [&](TqxWayList& w) { selectBlockWayCalc(w); }),
          Alt(TqxTokenSet{tkLParen}, [&](TqxWayList& w) {
            Expect(w, tkLParen);
            queryExpressionWayCalc(w);
@@ -682,9 +682,9 @@ void SQL92Parser::subQueryExpressionWayCalc(TqxWayList& ways) {
          }));
 }
 
-// querySpecification: selectClause [ fromClause ] [ "where" expressionLogical ]
+// selectBlock: selectClause [ fromClause ] [ "where" expressionLogical ]
 //                     [ groupByList ] [ "having" expressionLogical ]
-void SQL92Parser::querySpecificationWayCalc(TqxWayList& ways) {
+void SQL92Parser::selectBlockWayCalc(TqxWayList& ways) {
   // After each clause, the ways standing where the block cannot go on are dropped, so a
   // list that read the clause stays one way.
   selectClauseWayCalc(ways);
@@ -701,7 +701,7 @@ void SQL92Parser::querySpecificationWayCalc(TqxWayList& ways) {
     Expect(w, tkKwHaving);
     expressionLogicalWayCalc(w);
   });
-  DropDead(ways, [](std::int32_t kind) { return !kFollowQuerySpecification.Has(kind); });
+  DropDead(ways, [](std::int32_t kind) { return !kFollowSelectBlock.Has(kind); });
 }
 
 // selectClause: "select" [ "all" | "distinct" ] selectList

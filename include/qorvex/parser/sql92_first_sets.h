@@ -82,8 +82,8 @@ inline constexpr S kSQLType = kSQLTypeUser | kSQLTypeBuiltIn;
 inline constexpr S kTimeZoneWord{tkKwWith, tkKwWithout};
 
 // Query statements.
-inline constexpr S kQuerySpecification{tkKwSelect};
-inline constexpr S kSubQueryExpression = kQuerySpecification | S{tkLParen};
+inline constexpr S kSelectBlock{tkKwSelect};
+inline constexpr S kSubQueryExpression = kSelectBlock | S{tkLParen};
 inline constexpr S kQueryExpression = kSubQueryExpression;
 inline constexpr S kSubSelectStatement = kQueryExpression;
 inline constexpr S kSelectStatement = kQueryExpression;
@@ -126,10 +126,10 @@ inline constexpr S kCannotFollowExpression{tkDot,  tkLParen, tkPlus,   tkMinus,
 // A condition (expressionLogical, expressionAnd) is never followed by "and" (BETWEEN takes
 // value expressions) nor by what cannot follow a value expression.
 inline constexpr S kCannotFollowCondition = kCannotFollowExpression | S{tkKwAnd};
-// What may follow a SELECT block (querySpecification) and its FROM clause.
-inline constexpr S kFollowQuerySpecification{tkKwUnion, tkKwExcept, tkKwIntersect, tkKwOrder,
-                                             tkRParen,  tkEof,      tkSemicolon};
-inline constexpr S kFollowGroupBy = kFollowQuerySpecification | S{tkKwHaving};
+// What may follow a SELECT block and its FROM clause.
+inline constexpr S kFollowSelectBlock{tkKwUnion, tkKwExcept, tkKwIntersect, tkKwOrder,
+                                      tkRParen,  tkEof,      tkSemicolon};
+inline constexpr S kFollowGroupBy = kFollowSelectBlock | S{tkKwHaving};
 inline constexpr S kFollowWhere = kFollowGroupBy | S{tkKwGroup};
 inline constexpr S kFollowFromClause = kFollowWhere | S{tkKwWhere};
 // What may follow a table source: a join, its "on", the end of a bracketed join and what

@@ -94,8 +94,8 @@ class QORVEX_SQL_EXPORT SQL92Parser : public TqxBaseParser {
   void queryExpression(TSQLSubQueryExpressions& list);
   void subQueryExpressionWayCalc(TqxWayList& ways);
   std::unique_ptr<TSQLSubQueryExpression> subQueryExpression();
-  void querySpecificationWayCalc(TqxWayList& ways);
-  std::unique_ptr<TSQLSubQuerySelectExpression> querySpecification();
+  void selectBlockWayCalc(TqxWayList& ways);
+  std::unique_ptr<TSQLSubQuerySelectExpression> selectBlock();
   void selectClauseWayCalc(TqxWayList& ways);
   void selectClause(TSQLSubQuerySelectExpression& query);
   void selectListWayCalc(TqxWayList& ways);
